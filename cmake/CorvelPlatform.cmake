@@ -1,0 +1,35 @@
+# The three platform libraries. Ours are built from platform/; a site that has its own points
+# CORVEL_PLATFORM_DIR at a folder with include/<name>.h and lib/lib<name>.so, and ours are left out.
+
+# corvel_platform_library(NAME sources...): one C library with hidden visibility. It has no version
+# in its soname on purpose: a site exchanges the file librk*.so itself.
+function(corvel_platform_library name)
+  add_library(${name} SHARED ${ARGN})
+  target_include_directories(${name}
+    PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+    PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+  set_target_properties(${name} PROPERTIES
+    C_VISIBILITY_PRESET hidden CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  string(TOUPPER ${name} upper)
+  target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
+  target_link_libraries(${name} PRIVATE corvel_options)
+  corvel_run_path(${name})
+  install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(FILES include/${name}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+endfunction()
+
+if(CORVEL_PLATFORM_DIR)
+  foreach(name rkos rkcfg rkptp)
+    find_library(CORVEL_${name}_LIBRARY ${name} PATHS "${CORVEL_PLATFORM_DIR}/lib" "${CORVEL_PLATFORM_DIR}"
+      NO_DEFAULT_PATH REQUIRED)
+    add_library(${name} SHARED IMPORTED GLOBAL)
+    set_target_properties(${name} PROPERTIES
+      IMPORTED_LOCATION "${CORVEL_${name}_LIBRARY}"
+      IMPORTED_NO_SONAME OFF
+      INTERFACE_INCLUDE_DIRECTORIES "${CORVEL_PLATFORM_DIR}/include")
+  endforeach()
+else()
+  add_subdirectory(platform/rkos)
+  add_subdirectory(platform/rkcfg)
+  add_subdirectory(platform/rkptp)
+endif()

@@ -1,0 +1,34 @@
+# corvel_test(NAME [SOURCES files...] [LIBS targets...] [LABELS texts...] [TIMEOUT seconds] [ENV name=value...])
+# One Qt Test program: NAME.cpp in this folder unless SOURCES says otherwise. It runs offscreen at 96 dpi,
+# with every XDG folder below a folder of its own in the build tree, emptied before each run.
+function(corvel_test name)
+  cmake_parse_arguments(T "" "TIMEOUT" "SOURCES;LIBS;LABELS;ENV" ${ARGN})
+  if(NOT T_SOURCES)
+    set(T_SOURCES ${name}.cpp)
+  endif()
+  if(NOT T_TIMEOUT)
+    set(T_TIMEOUT 60)
+  endif()
+  add_executable(${name} ${T_SOURCES})
+  set_target_properties(${name} PROPERTIES AUTOMOC ON
+    RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests/bin")
+  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
+  target_compile_definitions(${name} PRIVATE
+    CORVEL_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data"
+    CORVEL_BIN_DIR="${CMAKE_BINARY_DIR}/bin"
+    CORVEL_BUILD_DIR="${CMAKE_BINARY_DIR}")
+  target_link_libraries(${name} PRIVATE corvel_qt_options Qt5::Test ${T_LIBS})
+  corvel_test_env(${name} COMMAND $<TARGET_FILE:${name}> TIMEOUT ${T_TIMEOUT} LABELS ${T_LABELS} ENV ${T_ENV})
+endfunction()
+
+# corvel_test_env(NAME COMMAND command... ...): the same surroundings for any command (a script, a tool).
+function(corvel_test_env name)
+  cmake_parse_arguments(T "" "TIMEOUT" "COMMAND;LABELS;ENV" ${ARGN})
+  if(NOT T_TIMEOUT)
+    set(T_TIMEOUT 60)
+  endif()
+  set(home "${CMAKE_BINARY_DIR}/tests/home/${name}")
+  add_test(NAME ${name} COMMAND "${CMAKE_SOURCE_DIR}/tests/support/inhome" "${home}" ${T_COMMAND})
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}"
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_FONT_DPI=96;${T_ENV}")
+endfunction()
