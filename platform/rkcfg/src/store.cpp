@@ -244,6 +244,8 @@ int Store::close(bool save)
     leave();
     m_lock.close();
     m_defaultName.forget();
+    m_reported.clear();
+    m_lostWrite = false;
     return code;
 }
 
@@ -258,7 +260,7 @@ int Store::setDefaultName(const std::string &name)
         return report("switching", result.code, result.text);
     if (!m_defaultName.store(m_folder, name))
         return report("switching", SQLITE_IOERR, "the default name cannot be stored");
-    return SQLITE_OK;
+    return report("switching", SQLITE_OK, {});
 }
 
 std::string Store::defaultName()
