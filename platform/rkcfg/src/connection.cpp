@@ -3,7 +3,9 @@
 
 #include "schema.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <unistd.h>
 
 namespace rkcfg {
@@ -107,10 +109,15 @@ const char *syncSetting(const Manner &manner)
     return manner.journal == Journal::Wal ? "PRAGMA synchronous=NORMAL" : "PRAGMA synchronous=FULL";
 }
 
+// Nothing can be written: the file, or not even a log and its index beside it.
 bool refusesWriting(int code)
 {
-    return primary(code) == SQLITE_READONLY || primary(code) == SQLITE_CANTOPEN ||
-           primary(code) == SQLITE_PERM;
+    constexpr int refusals[] = {SQLITE_READONLY, SQLITE_CANTOPEN, SQLITE_PERM, SQLITE_FULL};
+    constexpr int indexRefusals[] = {SQLITE_IOERR_SHMSIZE, SQLITE_IOERR_SHMOPEN, SQLITE_IOERR_SHMMAP};
+    const auto among = [](const auto &codes, int wanted) {
+        return std::find(std::begin(codes), std::end(codes), wanted) != std::end(codes);
+    };
+    return among(refusals, primary(code)) || among(indexRefusals, code);
 }
 
 } // namespace
@@ -235,8 +242,10 @@ Result Connection::check(const std::string &path)
     const int code = text("PRAGMA quick_check(1)", answer);
     if (code != SQLITE_OK)
         return outcome(code);
-    if (answer != "ok")
+    if (answer != "ok") {
+        std::replace(answer.begin(), answer.end(), '\n', ' ');
         return {SQLITE_CORRUPT, answer};
+    }
     const Result whole = checkLength(path);
     return whole.ok() ? checkHeader() : whole;
 }
