@@ -87,6 +87,7 @@ private slots:
     void init();
     void cleanup();
 
+    void networkIsToldOnceInAProcess(); // has to be the first
     void fullDiskAtAWrite();
     void fullDiskAtTheStart();
     void fullDiskAtARepair();
@@ -128,6 +129,18 @@ void TestRkcfgFailures::cleanup()
     readError = 0;
     chmod(QFile::encodeName(m_home->folder()).constData(), 0700);
     m_home.reset();
+}
+
+void TestRkcfgFailures::networkIsToldOnceInAProcess()
+{
+    fileSystemType = 0x6969;
+    QVERIFY(putNumber("p", "n", 1));
+    QCOMPARE(rkCFGClose(store, 1), 0);
+    QVERIFY(putNumber("p", "n", 2));
+    QCOMPARE(rkCFGSetDefaultName("other"), 0);
+    const QStringList log = takeLog();
+    QCOMPARE(log.size(), 1);
+    QVERIFY2(log.first().contains(QLatin1String("network")), qPrintable(log.first()));
 }
 
 void TestRkcfgFailures::fullDiskAtAWrite()
@@ -342,7 +355,6 @@ void TestRkcfgFailures::network()
     QCOMPARE(number("p", "n"), 2u);
 }
 
-// Told once per process, whatever row ran before: so a process of its own looks at it.
 void TestRkcfgFailures::backFromTheNetwork()
 {
     fileSystemType = 0x6969;

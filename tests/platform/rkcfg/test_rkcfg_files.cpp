@@ -212,7 +212,6 @@ void TestRkcfgFiles::exchangedWhileOpenIsFollowed()
     rkCFGClose(store, 1);
     QVERIFY(QFile::copy(m_home->database(), m_home->path(QStringLiteral("backup"))));
     putNumber("p", "n", 2);
-    // The worker holds the store, so its log stays; closing ours leaves all of it in the file.
     rkCFGClose(store, 1);
     QCOMPARE(number("p", "n"), 2u);
     for (const char *suffix : {"-wal", "-shm"})
