@@ -143,7 +143,7 @@ Result prepare(const Paths &paths, const std::string &fresh, const Manner &manne
         removeWithSidecars(fresh);
         if (!createPrivateFile(fresh))
             return diskRefused("making a file");
-        if (const Result made = Connection::create(fresh, manner); !made.ok())
+        if (Result made = Connection::create(fresh, manner); !made.ok())
             return made;
     }
     return syncFile(fresh) ? Result{} : diskRefused("syncing a file");

@@ -158,6 +158,7 @@ int Store::reopen(const std::string &name, Result &result)
     leave();
     m_paths = paths;
     m_connection = std::move(connection);
+    m_connection->setBusyTimeout(patienceMs());
     m_identity = identity;
     m_folderSynced = false;
     if (m_connection->readOnly() && !m_readOnlyTold)

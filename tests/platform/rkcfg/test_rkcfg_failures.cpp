@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/vfs.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -96,6 +97,7 @@ private slots:
     void failingSyncAtClosingIsTold();
     void failingSyncKeepsTheDefaultName();
     void lockedStoreIsLeftAlone();
+    void patienceReturnsAfterABusyStart();
     void readOnlyFolderCanBeRead();
     void readOnlyFolderIsNotRepaired();
     void noFolderAtAll();
@@ -268,6 +270,27 @@ void TestRkcfgFailures::lockedStoreIsLeftAlone()
     QCOMPARE(m_home->files(), files);
     QCOMPARE(content(m_home->database()), before);
     QCOMPARE(number("p", "n"), 1u);
+}
+
+void TestRkcfgFailures::patienceReturnsAfterABusyStart()
+{
+    putNumber("p", "n", 1);
+    QCOMPARE(rkCFGClose(store, 1), 0);
+    {
+        Direct other(m_home->database());
+        other.ask("PRAGMA locking_mode = EXCLUSIVE");
+        QCOMPARE(other.ask("BEGIN EXCLUSIVE"), QByteArray());
+        QCOMPARE(number("p", "n"), std::nullopt);
+    }
+    QCOMPARE(number("p", "n"), 1u);
+    Direct writer(m_home->database());
+    QCOMPARE(writer.ask("BEGIN IMMEDIATE"), QByteArray());
+    bool written = false;
+    std::thread thread([&written] { written = putNumber("p", "n", 2); });
+    usleep(400000); // longer than an impatient call waits, far shorter than a patient one
+    QCOMPARE(writer.ask("COMMIT"), QByteArray());
+    thread.join();
+    QVERIFY(written);
 }
 
 void TestRkcfgFailures::readOnlyFolderCanBeRead()
