@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: MIT
+# shellcheck shell=bash
 #
 # What ./run and ./check share: packages, build folders, messages. Sourced by bash; expects `root` to be the source tree.
 
