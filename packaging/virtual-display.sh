@@ -16,7 +16,8 @@ end_helpers() {
   [ -n "$private" ] && rm -rf "$private"
 }
 
-# Xvfb chooses a free number itself and reports it; only holders of the cookie get in.
+# Xvfb chooses a free number itself and reports it; only holders of the cookie get in. It must not reset itself
+# (-noreset) when the first screenshot tool leaves, or the program may come in that moment and be refused.
 start_display() {
   local number
   export XAUTHORITY=$private/cookie
@@ -25,7 +26,7 @@ start_display() {
   cookie=$(mcookie)
   xauth -q add :0 . "$cookie" 2>/dev/null
   mkfifo "$private/number"
-  Xvfb -displayfd 3 -screen 0 1280x1024x24 -dpi 96 -nolisten tcp -auth "$XAUTHORITY" 3>"$private/number" >"$private/xvfb.log" 2>&1 &
+  Xvfb -displayfd 3 -screen 0 1280x1024x24 -dpi 96 -noreset -nolisten tcp -auth "$XAUTHORITY" 3>"$private/number" >"$private/xvfb.log" 2>&1 &
   helpers+=($!)
   read -r -t 30 number <"$private/number" || { cat "$private/xvfb.log" >&2; die "Xvfb did not start"; }
   export DISPLAY=:$number
