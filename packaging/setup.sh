@@ -53,6 +53,15 @@ apt_get() {
   as_root env DEBIAN_FRONTEND=noninteractive apt-get "${options[@]}" "$@"
 }
 
+# A minimal image may bring its site's certificates as a bare bundle, without the package ca-certificates; installing that
+# package replaces the bundle. A copy stays for the clients that need the site's own (npm behind an inspecting proxy).
+site_certificates=$root/build/site-certificates.pem
+keep_site_certificates() {
+  local bundle=/etc/ssl/certs/ca-certificates.crt
+  [ -f "$bundle" ] && ! dpkg-query -W ca-certificates >/dev/null 2>&1 || return 0
+  mkdir -p "$root/build" && cp "$bundle" "$site_certificates"
+}
+
 # install_packages GROUP...: installs what is missing and says so; does not call apt when nothing is.
 # The package lists are fetched only when they are absent or when installing with them failed.
 install_packages() {
@@ -64,6 +73,7 @@ install_packages() {
     return 0
   fi
   say "installing ${#packages[@]} Debian packages: ${packages[*]}"
+  keep_site_certificates
   if ! compgen -G '/var/lib/apt/lists/*_Packages*' >/dev/null; then
     apt_get update || die "the package lists could not be fetched"
     updated=yes
