@@ -2,11 +2,14 @@
 //
 // Frame: construction, style sheet, size, closing.
 #include "app/corvel.h"
+#include "channel/channelstore.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFile>
+#include <QLabel>
+#include <QLineEdit>
 #include <QRadioButton>
 #include <QScreen>
 #include <QStackedLayout>

@@ -37,6 +37,7 @@ class QStackedLayout;
 class QTextEdit;
 class QTimer;
 class QTreeWidgetItem;
+struct SdpInput;
 
 class QCorvel : public QDialog {
     Q_OBJECT
@@ -302,7 +303,8 @@ private:
         QWidget *control() const;
     };
 
-    // Controls (corvel_controls.cpp) and their places (corvel_layout.cpp)
+    // Controls (corvel_controls.cpp), their places (corvel_layout.cpp) and names (corvel_access.cpp)
+    void fillTypes();
     QLabel *newLabel(const char *name, const QString &text);
     QComboBox *newCombo(const char *name, QWidget *parent = nullptr);
     QCheckBox *newCheckBox(const char *name, const QString &text);
@@ -357,7 +359,7 @@ private:
     void loadClock(int channel);
     void loadCommon(int channel);
     void lookForInterfaces();
-    void saveElement(int channel);
+    void saveShownElement(int channel);
     QString shownValue(Side side, Field field) const;
     quint32 shownFlags(Side side) const;
     void logElement(Side side, int channel) const;
@@ -365,11 +367,12 @@ private:
     void applyFixedSize();
     void loadEmbedded();
     void showMediaSettings(Side side, const MEDIACMD &answer);
-    void sendMediaSettings(Side side, bool final);
+    void sendMediaSettings(Side side, quint32 code);
     void sendMediaField(const NetworkField &field);
     void sendAudioLayout(bool withLayout);
     MEDIACMD mediaCommand(quint32 code) const;
     int engineFlow() const;
+    quint32 audioLayout() const;
 
     // Audio flows (corvel_audio.cpp)
     void writeAudioTotals(quint32 total);
@@ -394,6 +397,9 @@ private:
     void showSystemClock();
 
     // Files (corvel_files.cpp)
+    QString settingsFilter() const;
+    SdpInput sdpInput(int channel) const;
+    void saveSettings(const QString &path);
     void saveSdpFiles(const QString &answer);
     void writeSdpFile(const QString &path, const QString &text);
     bool loadSettings(quint64 file);

@@ -193,7 +193,7 @@ void QCorvel::loadDataStandAlone()
         loadFlowCount(channel);
         const QByteArray suffix = loadFlowSuffix();
         selectFromData(m_pComboType, toDword(cfgValue(ChannelValue::VideoType, false, channel)));
-        const quint32 nmosOverride = globalDword(StorePath::HalRead, "nmosoverride", 0);
+        const quint32 nmosOverride = globalDword(StorePath::AvHAL, "nmosoverride", 0);
         selectFromData(m_pComboVidFormat, toDword(cfgValue(ChannelValue::SignalFormat, false, channel)));
         loadElement(channel, suffix);
         loadClock(channel);
@@ -298,7 +298,7 @@ void QCorvel::saveDataStandAlone()
         setCfgValue(name, QString::number(value), false, channel);
     };
     saveNumber(ChannelValue::VideoType, comboData(m_pComboType));
-    saveElement(channel);
+    saveShownElement(channel);
     if (isType(ChannelType::ClockDomainOwner))
         setCfgValue(ChannelValue::ClockDomain, m_pEditClockDomain->text(), false, channel);
     saveNumber(ChannelValue::ClockType, comboData(m_pComboClkSrc));
@@ -312,7 +312,7 @@ void QCorvel::saveDataStandAlone()
     commitStore();
 }
 
-void QCorvel::saveElement(int channel)
+void QCorvel::saveShownElement(int channel)
 {
     const Element element = currentElement();
     const QByteArray suffix = saveFlowSuffix();
@@ -376,9 +376,13 @@ void QCorvel::logElement(Side side, int channel) const
     const auto port = [&](Field field) {
         return static_cast<int>(toDword(networkField(side, field).value()));
     };
+// The formats are the ones above; the compiler cannot see that through the table.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
     ErrOut(formats[side == Side::Send][isAudio()], channel, text(Field::SourceAddress).constData(),
            port(Field::SourcePort), text(Field::DestinationAddress).constData(), port(Field::DestinationPort),
            text(Field::Interface).constData(), shownFlags(side));
+#pragma GCC diagnostic pop
 }
 
 // -------------------------------------------------------------------------------------------- slots

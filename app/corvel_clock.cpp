@@ -101,9 +101,9 @@ void QCorvel::showSoftwareClock()
     char info[kLineBytes];
     snprintf(info, sizeof info, "%s D:%s %s", version, domain, portId);
 
-    quint64 seconds = 0;
-    quint32 nanoseconds = 0;
-    qint64 offset = 0;
+    uint64_t seconds = 0;
+    uint32_t nanoseconds = 0;
+    int64_t offset = 0;
     rkPTPGetTime_Nano(hPTP, &seconds, &nanoseconds);
     rkPTPGetOffset_Nano(hPTP, &offset);
     char date[kTextBytes] = {};

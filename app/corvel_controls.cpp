@@ -365,7 +365,7 @@ void QCorvel::loadNmosSwitches()
         QCheckBox *box;
     };
     const Switch switches[] = {
-        {StorePath::HalRead, "nmosoverride", m_pNmosOverride},
+        {StorePath::AvHAL, "nmosoverride", m_pNmosOverride},
         {StorePath::Debug, "NMOSUseLog", m_pNmosOutLog},
     };
     void *const store = reinterpret_cast<void *>(static_cast<intptr_t>(-1));
@@ -393,13 +393,18 @@ void QCorvel::lockInterfaces()
     }
 }
 
+void QCorvel::fillTypes()
+{
+    fill(m_pComboType, kTypes);
+}
+
 void QCorvel::popCombos()
 {
     m_pChannel->clear();
     const int channels = channelCount();
     for (int channel = 0; channel < channels; ++channel)
         m_pChannel->addItem(QString::asprintf("Channel-%d", channel), channel);
-    fill(m_pComboType, kTypes);
+    fillTypes();
     fill(m_pComboClkSrc, kClockSources);
     fill(m_pComboReceive, kAddressFamilies);
     fill(m_pComboSend, kAddressFamilies);

@@ -100,7 +100,7 @@ void QCorvel::overrideNmos(bool checked)
 // this slot once more for the checked state; the outer run then still ends with its own value, on purpose.
 void QCorvel::onBoardSettingChanged(bool value)
 {
-    setGlobalDword(StorePath::HalWrite, "nmosoverride", value ? 1 : 0);
+    setGlobalDword(StorePath::AvHal, "nmosoverride", value ? 1 : 0);
     commitStore();
     QDialog confirmation(this);
     QVBoxLayout *column = new QVBoxLayout(&confirmation);

@@ -13,8 +13,8 @@
 // used; the store compares paths without regard to case.
 namespace StorePath {
 constexpr char Config[] = "KWX\\Config";
-constexpr char HalRead[] = "KWX\\Advanced\\AvHAL";
-constexpr char HalWrite[] = "KWX\\Advanced\\AvHal";
+constexpr char AvHAL[] = "KWX\\Advanced\\AvHAL";
+constexpr char AvHal[] = "KWX\\Advanced\\AvHal";
 constexpr char Debug[] = "KWX\\Advanced\\Debug";
 } // namespace StorePath
 
