@@ -174,19 +174,15 @@ void QCorvel::layoutElementRow()
     QHBoxLayout *elements = new QHBoxLayout(m_pRadioGroup);
     elements->setContentsMargins(0, 0, 0, 0);
     elements->setSpacing(0);
-    struct {
-        QRadioButton *radio;
-        int width;
-    } const buttons[] = {{m_pVideoConfig, 68}, {m_pAudioConfig, 70}, {m_pAncConfig, 54}};
-    for (const auto &button : buttons) {
-        button.radio->setFixedSize(px(button.width), px(26));
-        elements->addWidget(button.radio);
+    for (QRadioButton *radio : {m_pVideoConfig, m_pAudioConfig, m_pAncConfig}) {
+        radio->setFixedHeight(px(26));
+        elements->addWidget(radio);
     }
     QHBoxLayout *flows = new QHBoxLayout(m_pAudFlowGroup);
     flows->setContentsMargins(0, 0, 0, 0);
     flows->setSpacing(px(2));
     for (QRadioButton *flow : m_pAudFlowSelect) {
-        flow->setFixedSize(px(24), px(24));
+        flow->setFixedHeight(px(24));
         flows->addWidget(flow);
     }
     QHBoxLayout *row = newRow(px(8));
@@ -221,7 +217,7 @@ void QCorvel::layoutBlock(Side side, int row)
     m_pUseHead[receive ? 0 : 1] = useHead;
     m_pFullLayout->addWidget(receive ? m_pReceiveLbl : m_pSendLbl, row, LabelColumn);
     m_pFullLayout->addLayout(head, row, FieldColumn);
-    m_pFullLayout->addWidget(useHead, row, UseColumn, Qt::AlignLeft | Qt::AlignVCenter);
+    m_pFullLayout->addWidget(useHead, row, UseColumn);
     m_pFullLayout->setRowMinimumHeight(row, px(kHead));
     layoutBlockRows(side, row + 1);
 }
@@ -251,6 +247,7 @@ void QCorvel::layoutBlockRows(Side side, int row)
             widget->setFixedHeight(px(kField));
         if (field.edit)
             field.edit->setAlignment(Qt::AlignCenter);
+        field.use->setProperty("role", QStringLiteral("use"));
         label->setBuddy(field.address ? firstOctet(field.address) : control);
         m_pFullLayout->addWidget(label, row, LabelColumn, top);
         m_pFullLayout->addWidget(control, row, FieldColumn, top);

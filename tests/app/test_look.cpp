@@ -223,6 +223,7 @@ void TestLook::tabFollowsTheEye()
 {
     QFETCH(int, index);
     enter(kStates[index]);
+    m_dialog->m_pCheckErrs->setChecked(false); // an alert would take the focus
     m_dialog->m_pChannel->setFocus();
     QSet<QWidget *> visited;
     QWidget *last = nullptr;
