@@ -24,6 +24,13 @@ public:
     }
 };
 
+int warnings = 0;
+
+void countWarnings(QtMsgType, const QMessageLogContext &, const QString &)
+{
+    ++warnings;
+}
+
 QFont pointFont(qreal points)
 {
     QFont font(QStringLiteral("DejaVu Sans"));
@@ -311,7 +318,11 @@ void TestLineAddress::pixelSizedFontIsNotReduced()
     pixels.setPixelSize(17);
     QWidget window;
     window.setFont(pixels);
+    warnings = 0;
+    const QtMessageHandler former = qInstallMessageHandler(countWarnings);
     const QLineAddress field(&window);
+    qInstallMessageHandler(former);
+    QCOMPARE(warnings, 0); // Qt complains about a point size that is none
     for (const QLineEdit *octet : field.m_pLineEdit) {
         QCOMPARE(octet->font().pixelSize(), 17);
         QVERIFY(octet->font().fixedPitch());
@@ -401,7 +412,6 @@ void TestLineAddress::onlyOctetsTakeFocus()
     form.before.setFocus();
     QList<int> stops;
     for (int i = 0; i < 5; ++i) {
-        form.octet(3)->setText(QStringLiteral("44"));
         form.field.setAddress(QStringLiteral("11.22.33.44"));
         form.press(Qt::Key_Tab);
         stops << form.focused();

@@ -24,6 +24,8 @@ private slots:
     void oneKey();
     void moveSelectsTheWholeOctet_data();
     void moveSelectsTheWholeOctet();
+    void moveDoesNotWaitForTheLoop_data();
+    void moveDoesNotWaitForTheLoop();
     void typed_data();
     void typed();
     void otherKeysMoveOnFromAFullOctet_data();
@@ -190,6 +192,30 @@ void TestLineAddressKeys::moveSelectsTheWholeOctet()
     QCOMPARE(form.octet(focused)->text(), QStringLiteral("9"));
 }
 
+// Two keys that arrive together: the first one's move takes effect before the second is looked at.
+void TestLineAddressKeys::moveDoesNotWaitForTheLoop_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("key");
+    QTest::newRow("0 into empty") << QString() << int(Qt::Key_0);
+    QTest::newRow("0 onto zero") << QStringLiteral("0") << int(Qt::Key_0);
+    QTest::newRow("Period") << QStringLiteral("12") << int(Qt::Key_Period);
+    QTest::newRow("Comma") << QStringLiteral("12") << int(Qt::Key_Comma);
+    QTest::newRow("Right") << QStringLiteral("12") << int(Qt::Key_Right);
+}
+
+void TestLineAddressKeys::moveDoesNotWaitForTheLoop()
+{
+    QFETCH(QString, text);
+    QFETCH(int, key);
+    AddressForm form;
+    QVERIFY(form.show());
+    form.put(1, text, text.length());
+    QTest::keyClick(form.octet(1), static_cast<Qt::Key>(key));
+    QCOMPARE(form.focused(), 2);
+    QVERIFY(form.allSelected(2));
+}
+
 // Typed into a new field that shows 1.0.0.0, octet 0 selected.
 void TestLineAddressKeys::typed_data()
 {
@@ -231,7 +257,7 @@ void TestLineAddressKeys::typed_data()
     row("007",             "0.0.7.0",         2);
     row("abc",             "1.0.0.0",         0);
     row("2a3",             "23.0.0.0",        0);
-    row("0x1f",            "0.1.0.0",         2); // the "x" moves on from the zero it meets
+    row("0x1f",            "0.0.1.0",         2); // the "x" moves on from the zero it meets
     row("-5",              "5.0.0.0",         0);
     row("+5",              "5.0.0.0",         0);
     row("7 8",             "78.0.0.0",        0);
@@ -245,7 +271,7 @@ void TestLineAddressKeys::typed_data()
     row("<5",              "5.0.0.0",         0);
     row("<.",              "0.0.0.0",         1);
     row("<0",              "0.0.0.0",         1);
-    row("195<2",           "195..0.0",        1);
+    row("195<2",           "195.2.0.0",       1);
     row("12.<<",           "12.0.0.0",        0);
     row("12.<<<",          ".0.0.0",          0);
     row("12.<<7",          "7.0.0.0",         0);
@@ -348,7 +374,7 @@ void TestLineAddressKeys::pasted_data()
     row("77", "77", 1);
     row("255", "255", 2);
     row("0", "0", 2);
-    row("", "22", 1);
+    row("", "", 1); // replaces the selection, as in any line edit
     row("300", "22", 1);
     row("256", "22", 1);
     row("10.1.2.3", "22", 1);
