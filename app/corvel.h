@@ -305,6 +305,7 @@ private:
 
     // Controls (corvel_controls.cpp), their places (corvel_layout.cpp) and names (corvel_access.cpp)
     void fillTypes();
+    QFont controlFont() const;
     QLabel *newLabel(const char *name, const QString &text);
     QComboBox *newCombo(const char *name, QWidget *parent = nullptr);
     QCheckBox *newCheckBox(const char *name, const QString &text);

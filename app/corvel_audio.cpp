@@ -119,6 +119,8 @@ void QCorvel::showElementControls()
     } else {
         m_pCmdSaveElement->setText(isVideo() ? tr("Save Video SDP") : tr("Save Anc SDP"));
     }
+    for (QLabel *label : {m_pAudChanLbl, m_pAudFlowLbl, m_pPTimeLblTx, m_pPTimeLblRx})
+        label->setEnabled(audio);
     m_pComboAudChan->setEnabled(audio);
     m_pComboAudFlow->setEnabled(audio && !m_singleFlow);
     m_pComboPTimeTx->setEnabled(audio);

@@ -16,6 +16,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTextDocument>
 #include <QTextEdit>
 
 namespace {
@@ -74,13 +75,19 @@ void fillNumbers(QComboBox *combo, quint32 first, quint32 last, quint32 step)
 // ----------------------------------------------------------------- making one control of each kind
 
 // Fonts are given to every control by hand: one with a style sheet of its own, or made after the dialog
-// got its font, would fall back to the application's.
+// got its font, would fall back to the application's. Controls are one point smaller than the dialog, as
+// the style sheet has them too; so everything also fits in a host that brings no style sheet.
+
+QFont QCorvel::controlFont() const
+{
+    return QFont(m_fontFamily, m_fontSize - 1);
+}
 
 QLabel *QCorvel::newLabel(const char *name, const QString &text)
 {
     QLabel *label = new QLabel(text, this);
     label->setObjectName(QLatin1String(name));
-    label->setFont(font());
+    label->setFont(controlFont());
     return label;
 }
 
@@ -88,7 +95,7 @@ QComboBox *QCorvel::newCombo(const char *name, QWidget *parent)
 {
     QComboBox *combo = new QComboBox(parent ? parent : this);
     combo->setObjectName(QLatin1String(name));
-    combo->setFont(font());
+    combo->setFont(controlFont());
     combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     combo->setMinimumContentsLength(1);
     combo->setMaxVisibleItems(16);
@@ -99,7 +106,7 @@ QCheckBox *QCorvel::newCheckBox(const char *name, const QString &text)
 {
     QCheckBox *box = new QCheckBox(text, this);
     box->setObjectName(QLatin1String(name));
-    box->setFont(font());
+    box->setFont(controlFont());
     return box;
 }
 
@@ -108,7 +115,7 @@ QPushButton *QCorvel::newButton(const char *name, const QString &text)
 {
     QPushButton *button = new QPushButton(text, this);
     button->setObjectName(QLatin1String(name));
-    button->setFont(font());
+    button->setFont(controlFont());
     button->setAutoDefault(false);
     button->setDefault(false);
     return button;
@@ -118,7 +125,7 @@ QLineEdit *QCorvel::newLineEdit(const char *name)
 {
     QLineEdit *edit = new QLineEdit(this);
     edit->setObjectName(QLatin1String(name));
-    edit->setFont(font());
+    edit->setFont(controlFont());
     edit->setStyleSheet(QLatin1String(kTightStyle));
     return edit;
 }
@@ -134,7 +141,7 @@ QRadioButton *QCorvel::newRadio(const char *name, const QString &text, QWidget *
 {
     QRadioButton *radio = new QRadioButton(text, parent);
     radio->setObjectName(QLatin1String(name));
-    radio->setFont(font());
+    radio->setFont(controlFont());
     return radio;
 }
 
@@ -334,9 +341,11 @@ void QCorvel::createErrorDialog()
     m_pEditErrMsg->setReadOnly(true);
     m_pEditErrMsg->setAcceptRichText(false);
     m_pEditErrMsg->setTabChangesFocus(true);
+    m_pEditErrMsg->document()->setDocumentMargin(px(9));
     m_pErrOk = newButton("m_pErrOk", tr("OK"));
     m_pErrOk->setParent(m_pErrDlg); // before it becomes the default, or it were the main dialog's
     m_pErrOk->setDefault(true);
+    m_pErrOk->setFocus();
     connect(m_pErrOk, &QPushButton::clicked, m_pErrDlg, &QDialog::accept);
 }
 

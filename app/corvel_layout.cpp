@@ -162,6 +162,8 @@ void QCorvel::layoutFormatRows()
     audio->addStretch(1);
     audio->addWidget(m_pAudFlowUseSingle);
 
+    for (QLabel *label : {m_pTypeLbl, m_pAudChanLbl, m_pClockSrcLbl, m_pClockMstrLbl, m_pClockDomainLbl})
+        label->setProperty("role", QStringLiteral("row"));
     m_pFullLayout->addWidget(m_pTypeLbl, 0, LabelColumn);
     m_pFullLayout->addLayout(format, 0, FieldColumn, 1, 3);
     m_pFullLayout->addWidget(m_pAudChanLbl, 1, LabelColumn);
@@ -241,6 +243,7 @@ void QCorvel::layoutBlockRows(Side side, int row)
         const QByteArray name = "m_pRowLbl" + QByteArray::number(sideIndex * 5 + index);
         QLabel *label = newLabel(name.constData(), tr(labels[sideIndex][index]));
         m_pRowLbl[sideIndex * 5 + index] = label;
+        label->setProperty("role", QStringLiteral("row"));
         QWidget *control = field.control();
         for (QWidget *widget : {static_cast<QWidget *>(label), control, static_cast<QWidget *>(field.use),
                                 static_cast<QWidget *>(field.lock)})
@@ -320,7 +323,7 @@ void QCorvel::layoutSimplePage(QWidget *page)
     m_pSimpleLayout->addWidget(card, 0, 0, 1, 3);
     m_pSimpleLayout->addWidget(m_pSimpleLabel, 0, 0);
     m_pSimpleLayout->addWidget(m_pSimpleAddress, 0, 1);
-    m_pSimpleAddress->setFixedHeight(px(30));
+    m_pSimpleAddress->setFixedSize(px(kColumnWidth[FieldColumn]), px(30));
     m_pSimpleLabel->setBuddy(firstOctet(m_pSimpleAddress));
 }
 

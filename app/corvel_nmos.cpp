@@ -109,6 +109,7 @@ void QCorvel::onBoardSettingChanged(bool value)
     QLabel *question = new QLabel(tr("Using NMOS may over write your current settings. Continue?"), &confirmation);
     QFont questionFont = font();
     questionFont.setPointSize(10);
+    question->setObjectName(QStringLiteral("m_pNmosQuestion"));
     question->setFont(questionFont);
     column->addWidget(question, 0, Qt::AlignCenter);
     QHBoxLayout *row = new QHBoxLayout;
@@ -116,11 +117,13 @@ void QCorvel::onBoardSettingChanged(bool value)
     row->setSpacing(10);
     QPushButton *yes = new QPushButton(tr("OK"), &confirmation);
     QPushButton *no = new QPushButton(tr("CANCEL"), &confirmation);
+    row->addStretch(1);
     for (QPushButton *button : {yes, no}) {
-        button->setFont(questionFont);
-        button->setFixedWidth(px(100));
+        button->setFont(controlFont());
+        button->setFixedSize(px(100), px(28));
         row->addWidget(button, 0, Qt::AlignCenter);
     }
+    row->addStretch(1);
     column->addLayout(row);
     connect(yes, &QPushButton::clicked, &confirmation, &QDialog::accept);
     connect(no, &QPushButton::clicked, &confirmation, &QDialog::close);
