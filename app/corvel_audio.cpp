@@ -166,7 +166,10 @@ void QCorvel::findConfigs()
 // be shown; looked after when the window comes to the front.
 void QCorvel::followConfig()
 {
-    if (!m_pConfig || m_pConfig->currentData().toString() == defaultConfig())
+    if (!m_pConfig)
+        return;
+    const QString inUse = defaultConfig();
+    if (inUse.isEmpty() || inUse == m_pConfig->currentData().toString())
         return;
     {
         const QSignalBlocker blocker(m_pConfig);
