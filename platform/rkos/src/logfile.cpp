@@ -53,7 +53,7 @@ bool LogFile::isCurrent() const
 bool LogFile::openIn(const std::string &directory)
 {
     constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    Fd fd(open((directory + m_name + ".log").c_str(), flags, logMode));
+    Fd fd = aboveStandardStreams(Fd(open((directory + m_name + ".log").c_str(), flags, logMode)));
     struct stat info {};
     if (!fd.valid() || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != geteuid())
         return false;
