@@ -44,7 +44,7 @@ const sockaddr *generic(const sockaddr_un &address)
 
 std::optional<EventDirectory> openDirectory(const std::string &path, bool shared)
 {
-    Fd fd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    Fd fd = aboveStandardStreams(Fd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
     struct stat info {};
     if (!fd.valid() || fstat(fd.get(), &info) != 0)
         return std::nullopt;
