@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QtTest>
 
+#include <unistd.h>
+
 namespace {
 
 // "S" of "123 (name) S 45 ...": the state; the parent follows.
@@ -19,6 +21,14 @@ QList<QByteArray> statOf(pid_t pid)
     QList<QByteArray> fields = text.mid(close + 2).split(' ');
     fields.prepend(text.mid(open + 1, close - open - 1));
     return fields;
+}
+
+// Which network namespace a process is in, as the kernel names it.
+QByteArray networkOf(qint64 pid)
+{
+    char name[64] = "";
+    const QByteArray path = "/proc/" + QByteArray::number(pid) + "/ns/net";
+    return readlink(path.constData(), name, sizeof name - 1) > 0 ? QByteArray(name) : QByteArray();
 }
 
 } // namespace
@@ -50,7 +60,6 @@ std::unique_ptr<QProcess> startCommand(const QString &program, const QStringList
 std::vector<pid_t> childrenNamed(pid_t parent, const QByteArray &name)
 {
     std::vector<pid_t> found;
-    QFile tasks;
     for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
         const pid_t pid = entry.toInt();
         const QList<QByteArray> stat = pid > 0 ? statOf(pid) : QList<QByteArray>();
@@ -73,7 +82,7 @@ bool isAlive(pid_t pid)
 int countOf(const char *folder)
 {
     return QDir(QStringLiteral("/proc/self/") + QLatin1String(folder))
-        .entryList(QDir::AllEntries | QDir::System)
+        .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
         .size();
 }
 
@@ -115,12 +124,9 @@ PtpNet::PtpNet()
 {
     m_far = startCommand(QStringLiteral("unshare"),
                          {QStringLiteral("-n"), QStringLiteral("sleep"), QStringLiteral("600")});
-    // Ready when it is another namespace than ours.
-    const QString far = QStringLiteral("/proc/%1/ns/net").arg(m_far->processId());
-    const QString own = QFile::symLinkTarget(QStringLiteral("/proc/self/ns/net"));
     QElapsedTimer waited;
     waited.start();
-    while (QFile::symLinkTarget(far) == own && waited.elapsed() < 5000)
+    while (networkOf(m_far->processId()) == networkOf(getpid()) && waited.elapsed() < 5000)
         QTest::qWait(5);
 }
 
