@@ -3,8 +3,8 @@
 // and once with its head made to fit, so that the readers behind the checks are reached as well.
 #include "management.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
 using namespace rkptp;
