@@ -1,10 +1,12 @@
 # SPDX-License-Identifier: MIT
+# shellcheck shell=bash
 #
 # Shows a program on a virtual X display, for machines without one. Sourced by ./run after setup.sh; expects `build`.
 # Whatever is started here is ended here, by its process id, also when the caller is interrupted.
 
 helpers=()
 private=
+window=
 
 end_helpers() {
   trap - EXIT INT TERM HUP
@@ -14,7 +16,8 @@ end_helpers() {
   [ -n "$private" ] && rm -rf "$private"
 }
 
-# Xvfb chooses a free number itself and reports it; only holders of the cookie get in.
+# Xvfb chooses a free number itself and reports it; only holders of the cookie get in. It must not reset itself
+# (-noreset) when the first screenshot tool leaves, or the program may come in that moment and be refused.
 start_display() {
   local number
   export XAUTHORITY=$private/cookie
@@ -23,7 +26,7 @@ start_display() {
   cookie=$(mcookie)
   xauth -q add :0 . "$cookie" 2>/dev/null
   mkfifo "$private/number"
-  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -auth "$XAUTHORITY" 3>"$private/number" >"$private/xvfb.log" 2>&1 &
+  Xvfb -displayfd 3 -screen 0 1280x1024x24 -dpi 96 -noreset -nolisten tcp -auth "$XAUTHORITY" 3>"$private/number" >"$private/xvfb.log" 2>&1 &
   helpers+=($!)
   read -r -t 30 number <"$private/number" || { cat "$private/xvfb.log" >&2; die "Xvfb did not start"; }
   export DISPLAY=:$number
@@ -35,13 +38,22 @@ wait_for_window() {
   local try
   for ((try = 0; try < 300; try++)); do
     kill -0 "$1" 2>/dev/null || return 1
-    if [ -n "$(xdotool search --onlyvisible --pid "$1" 2>/dev/null)" ]; then
-      scrot -o "$build/screenshot.png" 2>/dev/null
-      cmp -s "$private/empty.png" "$build/screenshot.png" || return 0
+    window=$(xdotool search --onlyvisible --pid "$1" 2>/dev/null | head -n 1)
+    if [ -n "$window" ]; then
+      scrot -o "$private/now.png" 2>/dev/null
+      cmp -s "$private/empty.png" "$private/now.png" || return 0
     fi
     sleep 0.1
   done
   return 1
+}
+
+# The window alone, without the empty screen around it.
+save_screenshot() {
+  local X Y WIDTH HEIGHT
+  sleep 0.5 # the first values of the clock
+  eval "$(xdotool getwindowgeometry --shell "$window" | grep -E '^(X|Y|WIDTH|HEIGHT)=-?[0-9]+$')"
+  scrot -o -a "$X,$Y,$WIDTH,$HEIGHT" "$build/screenshot.png"
 }
 
 # A viewer can be pointed at the display from this machine only, with a password of this run.
@@ -81,8 +93,7 @@ show_on_virtual_display() {
   program=$!
   helpers=("$program" "${helpers[@]}") # ended first
   if wait_for_window "$program"; then
-    sleep 0.5 # the first values of the clock
-    scrot -o "$build/screenshot.png"
+    save_screenshot
     say "no display here, so the dialog is on the virtual display $DISPLAY; screenshot: $build/screenshot.png"
     start_viewer_port
     say "it runs until it is closed (Done) or this command is interrupted (Ctrl+C)"

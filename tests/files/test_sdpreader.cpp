@@ -59,6 +59,7 @@ private slots:
     void onlyOneVersionLineIsSkipped();
     void mediaLineFirst();
     void lineEndsAreStripped();
+    void nulBytesEndLines();
     void emptyTexts_data();
     void emptyTexts();
     void tokensAreComparedExactly_data();
@@ -356,6 +357,19 @@ void TestSdpReader::mediaLineFirst()
 void TestSdpReader::lineEndsAreStripped()
 {
     QList<QByteArray> lines = {"v=0\r\n", "m=video 5004\r\n", "c=IN IP4 239.1.1.1\n", "a=recvonly\r\r\n"};
+    const auto stores = readSdp([&lines](QByteArray &line) {
+        if (lines.isEmpty())
+            return false;
+        line = lines.takeFirst();
+        return true;
+    });
+    QCOMPARE(storedValues(stores), list({"ReceiveDestinationIp=239.1.1.1", "ReceiveDestinationPort=5004"}));
+}
+
+void TestSdpReader::nulBytesEndLines()
+{
+    QList<QByteArray> lines = {QByteArray("m=video 5004\0 x", 15), QByteArray("c=IN IP4 239.1.1.1\0/", 20),
+                               QByteArray("a=recvonly\0", 11), QByteArray("\0m=audio 5006", 14)};
     const auto stores = readSdp([&lines](QByteArray &line) {
         if (lines.isEmpty())
             return false;

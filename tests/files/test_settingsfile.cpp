@@ -431,6 +431,11 @@ void TestSettingsFile::commentsAndEmptyLines()
 {
     QCOMPARE(readChannel("\n;TransmitIp=a\n\n;[channel5]\nTransmitIp=b\n").values, one("0/TransmitIp", "b"));
     QCOMPARE(readChannel(" ;TransmitIp=a\n").values, Values());
+    // Neither a key that need only be contained nor a section that would stop the reading.
+    const auto read =
+        readSettingsText(withHeader("[channel1]\n;TransmitAudIp3=a\n;[channel0]\nTransmitIp=b\n"));
+    QCOMPARE(read.values, one("0/TransmitIp", "b"));
+    QVERIFY(!read.stopped);
 }
 
 void TestSettingsFile::headerOnly()

@@ -169,13 +169,13 @@ void Worker::takeWish(Seat &seat, const Client &client)
 void Worker::waitForEvents(int64_t until)
 {
     std::vector<pollfd> fds = {{m_wake.get(), POLLIN, 0}};
-    for (auto &[id, seat] : m_seats)
-        if (seat.child)
-            addFds(fds, *seat.child);
     for (const Parked &parked : m_parked)
         addFds(fds, *parked.child);
     for (const auto &child : m_ending)
         addFds(fds, *child);
+    for (auto &[id, seat] : m_seats)
+        if (seat.child)
+            addFds(fds, *seat.child);
     const int64_t now = monotonicNow();
     const timespec limit = timeUntil(until, now);
     if (ppoll(fds.data(), fds.size(), until == INT64_MAX ? nullptr : &limit, nullptr) <= 0)
@@ -187,15 +187,10 @@ void Worker::waitForEvents(int64_t until)
     dispatch(&fds[1], monotonicNow());
 }
 
-// Walks the children in the order of waitForEvents, each with its three descriptors.
+// Walks the children in the order of waitForEvents, each with its three descriptors. The seats come last, as
+// they may hand a child over to the others.
 void Worker::dispatch(const pollfd *fds, int64_t now)
 {
-    for (auto &[id, seat] : m_seats) {
-        if (!seat.child)
-            continue;
-        serve(id, seat, fds, now);
-        fds += fdsPerChild;
-    }
     for (Parked &parked : m_parked) {
         if (serveSpare(*parked.child, fds, now))
             parked.child.reset();
@@ -204,6 +199,12 @@ void Worker::dispatch(const pollfd *fds, int64_t now)
     for (auto &child : m_ending) {
         if (serveSpare(*child, fds, now))
             child.reset();
+        fds += fdsPerChild;
+    }
+    for (auto &[id, seat] : m_seats) {
+        if (!seat.child)
+            continue;
+        serve(id, seat, fds, now);
         fds += fdsPerChild;
     }
     m_parked.erase(std::remove_if(m_parked.begin(), m_parked.end(), [](const Parked &p) { return !p.child; }),

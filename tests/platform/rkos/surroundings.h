@@ -17,7 +17,7 @@
 
 class Surroundings {
 public:
-    Surroundings()
+    Surroundings() : m_dir(start() + QStringLiteral("/rkos-XXXXXX"))
     {
         for (const char *name : {"config", "state", "run", "tmp", "documents"})
             mkdir(path(name).constData(), 0700);
@@ -33,6 +33,13 @@ public:
     QByteArray path(const QByteArray &name) const { return QFile::encodeName(m_dir.path()) + '/' + name; }
 
 private:
+    // Where temporary files went before the first case changed the environment.
+    static QString start()
+    {
+        static const QString path = QDir::tempPath();
+        return path;
+    }
+
     QTemporaryDir m_dir;
 };
 

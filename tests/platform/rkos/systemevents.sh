@@ -32,12 +32,12 @@ test ! -e /run/corvel/shared || fail "left behind"
 
 # A service of the user's own is still found beside it.
 chmod 555 /run/corvel
-mount -o remount,ro /run
+mount -o remount,ro,mode=755 none /run
 serve own
 test -S "$XDG_RUNTIME_DIR/corvel/events/own" || fail "not passed on to the user's directory"
 "$rkevent" set own || fail "the user's event is hidden"
 wait "$pid"
-mount -o remount,rw /run
+mount -o remount,rw none /run
 
 # A directory that everybody may write to is no place to trust, nor is a link.
 chmod 777 /run/corvel

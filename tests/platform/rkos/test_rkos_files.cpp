@@ -240,6 +240,24 @@ private slots:
         rkOSCloseFile(handle);
     }
 
+    void closedStandardStreamsAreNotReplaced()
+    {
+        const int result = inSecondProcess([this] {
+            for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+                close(fd);
+            const uint64_t handle = openFile(file(), writeAccess, RKOS_CREATE_ALWAYS);
+            ErrOut("opens the log");
+            const uint64_t event = rkOSCreateEvent("files");
+            int taken = 0;
+            for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+                taken += fcntl(fd, F_GETFD) != -1 ? 1 : 0;
+            const bool good = handle != RKOS_INVALID_HANDLE && event != RKOS_INVALID_HANDLE;
+            return good ? taken : 10;
+        });
+        QCOMPARE(result, 0);
+        QCOMPARE(log().count("opens the log"), 1);
+    }
+
     // ---- handles
 
     void wrongHandlesAreRefused_data()

@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <fcntl.h>
 #include <memory>
@@ -30,6 +31,14 @@ QByteArray shown(const QByteArray &message)
 
 // ErrOut as a caller sees it whose compiler does not look at formats.
 void (*const unchecked)(const char *, ...) = ErrOut;
+
+// Makes a pipe one that this process may write to but not open.
+void makeForeign(int fd)
+{
+    fchmod(fd, 0);
+    if (geteuid() == 0 && setresuid(65534, 65534, 65534) != 0)
+        _exit(9);
+}
 
 volatile sig_atomic_t alarmsLogged = 0;
 
@@ -392,11 +401,37 @@ private slots:
         close(ends[1]);
     }
 
+    void anotherUsersPipeGetsItsLines()
+    {
+        int ends[2];
+        QVERIFY(pipe(ends) == 0);
+        const int result = inSecondProcess([&] {
+            dup2(ends[1], STDERR_FILENO);
+            makeForeign(STDERR_FILENO);
+            ErrLogSetFileName("");
+            ErrOut("short");
+            // Bytes that are no UTF-8 become four: longer than a pipe takes at once.
+            ErrOut("%s", QByteArray(4000, '\xff').constData());
+            return 0;
+        });
+        QCOMPARE(result, 0);
+        char text[10000];
+        const ssize_t got = read(ends[0], text, sizeof text);
+        QVERIFY(got > 0);
+        const QList<QByteArray> lines = QByteArray(text, static_cast<int>(got)).split('\n');
+        QCOMPARE(lines.size(), 3);
+        QVERIFY(lines[0].endsWith("] short"));
+        QCOMPARE(lines[1].size() + 1, PIPE_BUF);
+        close(ends[0]);
+        close(ends[1]);
+    }
+
     void standardErrorNeverStopsUs_data()
     {
         QTest::addColumn<QString>("kind");
-        for (const char *kind : {"pipe nobody reads", "pipe without a reader", "socket nobody reads",
-                                 "socket without a reader", "closed"})
+        for (const char *kind : {"pipe nobody reads", "pipe without a reader",
+                                 "other user's pipe nobody reads", "other user's pipe without a reader",
+                                 "socket nobody reads", "socket without a reader", "closed"})
             QTest::newRow(kind) << QString::fromLatin1(kind);
     }
     void standardErrorNeverStopsUs()
@@ -410,6 +445,8 @@ private slots:
                 return 1;
             dup2(ends[1], STDERR_FILENO);
             close(ends[1]);
+            if (kind.startsWith(QLatin1String("other")))
+                makeForeign(STDERR_FILENO);
             if (kind.endsWith(QLatin1String("without a reader")))
                 close(ends[0]);
             if (kind == QLatin1String("closed"))
