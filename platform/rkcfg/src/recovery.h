@@ -1,0 +1,29 @@
+/* SPDX-License-Identifier: MIT */
+/*
+ * Gets a sound database under a configuration's name: opens what is there, makes a missing one, and
+ * sets a damaged one aside. Nothing is ever deleted or moved for any other reason than its content.
+ */
+#ifndef RKCFG_RECOVERY_H
+#define RKCFG_RECOVERY_H
+
+#include "connection.h"
+#include "names.h"
+
+namespace rkcfg {
+
+// Opens the configuration's database, made or repaired when needed. identity: the file that was
+// opened. Null and the reason when that is impossible; then everything lies where it lay.
+std::unique_ptr<Connection> openConfiguration(const Paths &paths, FolderLock &lock, const Manner &manner,
+                                              FileState &identity, Result &result);
+
+// Whether a copy should be taken now: there is none, or it is older than ten minutes and than the
+// last change.
+bool goodCopyDue(const Paths &paths);
+
+// Replaces the last good copy by one of the present content. Never waits for another process and
+// leaves an earlier copy alone when the store is empty or anything fails.
+void keepGoodCopy(const Paths &paths, FolderLock &lock, const FileState &identity, Connection &connection);
+
+} // namespace rkcfg
+
+#endif // RKCFG_RECOVERY_H

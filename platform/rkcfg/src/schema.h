@@ -1,0 +1,28 @@
+/* SPDX-License-Identifier: MIT */
+/* What a configuration database holds. docs/store.md describes it for people. */
+#ifndef RKCFG_SCHEMA_H
+#define RKCFG_SCHEMA_H
+
+#include <cstdint>
+
+namespace rkcfg {
+
+constexpr int64_t applicationId = 0x726B6366; // "rkcf"
+constexpr int64_t schemaVersion = 1;
+
+// The checks are part of quick_check, so a value that was garbled in place is found at open.
+constexpr const char *schemaSql = R"(
+PRAGMA application_id = 0x726B6366;
+PRAGMA user_version = 1;
+CREATE TABLE setting (
+    path  TEXT    NOT NULL COLLATE NOCASE,
+    name  TEXT    NOT NULL,
+    type  INTEGER NOT NULL CHECK (type IN (1, 2)),
+    value         NOT NULL CHECK (typeof(value) = iif(type = 1, 'text', 'integer')),
+    PRIMARY KEY (path, name)
+) WITHOUT ROWID;
+)";
+
+} // namespace rkcfg
+
+#endif // RKCFG_SCHEMA_H

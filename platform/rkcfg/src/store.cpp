@@ -1,0 +1,332 @@
+// SPDX-License-Identifier: MIT
+#include "store.h"
+
+#include "recovery.h"
+#include "rkos.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+namespace rkcfg {
+
+namespace {
+
+constexpr int attempts = 3;
+constexpr int impatientMs = 50;
+
+// Lives as long as the process on purpose: calls from other objects' destructors still find it.
+Store &theStore()
+{
+    static Store &store = *new Store;
+    return store;
+}
+
+std::mutex &theMutex()
+{
+    static std::mutex &mutex = *new std::mutex;
+    return mutex;
+}
+
+// fork() waits for the call that is under way, so a child never inherits one half done.
+std::mutex &forkSafeMutex()
+{
+    static const int watching =
+        pthread_atfork([] { theMutex().lock(); }, [] { theMutex().unlock(); }, [] { theMutex().unlock(); });
+    (void)watching;
+    return theMutex();
+}
+
+} // namespace
+
+StoreAccess::StoreAccess() : m_held(forkSafeMutex()) {}
+
+Store *StoreAccess::operator->() const
+{
+    return &theStore();
+}
+
+bool Store::read(const Key &key, const Reader &reader)
+{
+    bool found = false;
+    run("reading", [&](Connection &connection) {
+        return connection.read(key, [&](const Value &value) {
+            found = true;
+            reader(value);
+        });
+    });
+    return found;
+}
+
+bool Store::write(const Key &key, const Value &value)
+{
+    bool changed = false;
+    // The disk may take writes again by now.
+    if (m_connection && m_connection->readOnly())
+        m_connection.reset();
+    const int code = run("writing", [&](Connection &connection) {
+        int result = SQLITE_OK;
+        if (holds(connection, key, value, result) || result != SQLITE_OK)
+            return result;
+        return writeChanged(key, value, changed);
+    });
+    m_lostWrite = m_lostWrite || code != SQLITE_OK;
+    return changed;
+}
+
+bool Store::holds(Connection &connection, const Key &key, const Value &value, int &code)
+{
+    bool same = false;
+    code = connection.read(key, [&](const Value &stored) {
+        same = stored.type == value.type && stored.number == value.number && stored.text == value.text;
+    });
+    return same;
+}
+
+// While the lock is held nobody takes the file away, so what is written stays in the store.
+int Store::writeChanged(const Key &key, const Value &value, bool &changed)
+{
+    const LockGuard shared(m_lock, m_paths.folder, FolderLock::Kind::Shared, patienceMs());
+    if (shared.busy())
+        return SQLITE_BUSY;
+    if (replaced())
+        return SQLITE_READONLY_DBMOVED;
+    const int code = m_connection->write(key, value, changed);
+    m_unsynced = m_unsynced || changed;
+    m_uncopied = m_uncopied || changed;
+    return code;
+}
+
+bool Store::list(const char *path, std::vector<Entry> &entries)
+{
+    const int code = run("listing", [&](Connection &connection) {
+        entries.clear();
+        return connection.forEach(path, [&](const Key &key, const Value &value) {
+            entries.push_back({key.path, key.name, value.type, std::string(value.text), value.number});
+        });
+    });
+    return code == SQLITE_OK;
+}
+
+// Tries again on a fresh connection when the file turned out to be damaged or replaced: opening
+// checks and repairs it.
+int Store::run(const std::string &what, const Operation &operation)
+{
+    int code = SQLITE_OK;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        code = ready();
+        if (code != SQLITE_OK)
+            return code;
+        code = operation(*m_connection);
+        if (code != SQLITE_READONLY_DBMOVED && !Result{code, {}}.damage())
+            break;
+        m_connection->disown();
+        m_connection.reset();
+    }
+    adjustPatience(code);
+    if (code == SQLITE_OK)
+        return report(what, SQLITE_OK, {});
+    return report(what, code, m_connection ? m_connection->message() : sqlite3_errstr(code));
+}
+
+int Store::ready()
+{
+    followFork();
+    follow();
+    if (m_connection)
+        return SQLITE_OK;
+    m_folder = configFolder();
+    if (m_folder.empty())
+        return report("opening", SQLITE_CANTOPEN, "no directory for configurations");
+    Result result;
+    if (reopen(m_defaultName.current(m_folder), result) != SQLITE_OK)
+        return report("opening", result.code, result.text);
+    return SQLITE_OK;
+}
+
+// Stays on the old connection when the new one cannot be had.
+int Store::reopen(const std::string &name, Result &result)
+{
+    const Paths paths(m_folder, name);
+    FileState identity;
+    std::unique_ptr<Connection> connection =
+        openConfiguration(paths, m_lock, {journalOf(m_folder), patienceMs()}, identity, result);
+    m_impatient = result.busy();
+    if (!connection) {
+        result.text = paths.database + ": " + result.text;
+        return result.code;
+    }
+    leave();
+    m_paths = paths;
+    m_connection = std::move(connection);
+    m_identity = identity;
+    m_folderSynced = false;
+    if (m_connection->readOnly() && !m_readOnlyTold)
+        ErrOut("rkcfg: %s can only be read", m_paths.database.c_str());
+    m_readOnlyTold = m_connection->readOnly();
+    copyWhenDue();
+    return SQLITE_OK;
+}
+
+// A child has none of its parent's file locks. It lets go of the inherited connection without
+// touching the disk and opens its own.
+void Store::followFork()
+{
+    const pid_t pid = getpid();
+    if (m_pid == pid)
+        return;
+    m_pid = pid;
+    if (m_connection)
+        m_connection->disown();
+    m_connection.reset();
+    // The inherited lock file is one with the parent's: its locks would not keep the two apart.
+    m_lock.close();
+    m_unsynced = m_uncopied = m_lostWrite = false;
+}
+
+void Store::follow()
+{
+    if (!m_connection)
+        return;
+    if (m_defaultName.current(m_folder) != m_paths.name || replaced())
+        leave();
+}
+
+// Also true for a file that got shorter: ours only ever grows, so somebody else's hand was on it.
+bool Store::replaced()
+{
+    const FileState now = fileState(m_paths.database);
+    if (!now.sameFile(m_identity) || now.size() < m_identity.size())
+        return true;
+    // Without a part in the log another process' writes are seen by opening anew.
+    if (m_connection->readOnly() && (!now.sameContent(m_identity) || fileState(m_paths.log).size() > 0))
+        return true;
+    m_identity = now;
+    return false;
+}
+
+void Store::leave()
+{
+    if (!m_connection)
+        return;
+    if (m_unsynced)
+        report("saving", sync(), m_connection->message());
+    // Closing the last connection tidies the log up by its name. That must be our log still.
+    const LockGuard shared(m_lock, m_paths.folder, FolderLock::Kind::Shared, 0);
+    if (!shared.held() || replaced())
+        m_connection->disown();
+    m_connection.reset();
+}
+
+int Store::sync()
+{
+    const int code = m_connection->sync();
+    if (code == SQLITE_OK && !m_folderSynced)
+        m_folderSynced = syncFolder(m_paths.folder);
+    m_unsynced = m_unsynced && code != SQLITE_OK;
+    return code;
+}
+
+int Store::save(const char *name)
+{
+    int code = ready();
+    if (code != SQLITE_OK)
+        return code;
+    if (name != nullptr && m_paths.name != name)
+        return report("saving", SQLITE_NOTFOUND, "only the current configuration can be saved");
+    code = report("saving", sync(), m_connection->message());
+    if (m_uncopied)
+        copyWhenDue();
+    // What a failed write left out is not durable, so the save that was to cover it says so once.
+    if (code == SQLITE_OK && m_lostWrite)
+        code = SQLITE_IOERR;
+    m_lostWrite = false;
+    return code;
+}
+
+int Store::close(bool save)
+{
+    followFork();
+    int code = SQLITE_OK;
+    if (m_connection && save)
+        code = this->save(nullptr);
+    leave();
+    m_lock.close();
+    m_defaultName.forget();
+    m_reported.clear();
+    m_lostWrite = false;
+    return code;
+}
+
+int Store::setDefaultName(const std::string &name)
+{
+    followFork();
+    m_folder = configFolder();
+    if (m_folder.empty())
+        return report("switching", SQLITE_CANTOPEN, "no directory for configurations");
+    Result result;
+    if (reopen(name, result) != SQLITE_OK)
+        return report("switching", result.code, result.text);
+    if (!m_defaultName.store(m_folder, name))
+        return report("switching", SQLITE_IOERR, "the default name cannot be stored");
+    return report("switching", SQLITE_OK, {});
+}
+
+std::string Store::defaultName()
+{
+    const std::string folder = m_connection ? m_folder : configFolder();
+    return folder.empty() ? fallbackName : m_defaultName.current(folder);
+}
+
+// At open, and at a save after a change.
+void Store::copyWhenDue()
+{
+    m_uncopied = false;
+    if (goodCopyDue(m_paths))
+        keepGoodCopy(m_paths, m_lock, m_identity, *m_connection);
+}
+
+int Store::patienceMs() const
+{
+    return m_impatient ? impatientMs : Connection::busyTimeoutMs;
+}
+
+// A user interface makes dozens of calls per edit: only the first of them waits the full time.
+void Store::adjustPatience(int code)
+{
+    const bool busy = Result{code, {}}.busy();
+    if (busy == m_impatient || !m_connection)
+        return;
+    m_impatient = busy;
+    m_connection->setBusyTimeout(patienceMs());
+}
+
+Journal Store::journalOf(const std::string &folder)
+{
+    if (!onNetwork(folder))
+        return Journal::Wal;
+    if (!m_networkTold)
+        ErrOut("rkcfg: %s lies on a network, working without a write-ahead log", folder.c_str());
+    m_networkTold = true;
+    return Journal::Delete;
+}
+
+// The same failure again is not told again until something worked.
+int Store::report(const std::string &what, int code, const std::string &text)
+{
+    if (code == SQLITE_OK) {
+        m_reported.clear();
+        return code;
+    }
+    const std::string line = what + " failed: " + text + " (" + std::to_string(code) + ')';
+    if (line != m_reported)
+        ErrOut("rkcfg: %s", line.c_str());
+    m_reported = line;
+    return code;
+}
+
+void Store::refuse(const char *call, const char *why)
+{
+    report(call, SQLITE_MISUSE, why);
+}
+
+} // namespace rkcfg
