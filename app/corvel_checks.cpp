@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: MIT
+//
+// Validation: do the network interfaces that the channel names exist on this machine? And the three ways
+// of closing.
+#include "app/corvel.h"
+#include "channel/channelstore.h"
+#include "rkos.h"
+#include "theme/lineaddress.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QRadioButton>
+#include <QTextEdit>
+
+#include <arpa/inet.h>
+#include <ifaddrs.h>
+#include <netinet/in.h>
+
+#include <memory>
+
+namespace {
+
+struct InterfaceCheck {
+    Element element;
+    Side side;
+    const char *label;
+};
+
+// clang-format off
+const InterfaceCheck kInterfaceChecks[] = {
+    {Element::Video, Side::Receive, QT_TRANSLATE_NOOP("QCorvel", "Video IP ")},
+    {Element::Video, Side::Send,    QT_TRANSLATE_NOOP("QCorvel", "Video IP ")},
+    {Element::Audio, Side::Receive, QT_TRANSLATE_NOOP("QCorvel", "Audio IP ")},
+    {Element::Audio, Side::Send,    QT_TRANSLATE_NOOP("QCorvel", "Audio IP ")},
+    {Element::Anc,   Side::Receive, QT_TRANSLATE_NOOP("QCorvel", "Anc IP ")},
+    {Element::Anc,   Side::Send,    QT_TRANSLATE_NOOP("QCorvel", "Anc IP ")},
+};
+// clang-format on
+
+bool interfaceExists(const QString &address)
+{
+    return rkOSIPExists(address.toUtf8().constData()) != 0;
+}
+
+// The IPv4 addresses of this machine's interfaces, each noted in the log; empty when they cannot be read.
+QStringList interfaceAddresses()
+{
+    QStringList addresses;
+    ifaddrs *first = nullptr;
+    if (getifaddrs(&first) != 0)
+        return addresses;
+    const std::unique_ptr<ifaddrs, void (*)(ifaddrs *)> owner(first, freeifaddrs);
+    for (const ifaddrs *entry = first; entry; entry = entry->ifa_next) {
+        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET)
+            continue;
+        sockaddr_in address;
+        memcpy(&address, entry->ifa_addr, sizeof address);
+        addresses.append(QString::fromLatin1(inet_ntoa(address.sin_addr)));
+    }
+    return addresses;
+}
+
+} // namespace
+
+bool isLocalInterface(const QString &address)
+{
+    const QStringList addresses = interfaceAddresses();
+    for (const QString &known : addresses)
+        qDebug("interface %s", qPrintable(known));
+    return addresses.contains(address);
+}
+
+// Reports, never corrects. Runs only while NMOS is overridden: otherwise NMOS decides the interfaces.
+int QCorvel::checkErrors()
+{
+    if (!m_pNmosOverride->isChecked())
+        return 1;
+    QString text;
+    if (m_pCheckErrs->isChecked()) {
+        const int channel = m_pChannel->currentData().toInt();
+        for (const InterfaceCheck &row : kInterfaceChecks) {
+            const char *key = findChannelKey(row.element, row.side, Field::Interface)->name;
+            const QString address = cfgValue(key, true, channel);
+            if (!interfaceExists(address))
+                text += tr(row.label) + address
+                        + tr(" does not exist!  Please correct the adapter or setting\n");
+        }
+    }
+    if (!text.isEmpty()) {
+        ErrOut("\nSMPTE2110-RiverMax:\n%s\n", text.toUtf8().constData());
+        showErrors(text);
+    }
+    return 1;
+}
+
+// One box at a time: the box opening takes the focus away from a field, which may raise the next alert.
+void QCorvel::showErrors(const QString &text)
+{
+    m_pEditErrMsg->setPlainText(text);
+    if (!m_pErrDlg->isVisible())
+        m_pErrDlg->exec();
+}
+
+void QCorvel::onInterfaceAlert()
+{
+    QObject *const from = sender();
+    if (m_bClosing)
+        return;
+    const Side side = from == m_pEditRecIFace ? Side::Receive : Side::Send;
+    const NetworkField &field = networkField(side, Field::Interface);
+    const QString address = field.value();
+    if (!m_pCheckErrs->isChecked())
+        return;
+    QString text;
+    if (!interfaceExists(address))
+        text = tr("The IP ") + address + tr(" does not exist!  Please correct the adapter or setting\n");
+    if (!isLocked(field))
+        text += tr("Warning: Lock not set, change will not be reflected in all cases");
+    if (!text.isEmpty())
+        showErrors(text);
+}
+
+// An interface address is stored as it is typed once it belongs to this machine.
+void QCorvel::onInterfaceEdit()
+{
+    QObject *const from = sender();
+    const Side side = from == m_pEditRecIFace ? Side::Receive : Side::Send;
+    const NetworkField &field = networkField(side, Field::Interface);
+    const QString address = field.value();
+    if (!isLocalInterface(address))
+        return;
+    if (!isStandAlone()) {
+        if (isLocked(field))
+            updateLockedItems(from);
+        return;
+    }
+    const int channel = currentChannel();
+    if (isLocked(field)) {
+        for (const Element element : {Element::Video, Element::Audio, Element::Anc})
+            setCfgValue(findChannelKey(element, side, Field::Interface)->name, address, true, channel);
+    }
+    setCfgValue(findChannelKey(currentElement(), side, Field::Interface)->name, address, true, channel);
+    commitStore();
+}
+
+int QCorvel::findDefaultInterface()
+{
+    return 0;
+}
+
+QString QCorvel::GetIP(QString text) const
+{
+    return text.section(QLatin1Char(' '), 0, 0);
+}
+
+// ------------------------------------------------------------------------------------------ closing
+
+void QCorvel::ok()
+{
+    m_bClosing = true;
+    if (isStandAlone()) {
+        saveDataStandAlone();
+        checkErrors();
+        shutdown();
+        return;
+    }
+    updateSettings(true);
+    checkErrors();
+    done(1);
+}
+
+// Embedded: the engine gets back what is stored, element by element.
+void QCorvel::cancel()
+{
+    if (isStandAlone()) {
+        loadDataStandAlone();
+        shutdown();
+        return;
+    }
+    {
+        const SignalBracket bracket(this);
+        const auto restore = [this] {
+            loadData();
+            updateSettings(false);
+        };
+        for (QRadioButton *element : {m_pVideoConfig, m_pAncConfig}) {
+            element->setChecked(true);
+            restore();
+        }
+        m_pAudioConfig->setChecked(true);
+        for (QRadioButton *flow : m_pAudFlowSelect) {
+            flow->setChecked(true);
+            restore();
+        }
+    }
+    done(0);
+}
+
+void QCorvel::showurls()
+{
+    if (isStandAlone())
+        loadDataStandAlone();
+    else
+        done(3);
+}

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+//
+// Clock status: keeps the software PTP client in line with the dialog and shows the clock ten
+// milliseconds by ten milliseconds.
+#include "app/corvel.h"
+#include "app/digitgroups.h"
+#include "rkos.h"
+#include "theme/lineaddress.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QTimerEvent>
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr int kLineBytes = 512;
+constexpr int kTextBytes = 64;
+constexpr quint64 kNanosPerSecond = 1000000000;
+constexpr quint32 kPtpTimeFormat = 0x210200;   // date, time with nanoseconds
+constexpr quint32 kSystemTimeFormat = 0x10080; // date, time
+constexpr char kEnabledStyle[] = "background-color: #131313;";
+constexpr char kDisabledStyle[] = "background-color:#404040;";
+
+// A line that did not change is not set again: it would be painted and announced again. The start of a
+// line that is too long is what shows.
+void showLine(QLineEdit *edit, const char *text)
+{
+    const QString line = QString::fromUtf8(text);
+    if (edit->text() == line)
+        return;
+    edit->setText(line);
+    edit->setCursorPosition(0);
+}
+
+} // namespace
+
+void QCorvel::checkPTP()
+{
+    if (comboData(m_pComboClkSrc) != ClockSource::SoftwarePtp) {
+        rkPTPEnd(hPTP);
+        return;
+    }
+    QString address = QStringLiteral("0.0.0.0");
+    if (m_pCheckSndDstIFace->isChecked())
+        address = m_pEditSndIFace->address();
+    else if (m_pCheckRecDstIFace->isChecked())
+        address = m_pEditRecIFace->address();
+    char interfaceAddress[sizeof m_szIPAddress];
+    qstrncpy(interfaceAddress, address.toLatin1().constData(), sizeof interfaceAddress);
+    const quint32 domain = static_cast<quint32>(m_pEditGmId->text().toInt());
+    const QString grandmaster = m_pEditGmAddress->text();
+
+    const bool asRunning = rkPTPGetStatus(hPTP, 0) != RKPTP_NO_CLIENT
+                           && strcmp(interfaceAddress, m_szIPAddress) == 0 && domain == m_dwPTPDom
+                           && grandmaster == m_szMacAddr;
+    if (asRunning)
+        return;
+    memcpy(m_szIPAddress, interfaceAddress, sizeof m_szIPAddress);
+    m_dwPTPDom = domain;
+    m_szMacAddr = grandmaster;
+    rkPTPEnd(hPTP);
+    hPTP = rkPTPStart(m_szIPAddress);
+    rkPTPSetTargetDomain(hPTP, domain);
+    rkPTPSetTargetMacAddress(hPTP, grandmaster.toUtf8().constData());
+}
+
+void QCorvel::timerEvent(QTimerEvent *)
+{
+    switch (comboData(m_pComboClkSrc)) {
+    case ClockSource::SoftwarePtp:
+        showSoftwareClock();
+        break;
+    case ClockSource::HardwarePtp:
+        showHardwareClock();
+        break;
+    default:
+        showSystemClock();
+    }
+}
+
+void QCorvel::showClock(const char *info, const char *time)
+{
+    showLine(m_pComboClkMstr, info);
+    showLine(m_pEditClockDomain, time);
+}
+
+void QCorvel::showSoftwareClock()
+{
+    char portId[kTextBytes] = {};
+    char address[kTextBytes] = {}; // asked for like the others, not shown
+    char domain[kTextBytes] = {};
+    char version[kTextBytes] = {};
+    rkPTPGetSourcePortID(hPTP, portId);
+    rkPTPGetIPAddress(hPTP, address);
+    rkPTPGetDomain(hPTP, domain);
+    rkPTPGetVersion(hPTP, version);
+    char info[kLineBytes];
+    snprintf(info, sizeof info, "%s D:%s %s", version, domain, portId);
+
+    uint64_t seconds = 0;
+    uint32_t nanoseconds = 0;
+    int64_t offset = 0;
+    rkPTPGetTime_Nano(hPTP, &seconds, &nanoseconds);
+    rkPTPGetOffset_Nano(hPTP, &offset);
+    char date[kTextBytes] = {};
+    char time[kTextBytes] = {};
+    rkOSGetEpochDateTimeString(seconds, date, time, nanoseconds, kPtpTimeFormat);
+    char line[kLineBytes];
+    snprintf(line, sizeof line, "%s %s (%s ns)", date, time, digitGroups(offset).constData());
+    showClock(info, line);
+}
+
+void QCorvel::showHardwareClock()
+{
+    const quint64 now = rkOSGetTimePTPNano();
+    char date[kTextBytes] = {};
+    char time[kTextBytes] = {};
+    rkOSGetEpochDateTimeString(now / kNanosPerSecond, date, time, static_cast<quint32>(now % kNanosPerSecond),
+                               kPtpTimeFormat);
+    char line[kLineBytes];
+    snprintf(line, sizeof line, "%s %s ", date, time);
+    showClock("Hardware/GMT Time", line);
+}
+
+void QCorvel::showSystemClock()
+{
+    char date[kTextBytes] = {};
+    char time[kTextBytes] = {};
+    rkOSGetDateTimeString(date, time, kSystemTimeFormat);
+    char line[kLineBytes];
+    snprintf(line, sizeof line, "%s %s ", date, time);
+    showClock("GMT Time", line);
+}
+
+void QCorvel::onUseGmId(bool checked)
+{
+    m_pEditGmAddress->setEnabled(checked);
+    m_pEditGmAddress->setStyleSheet(QLatin1String(checked ? kEnabledStyle : kDisabledStyle));
+}

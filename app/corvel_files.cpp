@@ -1,0 +1,267 @@
+// SPDX-License-Identifier: MIT
+//
+// Files: the commands that load and save settings files and session descriptions. What stands in them
+// is the business of files/; here values are collected, files opened and answers applied.
+#include "app/corvel.h"
+#include "channel/channelstore.h"
+#include "files/sdpreader.h"
+#include "files/sdpwriter.h"
+#include "files/settingsfile.h"
+#include "rkos.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLineEdit>
+
+namespace {
+
+constexpr int kLineBytes = 4096;
+constexpr int kPathBytes = 4096;
+constexpr int kFolderMode = 777; // the digits of the mode in decimal, as the library wants them
+
+// The wait cursor while a file is read or written.
+class WaitCursor {
+public:
+    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
+    WaitCursor(const WaitCursor &) = delete;
+    WaitCursor &operator=(const WaitCursor &) = delete;
+};
+
+quint64 openForReading(const QString &path)
+{
+    return rkOSCreateFile(path.toUtf8().constData(), RKOS_GENERIC_READ, RKOS_SHARE_READ, nullptr,
+                          RKOS_OPEN_EXISTING, RKOS_ATTRIBUTE_NORMAL, nullptr);
+}
+
+quint64 createForWriting(const QString &path)
+{
+    return rkOSCreateFile(path.toUtf8().constData(), RKOS_GENERIC_WRITE, RKOS_SHARE_READ, nullptr,
+                          RKOS_CREATE_ALWAYS, RKOS_ATTRIBUTE_NORMAL, nullptr);
+}
+
+// The next line up to its first zero byte; false at the end of the file.
+bool readLine(quint64 file, QByteArray &line)
+{
+    char buffer[kLineBytes] = {};
+    if (!rkOSfgets(buffer, kLineBytes, file))
+        return false;
+    line = QByteArray(buffer);
+    return true;
+}
+
+// Told by the letters behind the last ".", in lower case only.
+bool isSessionDescription(const QString &path)
+{
+    return QFileInfo(path).suffix() == QLatin1String("sdp");
+}
+
+QString settingsFolder()
+{
+    char folder[kPathBytes] = {};
+    rkOSGetDocumentsDir(folder);
+    return QString::fromUtf8(folder) + QLatin1String("2110/");
+}
+
+} // namespace
+
+// ------------------------------------------------------------------------------------------- saving
+
+void QCorvel::save()
+{
+    QString folder = m_lastPath;
+    if (folder.isEmpty()) {
+        folder = settingsFolder();
+        if (!rkOSFileExists(folder.toUtf8().constData()))
+            rkOSMakeDir(folder.toUtf8().constData(), kFolderMode);
+    }
+    const QString answer = QDir::toNativeSeparators(QFileDialog::getSaveFileName(
+        nullptr, tr("Ini File"), folder, settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
+    // Before the answer is looked at, on purpose: a cancelled dialog leads to the current folder.
+    m_lastPath = QFileInfo(answer).absoluteDir().absolutePath();
+    if (answer.isEmpty())
+        return;
+    const WaitCursor wait;
+    if (isSessionDescription(answer))
+        saveSdpFiles(answer);
+    else
+        saveSettings(answer);
+}
+
+QString QCorvel::settingsFilter() const
+{
+    return tr("Settings File (*.ipp);; Session Description File (*.sdp);; Text File (*.txt);; All files (*.*)");
+}
+
+// Saving the settings ends the override, in the store and in the file, on purpose. The flow count shown
+// holds for every channel of the file.
+void QCorvel::saveSettings(const QString &path)
+{
+    const quint64 file = createForWriting(path);
+    if (file == RKOS_INVALID_HANDLE)
+        return;
+    setGlobalDword(StorePath::AvHAL, "nmosoverride", 0);
+    commitStore();
+    const auto value = [this](const char *name, bool isString, int channel) {
+        return cfgValue(name, isString, channel);
+    };
+    const QByteArray text =
+        writeSettingsFile(value, m_pChannel->count(), m_pComboAudFlow->currentData().toInt());
+    rkOSfputs(text.constData(), file);
+    rkOSCloseFile(file);
+}
+
+// What is shown goes into a session description, except for the values: those come from the store.
+SdpInput QCorvel::sdpInput(int channel) const
+{
+    SdpInput input;
+    input.value = [this, channel](const char *name, bool isString) {
+        return cfgValue(name, isString, channel);
+    };
+    getSignalFormatValues(&input.width, &input.height, &input.rate);
+    input.recSrc = m_pCheckRecSrcAddr->isChecked();
+    input.recDst = m_pCheckRecDstAddr->isChecked();
+    input.sndSrc = m_pCheckSndSrcAddr->isChecked();
+    input.sndDst = m_pCheckSndDstAddr->isChecked();
+    input.useGmId = m_pUseGmId->isChecked();
+    input.clockIndex = m_pComboClkSrc->currentIndex();
+    input.gmAddress = m_pEditGmAddress->text();
+    input.gmDomain = m_pEditGmId->text();
+    input.flows = m_pComboAudFlow->currentData().toInt();
+    input.sessionId = rkOSGetMicro();
+    return input;
+}
+
+// All three elements, always of channel 0.
+void QCorvel::saveSdpFiles(const QString &answer)
+{
+    const SdpFileNames names = sdpFileNames(answer);
+    const SdpInput input = sdpInput(0);
+    writeSdpFile(names.rx, writeFileSdp(input, SdpSide::Receive));
+    writeSdpFile(names.tx, writeFileSdp(input, SdpSide::Send));
+}
+
+void QCorvel::saveElement()
+{
+    const int channel = currentChannel();
+    const QString answer = QDir::toNativeSeparators(QFileDialog::getSaveFileName(
+        nullptr, tr("Save Current Element"), QString(),
+        tr("Session File(*.sdp);; Text File (*.txt);; All files (*.*)"), nullptr,
+        QFileDialog::DontUseNativeDialog));
+    const SdpFileNames names = sdpFileNames(answer);
+    const SdpInput input = sdpInput(channel);
+    char grandmaster[64] = {}; // asked for with the identifier, not part of the text
+    char domain[64] = {};
+    rkPTPGetGrandmasterID(hPTP, grandmaster);
+    rkPTPGetDomain(hPTP, domain);
+    if (answer.isEmpty())
+        return;
+    const SdpElement element = isVideo()   ? SdpElement::Video
+                               : isAudio() ? SdpElement::Audio
+                                           : SdpElement::Anc;
+    writeSdpFile(names.rx, writeElementSdp(input, element, SdpSide::Receive));
+    writeSdpFile(names.tx, writeElementSdp(input, element, SdpSide::Send));
+}
+
+// A file that cannot be created is passed over; the other one of the pair is still tried.
+void QCorvel::writeSdpFile(const QString &path, const QString &text)
+{
+    const quint64 file = createForWriting(path);
+    if (file != RKOS_INVALID_HANDLE)
+        rkOSfputs(text.toLocal8Bit().constData(), file);
+    rkOSCloseFile(file);
+}
+
+// ------------------------------------------------------------------------------------------ loading
+
+// Only saving moves the folder that both dialogs start in.
+void QCorvel::load()
+{
+    const QString folder = m_lastPath.isEmpty() ? settingsFolder() : m_lastPath;
+    const QString answer = QDir::toNativeSeparators(QFileDialog::getOpenFileName(
+        nullptr, tr("Ini File"), folder, settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
+    if (answer.isEmpty() || !rkOSFileExists(answer.toUtf8().constData()))
+        return;
+    const quint64 file = openForReading(answer);
+    if (file == RKOS_INVALID_HANDLE)
+        return;
+    const WaitCursor wait;
+    setCfgValue("lastConfigPath", QFileInfo(answer).absoluteDir().absolutePath(), true, 0);
+    bool toTheEnd = true;
+    QByteArray line;
+    if (readLine(file, line)) {
+        if (isSettingsSignature(line))
+            toTheEnd = loadSettings(file);
+        else if (isSessionDescription(answer))
+            loadSdp(file);
+        else
+            ErrOut("Not a valid config file");
+    }
+    rkOSCloseFile(file);
+    commitStore();
+    if (toTheEnd)
+        loadDataStandAlone();
+    else
+        loadData();
+}
+
+// Stores value by value, without regard to locks. False when a section below the first one ended it.
+bool QCorvel::loadSettings(quint64 file)
+{
+    SettingsReader reader;
+    SettingsValue value;
+    QByteArray line;
+    while (readLine(file, line)) {
+        switch (reader.feed(line, &value)) {
+        case SettingsReader::Result::Ignored:
+            break;
+        case SettingsReader::Result::Stop:
+            return false;
+        case SettingsReader::Result::Value:
+            if (value.global)
+                setGlobalDword(StorePath::AvHal, value.key.constData(), globalSettingsNumber(value.text));
+            else
+                setCfgValue(value.key.constData(), value.text, value.isString, value.channel);
+        }
+    }
+    return true;
+}
+
+// A value whose lock is set stays as it is and ticks nothing. What was ticked is stored as well, so that
+// the refresh that follows shows it.
+void QCorvel::loadSdp(quint64 file)
+{
+    const SignalBracket bracket(this);
+    const int channel = currentChannel();
+    struct Tick {
+        SdpTick box;
+        Field field;
+    };
+    const Tick ticks[] = {
+        {SdpTick::RecDstAddr, Field::DestinationAddress},
+        {SdpTick::RecSrcAddr, Field::SourceAddress},
+        {SdpTick::RecDstPort, Field::DestinationPort},
+    };
+    quint32 ticked = 0;
+    const QList<SdpStore> values = readSdp([file](QByteArray &line) { return readLine(file, line); });
+    for (const SdpStore &value : values) {
+        if (m_LockValues.value(QString::fromLatin1(value.lockName) + QString::number(channel), false))
+            continue;
+        setCfgValue(value.valueName.constData(), value.text, value.isString, channel);
+        for (const Tick &tick : ticks) {
+            if (tick.box != value.box)
+                continue;
+            networkField(Side::Receive, tick.field).use->setChecked(true);
+            ticked |= flagBit(tick.field);
+        }
+    }
+    if (ticked) {
+        const quint32 flags = toDword(cfgValue("ReceiveFlags", false, channel)) | ticked;
+        setCfgValue("ReceiveFlags", QString::number(flags), false, channel);
+    }
+    commitStore();
+}

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+//
+// Locks: a locked field holds one value for all elements of its channel. Locks live in the dialog only.
+#include "app/corvel.h"
+#include "channel/channelstore.h"
+#include "theme/lineaddress.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+
+namespace {
+
+// The order in which locked fields are copied. Interfaces are not copied here: their own slot does that.
+// clang-format off
+const SaveStep kCopyOrder[] = {
+    {Side::Receive, Field::DestinationAddress},
+    {Side::Receive, Field::SourceAddress},
+    {Side::Send,    Field::DestinationAddress},
+    {Side::Send,    Field::SourceAddress},
+    {Side::Receive, Field::DestinationPort},
+    {Side::Receive, Field::SourcePort},
+    {Side::Send,    Field::DestinationPort},
+    {Side::Send,    Field::SourcePort},
+};
+// clang-format on
+
+} // namespace
+
+// The video value name stands for the field of all elements, with the channel number behind it.
+QString QCorvel::lockName(const NetworkField &field, int channel) const
+{
+    const ChannelKey *key = findChannelKey(Element::Video, field.side, field.field);
+    return QLatin1String(key->name) + QString::number(channel);
+}
+
+bool QCorvel::isLocked(const NetworkField &field) const
+{
+    return m_LockValues.value(lockName(field, currentChannel()), false);
+}
+
+// A field is copied when it changed itself, when its lock was set, or when all locks were.
+bool QCorvel::concerns(const NetworkField &field, const QObject *sender) const
+{
+    return sender
+           && (sender == field.control() || sender == field.lock || sender == m_pCheckLockGroup);
+}
+
+void QCorvel::checkLocksForConfig()
+{
+    const SignalBracket bracket(this);
+    const int channel = currentChannel();
+    for (const NetworkField &field : qAsConst(m_fields))
+        field.lock->setChecked(m_LockValues[lockName(field, channel)]);
+}
+
+void QCorvel::onLockSetting(bool)
+{
+    recordLocks(sender());
+}
+
+void QCorvel::recordLocks(QObject *from)
+{
+    const int channel = currentChannel();
+    for (const NetworkField &field : qAsConst(m_fields))
+        m_LockValues[lockName(field, channel)] = field.lock->isChecked();
+    updateLockedItems(from);
+}
+
+void QCorvel::onLockGroup(bool)
+{
+    QObject *const from = sender();
+    {
+        const SignalBracket bracket(this);
+        for (const NetworkField &field : qAsConst(m_fields))
+            field.lock->setChecked(m_pCheckLockGroup->isChecked());
+    }
+    recordLocks(from);
+}
+
+void QCorvel::updateLockedItems(QObject *sender)
+{
+    if (!isStandAlone()) {
+        updateLockedItemsForScopes(sender);
+        return;
+    }
+    const SignalBracket bracket(this);
+    const int channel = currentChannel();
+    bool copied = false;
+    for (const SaveStep &step : kCopyOrder) {
+        const NetworkField &field = networkField(step.side, step.field);
+        if (!concerns(field, sender) || !isLocked(field))
+            continue;
+        propagate(field, channel);
+        copied = true;
+    }
+    if (copied)
+        commitStore();
+}
+
+// Flow 0 is written once more before all flows, as always.
+void QCorvel::propagate(const NetworkField &field, int channel)
+{
+    const QString value = field.value();
+    const auto write = [&](Element element, const QByteArray &suffix) {
+        const ChannelKey *key = findChannelKey(element, field.side, field.field);
+        setCfgValue(valueName(*key, suffix).constData(), value, key->stored == Stored::Text, channel);
+    };
+    write(Element::Audio, "0");
+    for (int flow = 0; flow < kFlowCount; ++flow)
+        write(Element::Audio, QByteArray::number(flow));
+    write(Element::Anc, QByteArray());
+    write(Element::Video, QByteArray());
+}
+
+// Embedded: the engine gets the locked value, interfaces included, once for each element and flow.
+void QCorvel::updateLockedItemsForScopes(QObject *sender)
+{
+    const SignalBracket bracket(this);
+    for (const NetworkField &field : qAsConst(m_fields)) {
+        if (concerns(field, sender) && isLocked(field))
+            sendMediaField(field);
+    }
+}

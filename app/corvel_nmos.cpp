@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: MIT
+//
+// NMOS link: the node's connection settings, the override switch, and session descriptions pushed from
+// outside. The node itself runs in a service of its own; it hears of a change by a named event.
+#include "app/corvel.h"
+#include "app/nmosthread.h"
+#include "channel/channelstore.h"
+#include "rkos.h"
+#include "theme/lineaddress.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+bool isLocalInterface(const QString &address); // corvel_checks.cpp
+
+namespace {
+
+constexpr int kNotifyDelayMs = 100;
+constexpr int kEventNameBytes = 256;
+constexpr int kTempPathBytes = 256;
+constexpr char kTempFile[] = "ipcfg_nmos_temp.sdp";
+constexpr char kEventName[] = "HalvectNMOSConfigChange_%d_%cx_{8ba14a78-0bb2-b00b-5f55-bfe29a74a8d8}";
+constexpr quint32 kReadWrite = RKOS_GENERIC_READ | RKOS_GENERIC_WRITE;
+
+using HeapBlock = std::unique_ptr<void, void (*)(void *)>;
+
+// Writes the description to the file, all of it or not at all. False when it could not.
+bool writeDescription(const char *path, const void *data, int size)
+{
+    const quint32 disposition = rkOSFileExists(path) ? RKOS_TRUNCATE_EXISTING : RKOS_CREATE_ALWAYS;
+    const quint64 file = rkOSCreateFile(path, kReadWrite, RKOS_SHARE_READ, nullptr, disposition,
+                                        RKOS_ATTRIBUTE_NORMAL, nullptr);
+    if (file == RKOS_INVALID_HANDLE)
+        return false;
+    quint32 written = 0;
+    const quint32 length = static_cast<quint32>(size);
+    rkOSWriteFile(file, data, length, &written, nullptr);
+    rkOSCloseFile(file);
+    return written == length;
+}
+
+} // namespace
+
+// ------------------------------------------------------------------------------------ node settings
+
+void QCorvel::loadNmosCfg()
+{
+    m_pEditNmosDmn->setText(cfgValue("nmosdomain", true, 0));
+    m_pLineNmosIp->setAddress(cfgValue("nmosip", true, 0));
+    m_pLineNmosSrv->setAddress(cfgValue("nmosserverip", true, 0));
+    m_pEditNmosPort->setText(cfgValue("nmosserverport", true, 0));
+}
+
+void QCorvel::onShowNmosCfg()
+{
+    loadNmosCfg();
+    m_pNmosCfg->show();
+    m_pNmosCfg->raise();
+    m_pNmosCfg->activateWindow();
+}
+
+// All node settings belong to channel 0. A node address this machine does not have is left out.
+void QCorvel::onSetNmosCfg()
+{
+    setCfgValue("nmosdomain", m_pEditNmosDmn->text(), true, 0);
+    const QString node = m_pLineNmosIp->address();
+    if (isLocalInterface(node))
+        setCfgValue("nmosip", node, true, 0);
+    setCfgValue("nmosserverip", m_pLineNmosSrv->address(), true, 0);
+    setCfgValue("nmosserverport", m_pEditNmosPort->text(), true, 0);
+    commitStore();
+    restartNmos();
+    m_pNmosCfg->close();
+}
+
+// ----------------------------------------------------------------------------------------- switches
+
+void QCorvel::overrideNmos(bool checked)
+{
+    loadData();
+    setCfgValue("nmosoverride", checked ? QStringLiteral("1") : QStringLiteral("0"), false, 0);
+    commitStore();
+    m_pSwapLayout->setCurrentIndex(checked ? 0 : 1);
+    if (!checked)
+        restartNmos();
+}
+
+// Switching the override off asks first. When the answer is no, the box is checked again, which runs
+// this slot once more for the checked state; the outer run then still ends with its own value, on purpose.
+void QCorvel::onBoardSettingChanged(bool value)
+{
+    setGlobalDword(StorePath::AvHal, "nmosoverride", value ? 1 : 0);
+    commitStore();
+    QDialog confirmation(this);
+    QVBoxLayout *column = new QVBoxLayout(&confirmation);
+    column->setContentsMargins(10, 10, 10, 10);
+    column->setSpacing(10);
+    QLabel *question = new QLabel(tr("Using NMOS may over write your current settings. Continue?"), &confirmation);
+    QFont questionFont = font();
+    questionFont.setPointSize(10);
+    question->setObjectName(QStringLiteral("m_pNmosQuestion"));
+    question->setFont(questionFont);
+    column->addWidget(question, 0, Qt::AlignCenter);
+    QHBoxLayout *row = new QHBoxLayout;
+    row->setContentsMargins(10, 10, 10, 10);
+    row->setSpacing(10);
+    QPushButton *yes = new QPushButton(tr("OK"), &confirmation);
+    QPushButton *no = new QPushButton(tr("CANCEL"), &confirmation);
+    row->addStretch(1);
+    for (QPushButton *button : {yes, no}) {
+        button->setFont(controlFont());
+        button->setFixedSize(px(100), px(28));
+        row->addWidget(button, 0, Qt::AlignCenter);
+    }
+    row->addStretch(1);
+    column->addLayout(row);
+    connect(yes, &QPushButton::clicked, &confirmation, &QDialog::accept);
+    connect(no, &QPushButton::clicked, &confirmation, &QDialog::close);
+    no->setDefault(true);
+    no->setFocus();
+
+    if (value)
+        overrideNmos(true);
+    else if (confirmation.exec() == QDialog::Accepted)
+        overrideNmos(false);
+    else
+        m_pNmosOverride->setChecked(true);
+    m_pCmdLoad->setEnabled(value);
+}
+
+void QCorvel::toggleNmosLog(bool on)
+{
+    bNmosUseLog = on;
+    if (setGlobalDword(StorePath::Debug, "NMOSUseLog", on ? 1 : 0))
+        commitStore();
+    if (!m_pNmosOverride->isChecked())
+        restartNmos();
+}
+
+// ------------------------------------------------------------------------------ pushed descriptions
+
+// The description is applied even while NMOS is overridden; only the notification is then left out, on
+// purpose.
+void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
+{
+    const HeapBlock block(sdp, std::free);
+    if (!sdp || size < 0 || channel < 0 || channel >= m_pChannel->count()) {
+        ErrOut("session description of %d bytes for channel %d refused", size, channel);
+        return;
+    }
+    const int shown = m_pChannel->currentIndex();
+    QTimer *timer = nullptr;
+    if (!m_pNmosOverride->isChecked() && channel < kFlowCount) {
+        timer = nmosTimer(channel);
+        timer->stop();
+    }
+    m_pChannel->setCurrentIndex(channel);
+    if (channel < kFlowCount)
+        m_szNmosTxRx[channel] = isSender ? 't' : 'r';
+    char folder[kTempPathBytes] = {};
+    rkOSGetTempPath(folder, sizeof folder);
+    const QByteArray path = QByteArray(folder) + kTempFile;
+    if (writeDescription(path.constData(), sdp, size)) {
+        const quint64 file = rkOSCreateFile(path.constData(), RKOS_GENERIC_READ, RKOS_SHARE_READ, nullptr,
+                                            RKOS_OPEN_EXISTING, RKOS_ATTRIBUTE_NORMAL, nullptr);
+        if (file != RKOS_INVALID_HANDLE) {
+            loadSdp(file);
+            rkOSCloseFile(file);
+        }
+        loadData();
+    } else {
+        ErrOut("session description for channel %d: %s cannot be written", channel, path.constData());
+    }
+    if (timer)
+        timer->start();
+    m_pChannel->setCurrentIndex(shown);
+}
+
+// The channel's notification timer, made on first use.
+QTimer *QCorvel::nmosTimer(int channel)
+{
+    while (m_pNmosEventTimers.size() <= channel)
+        m_pNmosEventTimers.append(nullptr);
+    QTimer *&timer = m_pNmosEventTimers[channel];
+    if (!timer) {
+        timer = new QTimer(this);
+        timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);
+        timer->setInterval(kNotifyDelayMs);
+        connect(timer, &QTimer::timeout, this, [this, channel] { nmosEventTimeout(channel); });
+    }
+    return timer;
+}
+
+void QCorvel::nmosEventTimeout(int channel)
+{
+    if (channel < 0 || channel >= kFlowCount)
+        return;
+    char name[kEventNameBytes];
+    snprintf(name, sizeof name, kEventName, channel, m_szNmosTxRx[channel]);
+    const quint64 event = rkOSOpenEvent(kReadWrite, 0, name);
+    if (event == 0 || event == RKOS_INVALID_HANDLE)
+        return; // no service is listening
+    rkOSSetEvent(event);
+    rkOSCloseEvent(event);
+}
+
+// ------------------------------------------------------------- hooks of a node inside the process
+
+int nmosInitNode()
+{
+    return 0;
+}
+
+void NmosThread::run()
+{
+    nmosInitNode();
+}
+
+void QCorvel::restartNmos()
+{
+}
+
+void QCorvel::asyncPopulateSenders()
+{
+}
+
+void QCorvel::onMdnsDeviceFound(QString, QUrl, QJsonDocument)
+{
+}
+
+void QCorvel::onMdnsConnect()
+{
+}
+
+void QCorvel::onNmosThreadReady(int)
+{
+}

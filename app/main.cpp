@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#include "app/appearance.h"
+#include "app/corvel.h"
+#include "rkos.h"
+
+#include <QApplication>
+
+namespace {
+
+constexpr char kVersion[] = "8.0.0.0";
+constexpr char kBuild[] = "197";
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    ErrLogSetFileName("corvel");
+    QCoreApplication::setOrganizationName(QStringLiteral("Halvect"));
+    QCoreApplication::setApplicationName(QStringLiteral("corvel"));
+    QCoreApplication::setApplicationVersion(QLatin1String(kVersion));
+    ErrOut("Application Version %s.%s", kVersion, kBuild);
+    // Every file dialog is the toolkit's own. Has to be set before the application object exists.
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs, true);
+    QApplication application(argc, argv);
+    useCorvelAppearance(application);
+
+    QCorvel dialog(true, nullptr);
+    dialog.show();
+    return QApplication::exec();
+}

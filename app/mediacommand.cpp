@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#include "app/mediacommand.h"
+
+#include <utility>
+
+namespace {
+
+MediaHook &currentHook()
+{
+    static MediaHook hook;
+    return hook;
+}
+
+} // namespace
+
+int ipSetMode(MEDIACMD *command, int mode)
+{
+    const MediaHook &hook = currentHook();
+    return hook ? hook(command, mode) : 0;
+}
+
+void setMediaHook(MediaHook hook)
+{
+    currentHook() = std::move(hook);
+}
