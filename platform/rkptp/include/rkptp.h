@@ -58,13 +58,13 @@ typedef void *PTP_HANDLE;
 
 /*
  * Starts a client on the interface that has this IPv4 address ("192.168.1.20"). "0.0.0.0", an empty text or
- * null stand for all running multicast interfaces except loopback, at most 8; the client follows the best
- * master of all. Returns a handle at once; null only when the process is ending or no thread can be started.
- * ptp4l itself is started 300 ms after the last of rkPTPStart, rkPTPSetTargetDomain and
- * rkPTPSetTargetMacAddress, so that a domain named after the start, or one being typed, costs one start and
- * no more. The domain is 0 and every grandmaster is welcome until the two functions below say otherwise. The
- * status is RKPTP_STARTING until ptp4l answers. It becomes RKPTP_NO_CLIENT when the text is no address (at
- * once) or no interface has it, or when ptp4l cannot be started or ends; the library then tries again by
+ * null stand for all running multicast interfaces with software time stamps except loopback, at most 8; the
+ * client follows the best master of all. Returns a handle at once; null only when the process is ending or no
+ * thread can be started. ptp4l itself is started 300 ms after the last of rkPTPStart, rkPTPSetTargetDomain
+ * and rkPTPSetTargetMacAddress, so that a domain named after the start, or one being typed, costs one start
+ * and no more. The domain is 0 and every grandmaster is welcome until the two functions below say otherwise.
+ * The status is RKPTP_STARTING until ptp4l answers. It becomes RKPTP_NO_CLIENT when the text is no address
+ * (at once) or no interface has it, or when ptp4l cannot be started or ends; the library then tries again by
  * itself: after 5 s where the interface is missing, otherwise after 1 s, from the third failure in 10 s on
  * after 5 s, doubling to 60 s. Ending the client and starting another one does not shorten that.
  */

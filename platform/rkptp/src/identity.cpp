@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <random>
+#include <sys/random.h>
 #include <vector>
 
 namespace rkptp {
@@ -106,10 +106,10 @@ ClockId randomIdentity()
 {
     constexpr unsigned localBit = 0x02;
     constexpr unsigned groupBit = 0x01;
-    std::random_device random;
-    ClockId id;
-    for (uint8_t &byte : id)
-        byte = static_cast<uint8_t>(random());
+    ClockId id{};
+    // Eight bytes never fail or come in parts once the system is up.
+    while (getrandom(id.data(), id.size(), 0) < 0)
+        continue;
     id[0] = static_cast<uint8_t>((id[0] | localBit) & ~groupBit);
     id[3] = 0xff;
     id[4] = 0xfe;

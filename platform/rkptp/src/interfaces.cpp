@@ -1,12 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "interfaces.h"
 
+#include "fd.h"
+
 #include <algorithm>
 #include <arpa/inet.h>
+#include <cstdio>
 #include <ifaddrs.h>
+#include <linux/ethtool.h>
+#include <linux/net_tstamp.h>
+#include <linux/sockios.h>
 #include <memory>
 #include <net/if.h>
 #include <netinet/in.h>
+#include <sys/ioctl.h>
 
 namespace rkptp {
 
@@ -25,6 +32,21 @@ int readOctet(const char *&text)
 uint32_t addressIn(const ifaddrs &entry)
 {
     return ntohl(reinterpret_cast<const sockaddr_in *>(entry.ifa_addr)->sin_addr.s_addr);
+}
+
+// ptp4l gives up altogether when one of its interfaces cannot do this; bridges are such.
+bool takesTimestamps(const char *name)
+{
+    constexpr unsigned needed =
+        SOF_TIMESTAMPING_TX_SOFTWARE | SOF_TIMESTAMPING_RX_SOFTWARE | SOF_TIMESTAMPING_SOFTWARE;
+    const Fd any(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    ethtool_ts_info info{};
+    info.cmd = ETHTOOL_GET_TS_INFO;
+    ifreq request{};
+    snprintf(request.ifr_name, sizeof request.ifr_name, "%s", name);
+    request.ifr_data = reinterpret_cast<char *>(&info);
+    // A driver that does not say is given a try, as ptp4l does.
+    return ioctl(any.get(), SIOCETHTOOL, &request) != 0 || (info.so_timestamping & needed) == needed;
 }
 
 bool suits(const ifaddrs &entry, uint32_t wanted)
@@ -80,7 +102,7 @@ std::vector<Interface> findInterfaces(uint32_t address)
         const Interface one = describe(*entry);
         const bool known = std::any_of(found.begin(), found.end(),
                                        [&one](const Interface &other) { return other.index == one.index; });
-        if (one.index != 0 && !known)
+        if (one.index != 0 && !known && (address != INADDR_ANY || takesTimestamps(one.name.c_str())))
             found.push_back(one);
     }
     std::sort(found.begin(), found.end(),

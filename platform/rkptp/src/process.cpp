@@ -157,12 +157,20 @@ std::optional<ProcessEnd> Process::reap()
     return ProcessEnd{info.si_code == CLD_EXITED, info.si_status};
 }
 
+// Two lines: ptp4l names the reason first and then says what it could not do.
+void Process::keepLine(std::string line)
+{
+    const size_t half = m_lastLines.find("; ");
+    const std::string before = half == std::string::npos ? m_lastLines : m_lastLines.substr(half + 2);
+    m_lastLines = before.empty() ? std::move(line) : before + "; " + line;
+}
+
 void Process::takeLogText(const char *text, size_t size)
 {
     for (size_t i = 0; i < size; ++i) {
         const bool printable = static_cast<unsigned char>(text[i]) >= ' ' && text[i] != 0x7f;
         if (text[i] == '\n' && !m_line.empty())
-            m_lastLine = std::exchange(m_line, {});
+            keepLine(std::exchange(m_line, {}));
         else if (printable && m_line.size() < longestLine)
             m_line += text[i];
     }

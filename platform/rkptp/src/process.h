@@ -48,18 +48,19 @@ public:
     /* The end of the process once it has ended; reaps it, this process only. */
     std::optional<ProcessEnd> reap();
 
-    /* Reads what the process has written and keeps the last line; closes the pipe at its end. */
+    /* Reads what the process has written and keeps the last two lines; closes the pipe at its end. */
     void drainLog();
-    const std::string &lastLine() const { return m_lastLine; }
+    const std::string &lastLines() const { return m_lastLines; }
 
 private:
+    void keepLine(std::string line);
     void takeLogText(const char *text, size_t size);
 
     pid_t m_pid = -1;
     Fd m_pidFd;
     Fd m_log;
     std::string m_line;
-    std::string m_lastLine;
+    std::string m_lastLines;
 };
 
 /* Path of the launcher beside this library: in the build tree and when installed. Empty when there is none.

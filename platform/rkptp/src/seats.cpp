@@ -34,6 +34,14 @@ Snapshot withoutClient(const CarriedTime &carried)
     return snapshot;
 }
 
+void reportNoInterface(uint32_t address)
+{
+    if (address == 0)
+        ErrOut("PTP: no network interface is up that could be listened on");
+    else
+        ErrOut("PTP: no network interface has the address %s", formatAddress(address).c_str());
+}
+
 } // namespace
 
 // Returns when this seat wants to be looked at next.
@@ -76,8 +84,7 @@ void Worker::startChild(Id id, Seat &seat, int64_t now)
     std::vector<Interface> interfaces = findInterfaces(seat.wanted.key.address);
     if (interfaces.empty()) {
         if (m_logLimit.allowed(NoInterface, now))
-            ErrOut("PTP: no network interface has the address %s",
-                   formatAddress(seat.wanted.key.address).c_str());
+            reportNoInterface(seat.wanted.key.address);
         return fail(id, seat, now + searchInterval);
     }
     const std::string key = seat.wanted.key.text();
@@ -180,7 +187,7 @@ void Worker::reportEnd(Child &child, const ProcessEnd &ended, int64_t now)
     if (ended.exited && ended.code == LAUNCH_NO_PTP4L)
         return ErrOut("PTP: ptp4l is missing. To mend: sudo apt-get install linuxptp");
     ErrOut("PTP: ptp4l ended (%s %d): %s", ended.exited ? "code" : "signal", ended.code,
-           child.process().lastLine().c_str());
+           child.process().lastLines().c_str());
 }
 
 // Lines for the log about a child that runs but does not do what was asked.
@@ -202,7 +209,7 @@ void Worker::watch(Seat &seat, int64_t now)
     }
     const bool faulty = status == RKPTP_PORT_FAULTY;
     if (faulty && !seat.faultLogged && m_logLimit.allowed(Fault, now))
-        ErrOut("PTP: the interface has a fault or is gone: %s", seat.child->process().lastLine().c_str());
+        ErrOut("PTP: the interface has a fault or is gone: %s", seat.child->process().lastLines().c_str());
     seat.faultLogged = faulty;
 }
 

@@ -102,6 +102,23 @@ void Master::kill()
     m_process->waitForFinished(5000);
 }
 
+QByteArray Master::ask(const QString &command) const
+{
+    return runCommand(QStringLiteral("pmc"),
+                      {QStringLiteral("-u"), QStringLiteral("-b"), QStringLiteral("0"), QStringLiteral("-d"),
+                       QString::number(m_domain), QStringLiteral("-s"), m_socket, QStringLiteral("-i"),
+                       m_socket + QStringLiteral(".pmc"), command});
+}
+
+void Master::waitUntilActive()
+{
+    QElapsedTimer waited;
+    waited.start();
+    while (!ask(QStringLiteral("GET PORT_DATA_SET")).contains(" MASTER"))
+        if (waited.elapsed() > 10000)
+            qFatal("ptp4l does not become master");
+}
+
 void Master::announce(int utcOffset, bool valid, bool ptpTimescale)
 {
     const QString command =
@@ -112,10 +129,7 @@ void Master::announce(int utcOffset, bool valid, bool ptpTimescale)
             .arg(utcOffset)
             .arg(valid ? 1 : 0)
             .arg(ptpTimescale ? 1 : 0);
-    const QByteArray answer = runCommand(
-        QStringLiteral("pmc"), {QStringLiteral("-u"), QStringLiteral("-b"), QStringLiteral("0"),
-                                QStringLiteral("-d"), QString::number(m_domain), QStringLiteral("-s"),
-                                m_socket, QStringLiteral("-i"), m_socket + QStringLiteral(".pmc"), command});
+    const QByteArray answer = ask(command);
     if (!answer.contains("RESPONSE"))
         qFatal("the master does not take its settings: %s", answer.constData());
 }

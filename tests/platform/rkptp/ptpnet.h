@@ -34,11 +34,15 @@ public:
     Master(const QString &socket, unsigned domain, std::unique_ptr<QProcess> process);
     ~Master();
     void kill();
+    /* Waits until it plays the master: it listens for a better one first. */
+    void waitUntilActive();
     /* What the master announces about its time: seconds, and the flags "valid and traceable", "PTP
      * timescale". */
     void announce(int utcOffset, bool valid, bool ptpTimescale);
 
 private:
+    QByteArray ask(const QString &command) const;
+
     QString m_socket;
     unsigned m_domain;
     std::unique_ptr<QProcess> m_process;

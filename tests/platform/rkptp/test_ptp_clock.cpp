@@ -28,6 +28,7 @@ void TestPtpClock::initTestCase()
 void TestPtpClock::firstOffsetWithinThreeSeconds()
 {
     const auto master = m_net->startMaster(QStringLiteral("v0"), 1, QStringLiteral("001dc1.fffe.000001"));
+    master->waitUntilActive();
     QElapsedTimer elapsed;
     elapsed.start();
     const TestClient client(1);

@@ -63,6 +63,11 @@ void TestPtpLoss::masterDiesReturnsAndChanges()
 
 void TestPtpLoss::allInterfaces()
 {
+    // An interface without software time stamps must not keep the others from working.
+    runCommand(QStringLiteral("sh"),
+               {QStringLiteral("-c"), QStringLiteral("ip link add br0 type bridge && "
+                                                     "ip addr add 10.9.9.1/24 dev br0 && "
+                                                     "ip link set br0 up")});
     const auto master = m_net->startMaster(QStringLiteral("v1"), 50, QStringLiteral("001dc1.fffe.000050"));
     const TestClient client(50, "0.0.0.0");
     QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_LOCKED, lockTimeout);
