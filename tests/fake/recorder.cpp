@@ -97,13 +97,13 @@ void ErrOut(const char *format, ...)
     va_start(arguments, format);
     vsnprintf(line, sizeof line, format, arguments);
     va_end(arguments);
-    allCalls.append(QByteArray("log ") + line);
+    allCalls.append(QByteArray("log ").append(line));
     real(ErrOut, "ErrOut")("%s", line);
 }
 
 PTP_HANDLE rkPTPStart(const char *interfaceAddress)
 {
-    allCalls.append(QByteArray("ptp start ") + interfaceAddress);
+    allCalls.append(QByteArray("ptp start ").append(interfaceAddress));
     return nullptr;
 }
 
@@ -120,7 +120,7 @@ int rkPTPSetTargetDomain(PTP_HANDLE, uint32_t domain)
 
 int rkPTPSetTargetMacAddress(PTP_HANDLE, const char *identity)
 {
-    allCalls.append(QByteArray("ptp target ") + identity);
+    allCalls.append(QByteArray("ptp target ").append(identity));
     return 0;
 }
 
