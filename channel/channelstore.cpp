@@ -4,7 +4,6 @@
 #include "rkcfg.h"
 #include "rkos.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -94,11 +93,14 @@ void commitStore()
 
 int channelCount()
 {
-    // A count above the limit is a damaged store; a list that long would only stop the program.
-    const qint32 count = static_cast<qint32>(globalDword(StorePath::Config, "MaxIntChannels", 4));
-    if (count < 0 || count > kMaxChannels)
-        ErrOut("MaxIntChannels %d is not a number of channels; at most %d are offered", count, kMaxChannels);
-    return std::max(0, std::min<int>(count, kMaxChannels));
+    // A count above the limit is a damaged store; a list that long would only stop the program. With the
+    // sign bit set it is no count at all.
+    const quint32 stored = globalDword(StorePath::Config, "MaxIntChannels", 4);
+    if (stored <= kMaxChannels)
+        return static_cast<int>(stored);
+    const int offered = static_cast<qint32>(stored) < 0 ? 0 : kMaxChannels;
+    ErrOut("MaxIntChannels %u is not a number of channels; %d are offered", stored, offered);
+    return offered;
 }
 
 quint32 toDword(const QString &text)
