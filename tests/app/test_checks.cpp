@@ -238,7 +238,6 @@ void TestChecks::doneRaisesNoSecondAlert()
     fillInterfaces(QStringLiteral("198.51.100.1"));
     const Closed result = closed({QStringLiteral("check"), QStringLiteral("nmos"), QStringLiteral("focus")});
     QCOMPARE(result.code, 0);
-
     QCOMPARE(result.said.count(QLatin1String("box [")), 1);
     QVERIFY2(result.said.startsWith(QLatin1String("box [The IP 198.51.100.1")), qPrintable(result.said));
 }
