@@ -419,6 +419,7 @@ private:
     int m_signalDepth = 1; // 0: connected; the dialog starts disconnected
     bool m_singleFlow = false;
     bool m_keepNoFlow = false; // the next load leaves the flow selectors unchecked
+    bool m_showsErrors = false; // the error list's event loop runs
 
     friend class SignalBracket;
 };

@@ -93,12 +93,17 @@ int QCorvel::checkErrors()
     return 1;
 }
 
-// One box at a time: the box opening takes the focus away from a field, which may raise the next alert.
+// One box at a time: the box opening takes the focus away from a field, and so does its closing, each of
+// which may raise the next alert. Whether the box is visible is not enough to know: its event loop runs a
+// little longer.
 void QCorvel::showErrors(const QString &text)
 {
     m_pEditErrMsg->setPlainText(text);
-    if (!m_pErrDlg->isVisible())
-        m_pErrDlg->exec();
+    if (m_showsErrors)
+        return;
+    m_showsErrors = true;
+    m_pErrDlg->exec();
+    m_showsErrors = false;
 }
 
 void QCorvel::onInterfaceAlert()

@@ -20,6 +20,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <malloc.h>
 #include <memory>
 
 bool isLocalInterface(const QString &address); // corvel_checks.cpp
@@ -34,6 +35,14 @@ constexpr char kEventName[] = "HalvectNMOSConfigChange_%d_%cx_{8ba14a78-0bb2-b00
 constexpr quint32 kReadWrite = RKOS_GENERIC_READ | RKOS_GENERIC_WRITE;
 
 using HeapBlock = std::unique_ptr<void, void (*)(void *)>;
+
+// Where a description waits to be read; empty when this machine has no place for it.
+QByteArray descriptionPath()
+{
+    char folder[kTempPathBytes] = {};
+    rkOSGetTempPath(folder, sizeof folder);
+    return folder[0] ? QByteArray(folder) + kTempFile : QByteArray();
+}
 
 // Writes the description to the file, all of it or not at all. False when it could not.
 bool writeDescription(const char *path, const void *data, int size)
@@ -155,7 +164,9 @@ void QCorvel::toggleNmosLog(bool on)
 void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
 {
     const HeapBlock block(sdp, std::free);
-    if (!sdp || size < 0 || channel < 0 || channel >= m_pChannel->count()) {
+    // A length beyond the block's end would read what is none of the sender's.
+    const bool fits = sdp && size >= 0 && static_cast<size_t>(size) <= malloc_usable_size(sdp);
+    if (!fits || channel < 0 || channel >= m_pChannel->count()) {
         ErrOut("session description of %d bytes for channel %d refused", size, channel);
         return;
     }
@@ -168,10 +179,8 @@ void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
     m_pChannel->setCurrentIndex(channel);
     if (channel < kFlowCount)
         m_szNmosTxRx[channel] = isSender ? 't' : 'r';
-    char folder[kTempPathBytes] = {};
-    rkOSGetTempPath(folder, sizeof folder);
-    const QByteArray path = QByteArray(folder) + kTempFile;
-    if (writeDescription(path.constData(), sdp, size)) {
+    const QByteArray path = descriptionPath();
+    if (!path.isEmpty() && writeDescription(path.constData(), sdp, size)) {
         const quint64 file = rkOSCreateFile(path.constData(), RKOS_GENERIC_READ, RKOS_SHARE_READ, nullptr,
                                             RKOS_OPEN_EXISTING, RKOS_ATTRIBUTE_NORMAL, nullptr);
         if (file != RKOS_INVALID_HANDLE) {
@@ -180,7 +189,8 @@ void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
         }
         loadData();
     } else {
-        ErrOut("session description for channel %d: %s cannot be written", channel, path.constData());
+        ErrOut("session description for channel %d: %s cannot be written", channel,
+               path.isEmpty() ? kTempFile : path.constData());
     }
     if (timer)
         timer->start();

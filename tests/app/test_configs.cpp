@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: MIT
+//
+// The named configurations of the store, chosen in the header.
+#include "support/dialog.h"
+#include "support/snapshot.h"
+
+#include <memory>
+
+using namespace DialogTest;
+using namespace StoreTest;
+
+namespace {
+
+QByteArray tool(const QStringList &arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral(CORVEL_BIN_DIR "/rkcfg"), arguments);
+    process.waitForFinished();
+    return process.readAllStandardOutput();
+}
+
+QString defaultName()
+{
+    char name[256] = {};
+    rkCFGGetDefaultName(name, sizeof name);
+    return QString::fromUtf8(name);
+}
+
+// A configuration of this name with one value of channel 0; the default stays what it was.
+void makeConfiguration(const QByteArray &name, const QString &address)
+{
+    const QByteArray before = defaultName().toUtf8();
+    rkCFGSetDefaultName(name.constData());
+    put(0, "ReceiveDestinationIp", address);
+    put(0, "VideoType", 1);
+    rkCFGClose(RKCFG_DEFAULT_STORE, 1);
+    rkCFGSetDefaultName(before.constData());
+}
+
+} // namespace
+
+class TestConfigs : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() { m_store = std::make_unique<FreshStore>(); }
+    void cleanup();
+    void theDefaultIsThereOnAnEmptyStore();
+    void everyConfigurationIsOffered();
+    void namesBeyondAscii();
+    void startingSwitchesNothing();
+    void choosingSwitches();
+    void whatWasTypedBeforeIsKept();
+    void theChannelListStays();
+    void anEmbeddedDialogHasNone();
+
+private:
+    void open();
+    std::unique_ptr<FreshStore> m_store;
+    std::unique_ptr<QCorvel> m_dialog;
+};
+
+void TestConfigs::open()
+{
+    m_dialog = std::make_unique<QCorvel>(true, nullptr);
+    show(m_dialog.get());
+    m_dialog->m_pSwapLayout->setCurrentIndex(0);
+}
+
+void TestConfigs::cleanup()
+{
+    m_dialog.reset();
+    m_store.reset();
+}
+
+void TestConfigs::theDefaultIsThereOnAnEmptyStore()
+{
+    open();
+    QCOMPARE(m_dialog->m_pConfig->count(), 1);
+    QVERIFY(m_dialog->m_pConfig->isVisible());
+    QCOMPARE(m_dialog->m_pConfig->currentText(), defaultName());
+    QCOMPARE(m_dialog->m_pConfig->currentData().toString(), defaultName());
+    QVERIFY(!defaultName().isEmpty());
+}
+
+void TestConfigs::everyConfigurationIsOffered()
+{
+    makeConfiguration("studio", QStringLiteral("239.2.2.2"));
+    makeConfiguration("outside van", QStringLiteral("239.3.3.3"));
+    open();
+    QStringList names;
+    for (int i = 0; i < m_dialog->m_pConfig->count(); ++i) {
+        names.append(m_dialog->m_pConfig->itemText(i));
+        QCOMPARE(m_dialog->m_pConfig->itemData(i).toString(), m_dialog->m_pConfig->itemText(i));
+    }
+    names.sort();
+    QStringList expected{defaultName(), QStringLiteral("outside van"), QStringLiteral("studio")};
+    expected.sort();
+    QCOMPARE(names, expected);
+    QCOMPARE(m_dialog->m_pConfig->currentText(), defaultName());
+}
+
+void TestConfigs::namesBeyondAscii()
+{
+    makeConfiguration("stud\xC3\xADo", QStringLiteral("239.4.4.4"));
+    open();
+    const int index = m_dialog->m_pConfig->findText(QString::fromUtf8("stud\xC3\xADo"));
+    QVERIFY(index >= 0);
+    m_dialog->m_pConfig->setCurrentIndex(index);
+    QCOMPARE(m_dialog->m_pLineRecDstAddr->address(), QStringLiteral("239.4.4.4"));
+    QCOMPARE(tool({QStringLiteral("default")}), QByteArray("stud\xC3\xADo\n"));
+}
+
+void TestConfigs::startingSwitchesNothing()
+{
+    makeConfiguration("aaa", QStringLiteral("239.2.2.2"));
+    const QByteArray before = tool({QStringLiteral("default")});
+    open();
+    QCOMPARE(tool({QStringLiteral("default")}), before);
+    QVERIFY(m_dialog->m_pLineRecDstAddr->address() != QLatin1String("239.2.2.2"));
+}
+
+void TestConfigs::choosingSwitches()
+{
+    makeConfiguration("studio", QStringLiteral("239.2.2.2"));
+    open();
+    const QString before = defaultName();
+    m_dialog->m_pConfig->setFocus();
+    QTest::keyClicks(m_dialog->m_pConfig, QStringLiteral("studio"));
+    QCOMPARE(m_dialog->m_pConfig->currentText(), QStringLiteral("studio"));
+    QCOMPARE(m_dialog->m_pLineRecDstAddr->address(), QStringLiteral("239.2.2.2"));
+    QCOMPARE(tool({QStringLiteral("default")}), QByteArrayLiteral("studio\n"));
+    typeText(m_dialog->m_pEditRecDstPort, QStringLiteral("5004"));
+    QCOMPARE(snapshot().value(QStringLiteral("0:ReceiveDestinationPort")), QStringLiteral("5004"));
+    // The other one knows nothing of it.
+    tool({QStringLiteral("default"), before});
+    QVERIFY(!snapshot().contains(QStringLiteral("0:ReceiveDestinationPort")));
+}
+
+// Closing saves what no slot has committed yet.
+void TestConfigs::whatWasTypedBeforeIsKept()
+{
+    makeConfiguration("studio", QStringLiteral("239.2.2.2"));
+    open();
+    const QString before = defaultName();
+    put(0, "ReceiveSourcePort", 4242);
+    m_dialog->m_pConfig->setCurrentIndex(m_dialog->m_pConfig->findText(QStringLiteral("studio")));
+    tool({QStringLiteral("default"), before});
+    QCOMPARE(snapshot().value(QStringLiteral("0:ReceiveSourcePort")), QStringLiteral("4242"));
+}
+
+void TestConfigs::theChannelListStays()
+{
+    const QByteArray before = defaultName().toUtf8();
+    rkCFGSetDefaultName("big");
+    setGlobalDword(StorePath::Config, "MaxIntChannels", 9);
+    rkCFGClose(RKCFG_DEFAULT_STORE, 1);
+    rkCFGSetDefaultName(before.constData());
+    open();
+    m_dialog->m_pChannel->setCurrentIndex(2);
+    m_dialog->m_pConfig->setCurrentIndex(m_dialog->m_pConfig->findText(QStringLiteral("big")));
+    QCOMPARE(m_dialog->m_pChannel->count(), 4);
+    QCOMPARE(m_dialog->m_pChannel->currentIndex(), 2);
+}
+
+void TestConfigs::anEmbeddedDialogHasNone()
+{
+    makeConfiguration("studio", QStringLiteral("239.2.2.2"));
+    m_dialog = std::make_unique<QCorvel>(nullptr);
+    QVERIFY(!m_dialog->m_pConfig);
+    const QString before = defaultName();
+    QVERIFY(QMetaObject::invokeMethod(m_dialog.get(), "onSetConfig"));
+    QCOMPARE(defaultName(), before);
+}
+
+CORVEL_DIALOG_TEST_MAIN(TestConfigs)
+#include "test_configs.moc"
