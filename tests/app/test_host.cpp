@@ -6,6 +6,7 @@
 #include "recordingengine.h"
 #include "support/dialog.h"
 
+#include <QDir>
 #include <QPlainTextEdit>
 
 #include <memory>
@@ -84,7 +85,8 @@ void TestHost::dialogStandsInsideTheWindow()
     const QImage picture = m_window->grab().toImage();
     const QPoint corner = dialog->mapTo(m_window.get(), QPoint(2, 2));
     QCOMPARE(picture.pixelColor(corner), QColor(0x20, 0x26, 0x2e));
-    picture.save(QStringLiteral(CORVEL_BUILD_DIR "/screenshots/host.png"));
+    QVERIFY(QDir().mkpath(QStringLiteral(CORVEL_BUILD_DIR "/screenshots")));
+    QVERIFY(picture.save(QStringLiteral(CORVEL_BUILD_DIR "/screenshots/host.png")));
 }
 
 void TestHost::engineAnswersFromTheStore()
