@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QEvent>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
@@ -145,6 +146,13 @@ void QCorvel::applyFixedSize()
 int QCorvel::px(double pixels) const
 {
     return static_cast<int>(pixels * currentFontFactor);
+}
+
+void QCorvel::changeEvent(QEvent *event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        followConfig();
 }
 
 void QCorvel::setLiveUpdates(bool on)

@@ -95,6 +95,9 @@ public slots:
     void onNmosThreadReady(int);
     void toggleNmosLog(bool);
 
+protected:
+    void changeEvent(QEvent *event) override;
+
 public:
     // Frame: construction, style sheet, closing (corvel.cpp)
     void init(bool standAlone);
@@ -130,6 +133,7 @@ public:
 
     // Named configurations (corvel_audio.cpp)
     void findConfigs();
+    void followConfig();
 
     // Locks (corvel_locks.cpp)
     void checkLocksForConfig();

@@ -20,6 +20,13 @@ namespace {
 constexpr int kPathBytes = 4096;
 constexpr char kConfigSuffix[] = ".rkcfg"; // one database file per named configuration
 
+QString defaultConfig()
+{
+    char name[256] = {};
+    rkCFGGetDefaultName(name, sizeof name);
+    return QString::fromUtf8(name);
+}
+
 } // namespace
 
 // ---------------------------------------------------------------------------------- layout of audio
@@ -149,10 +156,8 @@ void QCorvel::onFileSettingChanged(bool value)
 void QCorvel::findConfigs()
 {
     char folder[kPathBytes] = {};
-    char current[256] = {};
     rkOSGetConfigDir(folder);
-    rkCFGGetDefaultName(current, sizeof current);
-    const QString inUse = QString::fromUtf8(current);
+    const QString inUse = defaultConfig();
     const QString suffix = QLatin1String(kConfigSuffix);
     QStringList names;
     const QDir dir(QString::fromUtf8(folder));
@@ -163,6 +168,23 @@ void QCorvel::findConfigs()
     for (const QString &name : qAsConst(names))
         m_pConfig->addItem(name, name);
     m_pConfig->setCurrentIndex(m_pConfig->findData(inUse));
+}
+
+// Another program may have switched the configuration. Edits go to the one in use, so that is the one to
+// be shown; looked after when the window comes to the front.
+void QCorvel::followConfig()
+{
+    if (!m_pConfig)
+        return;
+    const QString inUse = defaultConfig();
+    if (inUse.isEmpty() || inUse == m_pConfig->currentData().toString())
+        return;
+    {
+        const QSignalBlocker blocker(m_pConfig);
+        m_pConfig->clear();
+        findConfigs();
+    }
+    loadData();
 }
 
 void QCorvel::onSetConfig()

@@ -16,22 +16,33 @@ enum Side { Receive, Send };
 enum Element { Video, Audio, Anc, NoElement };
 
 struct SideNames {
-    const char *destination;
-    const char *source;
-    const char *port;
+    QByteArray destination;
+    QByteArray source;
+    QByteArray port;
 };
 
 // clang-format off
 // Rows by element, columns by side. Audio names are followed by the flow number.
-const SideNames names[3][2] = {
-    // destination address        source address        port
-    {{"ReceiveDestinationIp",     "ReceiveSourceIp",    "ReceiveDestinationPort"},
-     {"TransmitDestinationIp",    "TransmitIp",         "TransmitRemotePort"}},
-    {{"ReceiveAudDestinationIp",  "ReceiveAudSourceIp", "ReceiveAudDestinationPort"},
-     {"TransmitAudDestinationIp", "TransmitAudIp",      "TransmitAudRemotePort"}},
-    {{"ReceiveAncDestinationIp",  "ReceiveAncSourceIp", "ReceiveAncDestinationPort"},
-     {"TransmitAncDestinationIp", "TransmitAncIp",      "TransmitAncRemotePort"}},
-};
+const SideNames &namesOf(Element element, Side side)
+{
+    static const SideNames names[3][2] = {
+        // destination address        source address        port
+        {{"ReceiveDestinationIp",     "ReceiveSourceIp",    "ReceiveDestinationPort"},
+         {"TransmitDestinationIp",    "TransmitIp",         "TransmitRemotePort"}},
+        {{"ReceiveAudDestinationIp",  "ReceiveAudSourceIp", "ReceiveAudDestinationPort"},
+         {"TransmitAudDestinationIp", "TransmitAudIp",      "TransmitAudRemotePort"}},
+        {{"ReceiveAncDestinationIp",  "ReceiveAncSourceIp", "ReceiveAncDestinationPort"},
+         {"TransmitAncDestinationIp", "TransmitAncIp",      "TransmitAncRemotePort"}},
+    };
+    return names[element][side];
+}
+
+SideNames flowNamesOf(Side side, int flow)
+{
+    const SideNames &stem = namesOf(Audio, side);
+    const QByteArray number = QByteArray::number(flow);
+    return {stem.destination + number, stem.source + number, stem.port + number};
+}
 
 // Media words and the element each stands for. "all" is the text before the first media line: it counts
 // as video on purpose, so that a connection address given for the whole session is not lost.
@@ -82,6 +93,11 @@ bool contains(string_view text, string_view part)
     return text.find(part) != string_view::npos;
 }
 
+QString fromUtf8(const std::string &text)
+{
+    return QString::fromUtf8(text.data(), int(text.size()));
+}
+
 bool isIpv4(string_view text)
 {
     char buffer[INET_ADDRSTRLEN];
@@ -95,7 +111,7 @@ bool isIpv4(string_view text)
 
 class Reader {
 public:
-    void line(string_view text);
+    void line(const QByteArray &line);
     void applyBlock();
     void startBlock();
     QList<SdpStore> take() { return std::move(m_stores); }
@@ -106,8 +122,7 @@ private:
     void attributeLine(string_view text);
     void sourceFilter(string_view text);
     void applySide(Element element, Side side, int flow);
-    void store(const char *name, int flow, const std::string &text, bool isString, const char *lock,
-               SdpTick box);
+    void store(const SdpStore &value);
 
     std::string m_media = "all";
     std::string m_port, m_destination, m_source;
@@ -116,17 +131,17 @@ private:
     QList<SdpStore> m_stores;
 };
 
-void Reader::line(string_view text)
+void Reader::line(const QByteArray &line)
 {
-    switch (text.empty() ? '\0' : text.front()) {
+    switch (line.isEmpty() ? '\0' : line.front()) {
     case 'm':
-        mediaLine(text);
+        mediaLine(lineText(line));
         break;
     case 'c':
-        connectionLine(text);
+        connectionLine(lineText(line));
         break;
     case 'a':
-        attributeLine(text);
+        attributeLine(lineText(line));
         break;
     default:
         break;
@@ -204,25 +219,19 @@ void Reader::applySide(Element element, Side side, int flow)
 {
     if (element == NoElement)
         return;
-    const SideNames &name = names[element][side];
-    const SideNames &lock = names[Video][side];
+    const SideNames name = element == Audio ? flowNamesOf(side, flow) : namesOf(element, side);
+    const SideNames &lock = namesOf(Video, side);
     const auto box = [element](SdpTick tick) { return element == Video ? tick : SdpTick::None; };
-    store(name.destination, flow, m_destination, true, lock.destination, box(SdpTick::RecDstAddr));
-    store(name.source, flow, m_source, true, lock.source, box(SdpTick::RecSrcAddr));
-    store(name.port, flow, m_port, false, lock.port, box(SdpTick::RecDstPort));
+    store({name.destination, true, fromUtf8(m_destination), lock.destination, box(SdpTick::RecDstAddr)});
+    store({name.source, true, fromUtf8(m_source), lock.source, box(SdpTick::RecSrcAddr)});
+    store({name.port, false, fromUtf8(m_port), lock.port, box(SdpTick::RecDstPort)});
 }
 
 // Texts of less than two characters, one-digit ports among them, are passed over on purpose.
-void Reader::store(const char *name, int flow, const std::string &text, bool isString, const char *lock,
-                   SdpTick box)
+void Reader::store(const SdpStore &value)
 {
-    const QString value = QString::fromUtf8(text.data(), int(text.size()));
-    if (value.size() < 2)
-        return;
-    QByteArray valueName(name);
-    if (flow >= 0)
-        valueName += QByteArray::number(flow);
-    m_stores.append({valueName, isString, value, QByteArray(lock), box});
+    if (value.text.size() >= 2)
+        m_stores.append(value);
 }
 
 } // namespace
@@ -235,14 +244,13 @@ QList<SdpStore> readSdp(const SdpLineSource &source)
         return {};
     if (line.startsWith('v') && !source(line))
         return {};
-    reader.line(lineText(line));
+    reader.line(line);
     while (source(line)) {
-        const string_view text = lineText(line);
-        if (!text.empty() && text.front() == 'm') {
+        if (line.startsWith('m')) {
             reader.applyBlock();
             reader.startBlock();
         }
-        reader.line(text);
+        reader.line(line);
     }
     reader.applyBlock();
     return reader.take();

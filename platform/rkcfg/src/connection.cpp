@@ -3,7 +3,9 @@
 
 #include "schema.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <unistd.h>
 
 namespace rkcfg {
@@ -99,10 +101,23 @@ std::string fileUri(const std::string &path, const char *query)
     return uri + query;
 }
 
+// With a log one sync at rkCFGSave is enough; without, each commit has to be whole by itself.
+const char *syncSetting(const Manner &manner)
+{
+    if (manner.scratch)
+        return "PRAGMA synchronous=OFF";
+    return manner.journal == Journal::Wal ? "PRAGMA synchronous=NORMAL" : "PRAGMA synchronous=FULL";
+}
+
+// Nothing can be written: the file, or not even a log and its index beside it.
 bool refusesWriting(int code)
 {
-    return primary(code) == SQLITE_READONLY || primary(code) == SQLITE_CANTOPEN ||
-           primary(code) == SQLITE_PERM;
+    constexpr int refusals[] = {SQLITE_READONLY, SQLITE_CANTOPEN, SQLITE_PERM, SQLITE_FULL};
+    constexpr int indexRefusals[] = {SQLITE_IOERR_SHMSIZE, SQLITE_IOERR_SHMOPEN, SQLITE_IOERR_SHMMAP};
+    const auto among = [](const auto &codes, int wanted) {
+        return std::find(std::begin(codes), std::end(codes), wanted) != std::end(codes);
+    };
+    return among(refusals, primary(code)) || among(indexRefusals, code);
 }
 
 } // namespace
@@ -140,7 +155,7 @@ Result Connection::create(const std::string &path, const Manner &manner)
     Connection connection(manner);
     int code = connection.connect(path, SQLITE_OPEN_READWRITE);
     if (code == SQLITE_OK)
-        code = connection.execute("PRAGMA synchronous=FULL");
+        code = connection.execute("PRAGMA synchronous=OFF");
     if (code == SQLITE_OK)
         code = connection.execute(schemaSql);
     if (code == SQLITE_OK)
@@ -181,15 +196,13 @@ Result Connection::openWriting(const std::string &path)
         if (code == SQLITE_OK)
             code = execute(sql);
     }
-    Result result = code == SQLITE_OK ? check() : outcome(code);
+    if (code == SQLITE_OK)
+        code = execute(syncSetting(m_manner));
+    Result result = code == SQLITE_OK ? check(path) : outcome(code);
     if (result.ok() && sqlite3_db_readonly(m_db, "main") == 1)
         result = {SQLITE_READONLY, "the file cannot be written"};
     if (result.ok())
         result = outcome(enterJournalMode());
-    // With a log one sync at rkCFGSave is enough; without, each commit has to be whole by itself.
-    const bool log = m_manner.journal == Journal::Wal;
-    if (result.ok())
-        result = outcome(execute(log ? "PRAGMA synchronous=NORMAL" : "PRAGMA synchronous=FULL"));
     return result;
 }
 
@@ -200,7 +213,7 @@ Result Connection::openReading(const std::string &path)
     int code = connect(fileUri(path, "?immutable=1"), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
     if (code == SQLITE_OK)
         code = execute("PRAGMA trusted_schema=OFF");
-    return code == SQLITE_OK ? check() : outcome(code);
+    return code == SQLITE_OK ? check(path) : outcome(code);
 }
 
 // The change of mode wants the file for itself and does not use the busy handler: several processes
@@ -223,15 +236,29 @@ int Connection::enterJournalMode()
     }
 }
 
-Result Connection::check()
+Result Connection::check(const std::string &path)
 {
     std::string answer;
     const int code = text("PRAGMA quick_check(1)", answer);
     if (code != SQLITE_OK)
         return outcome(code);
-    if (answer != "ok")
+    if (answer != "ok") {
+        std::replace(answer.begin(), answer.end(), '\n', ' ');
         return {SQLITE_CORRUPT, answer};
-    return checkHeader();
+    }
+    const Result whole = checkLength(path);
+    return whole.ok() ? checkHeader() : whole;
+}
+
+// SQLite fills a cut last page up with zeros. Only a log beside the file can make that good.
+Result Connection::checkLength(const std::string &path)
+{
+    int64_t pageBytes = 0;
+    if (const int code = number("PRAGMA page_size", pageBytes); code != SQLITE_OK)
+        return outcome(code);
+    if (fileState(path + "-wal").size() == 0 && fileState(path).size() % pageBytes != 0)
+        return {SQLITE_CORRUPT, "the last page is cut"};
+    return {};
 }
 
 // A sound database that is not ours holds nothing for us and is treated as damage: set aside, kept.

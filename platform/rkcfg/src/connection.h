@@ -36,10 +36,11 @@ using Visitor = std::function<void(const Key &, const Value &)>;
 
 enum class Journal { Wal, Delete };
 
-// How a database is to be opened: its journal, and how long to wait for another process.
+// How a database is to be opened.
 struct Manner {
     Journal journal = Journal::Wal;
-    int waitMs = 0;
+    int waitMs = 0;       // how long to wait for another process
+    bool scratch = false; // under a temporary name: whoever gives it its name syncs it once before
 };
 
 // A result code and what to say about it.
@@ -62,7 +63,7 @@ public:
     // neither file nor directory can be written. A null pointer and the reason in result otherwise.
     static std::unique_ptr<Connection> open(const std::string &path, const Manner &manner, Result &result);
 
-    // Fills an empty file with the schema, in its final journal mode, synced.
+    // Fills an empty file with the schema, in its final journal mode. The caller syncs it.
     static Result create(const std::string &path, const Manner &manner);
 
     ~Connection();
@@ -97,7 +98,8 @@ private:
     int enterJournalMode();
     Result openWriting(const std::string &path);
     Result openReading(const std::string &path);
-    Result check();
+    Result check(const std::string &path);
+    Result checkLength(const std::string &path);
     Result checkHeader();
     int execute(const char *sql);
     int prepare(const char *sql, sqlite3_stmt *&statement);

@@ -127,7 +127,8 @@ Result soundCopy(const std::string &path, const Manner &manner, const std::strin
         return diskRefused("making a file");
     if (const int code = source->copyTo(target); code != SQLITE_OK)
         return {code, source->message()};
-    const std::unique_ptr<Connection> copy = Connection::open(target, manner, result);
+    const std::unique_ptr<Connection> copy =
+        Connection::open(target, {manner.journal, manner.waitMs, true}, result);
     return result;
 }
 
@@ -259,7 +260,9 @@ bool goodCopyDue(const Paths &paths)
     const double age = ageSeconds(copy, now);
     // A copy from the future tells that the clock was set: it counts as old.
     const bool old = age > goodCopySeconds || age < 0;
-    return old && (newerThan(fileState(paths.database), copy) || newerThan(fileState(paths.log), copy));
+    // An empty log was made by opening.
+    const FileState log = fileState(paths.log);
+    return old && (newerThan(fileState(paths.database), copy) || (log.size() > 0 && newerThan(log, copy)));
 }
 
 void keepGoodCopy(const Paths &paths, FolderLock &lock, const FileState &identity, Connection &connection)

@@ -60,6 +60,9 @@ bool Store::read(const Key &key, const Reader &reader)
 bool Store::write(const Key &key, const Value &value)
 {
     bool changed = false;
+    // The disk may take writes again by now.
+    if (m_connection && m_connection->readOnly())
+        m_connection.reset();
     const int code = run("writing", [&](Connection &connection) {
         int result = SQLITE_OK;
         if (holds(connection, key, value, result) || result != SQLITE_OK)
@@ -156,10 +159,10 @@ int Store::reopen(const std::string &name, Result &result)
     m_paths = paths;
     m_connection = std::move(connection);
     m_identity = identity;
-    m_pid = getpid();
     m_folderSynced = false;
-    if (m_connection->readOnly())
+    if (m_connection->readOnly() && !m_readOnlyTold)
         ErrOut("rkcfg: %s can only be read", m_paths.database.c_str());
+    m_readOnlyTold = m_connection->readOnly();
     copyWhenDue();
     return SQLITE_OK;
 }
@@ -168,12 +171,16 @@ int Store::reopen(const std::string &name, Result &result)
 // touching the disk and opens its own.
 void Store::followFork()
 {
-    if (m_pid == getpid() || !m_connection)
+    const pid_t pid = getpid();
+    if (m_pid == pid)
         return;
-    m_connection->disown();
+    m_pid = pid;
+    if (m_connection)
+        m_connection->disown();
     m_connection.reset();
+    // The inherited lock file is one with the parent's: its locks would not keep the two apart.
     m_lock.close();
-    m_unsynced = false;
+    m_unsynced = m_uncopied = m_lostWrite = false;
 }
 
 void Store::follow()
@@ -190,7 +197,8 @@ bool Store::replaced()
     const FileState now = fileState(m_paths.database);
     if (!now.sameFile(m_identity) || now.size() < m_identity.size())
         return true;
-    if (m_connection->readOnly() && !now.sameContent(m_identity))
+    // Without a part in the log another process' writes are seen by opening anew.
+    if (m_connection->readOnly() && (!now.sameContent(m_identity) || fileState(m_paths.log).size() > 0))
         return true;
     m_identity = now;
     return false;
@@ -244,6 +252,8 @@ int Store::close(bool save)
     leave();
     m_lock.close();
     m_defaultName.forget();
+    m_reported.clear();
+    m_lostWrite = false;
     return code;
 }
 
@@ -258,7 +268,7 @@ int Store::setDefaultName(const std::string &name)
         return report("switching", result.code, result.text);
     if (!m_defaultName.store(m_folder, name))
         return report("switching", SQLITE_IOERR, "the default name cannot be stored");
-    return SQLITE_OK;
+    return report("switching", SQLITE_OK, {});
 }
 
 std::string Store::defaultName()

@@ -72,6 +72,7 @@ private:
     bool m_lostWrite = false; // a write failed since the last save
     bool m_impatient = false; // the last call waited in vain for another writer
     bool m_networkTold = false;
+    bool m_readOnlyTold = false;
     bool m_folderSynced = false;
 };
 

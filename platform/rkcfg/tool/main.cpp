@@ -278,5 +278,8 @@ int main(int argc, char **argv)
         printUsage(stderr);
         return Usage;
     }
-    return command->run(arguments);
+    const int result = command->run(arguments);
+    // Leaves no log behind when nobody else has the store open.
+    rkCFGClose(store, 0);
+    return result;
 }

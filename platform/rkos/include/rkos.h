@@ -12,9 +12,10 @@
  * rkOSWaitEvent gives 0 when the event was signalled.
  *
  * Paths and names are UTF-8 (any bytes but zero are taken as they are). A null pointer is a failure,
- * not a crash. All calls may be made from any thread, and from a child after fork(). None throws, none
- * ends the process, none blocks unless it says so; file calls wait for the disk as read and write
- * do. The descriptors behind handles are closed on exec.
+ * not a crash. All calls may be made from any thread. A child after fork() may make them too; only a
+ * handle that another thread of the parent was using at that moment is not for the child. None throws,
+ * none ends the process, none blocks unless it says so; file calls wait for the disk as read and
+ * write do. The descriptors behind handles are closed on exec.
  */
 #ifndef RKOS_H
 #define RKOS_H

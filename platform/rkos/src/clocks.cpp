@@ -68,7 +68,7 @@ clockid_t openHardwareClock(int number)
     if (number < 0)
         return CLOCK_TAI;
     const std::string path = "/dev/ptp" + std::to_string(number);
-    Fd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    Fd fd = aboveStandardStreams(Fd(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)));
     timespec now{};
     if (!fd.valid() || clock_gettime(clockOfDevice(fd.get()), &now) != 0)
         return CLOCK_TAI;

@@ -101,7 +101,7 @@ std::string homeDir()
 
 std::string baseDir(const char *variable, const char *fallback)
 {
-    const std::string set = fromEnvironment(variable);
+    std::string set = fromEnvironment(variable);
     if (!set.empty())
         return set;
     const std::string home = homeDir();

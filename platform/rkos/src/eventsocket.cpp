@@ -23,7 +23,7 @@ constexpr const char *systemDirectory = "/run/corvel";
 constexpr const char *lockName = ".lock";
 constexpr const char *newName = ".new";
 constexpr int lockTries = 400;
-constexpr timespec lockPause = {0, 5 * 1000 * 1000};
+constexpr timespec lockPause = {0, 5000000};
 
 // A socket's address may have 107 bytes only; this names any file in any directory in fewer.
 sockaddr_un addressOf(int fd, const char *name)
@@ -44,7 +44,7 @@ const sockaddr *generic(const sockaddr_un &address)
 
 std::optional<EventDirectory> openDirectory(const std::string &path, bool shared)
 {
-    Fd fd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    Fd fd = aboveStandardStreams(Fd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
     struct stat info {};
     if (!fd.valid() || fstat(fd.get(), &info) != 0)
         return std::nullopt;
@@ -60,7 +60,7 @@ std::optional<EventDirectory> openDirectory(const std::string &path, bool shared
 
 Fd newSocket()
 {
-    return Fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    return aboveStandardStreams(Fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)));
 }
 
 // Waits for the directory's lock, not for ever: its holder may have been stopped.

@@ -108,7 +108,7 @@ Fd openRegular(const std::string &path, uint32_t access, const Disposition &how)
     do {
         opened = open(path.c_str(), flags, own ? ownFileMode : userFileMode);
     } while (opened < 0 && errno == EINTR);
-    Fd fd(opened);
+    Fd fd = aboveStandardStreams(Fd(opened));
     struct stat info {};
     if (!fd.valid() || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode))
         return Fd();

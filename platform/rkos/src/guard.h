@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <fcntl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -53,6 +54,15 @@ public:
 private:
     int m_fd = -1;
 };
+
+// A program may have been started with its standard streams closed. What we open must then not take
+// their numbers, or what is meant for standard error would end in the user's file.
+inline Fd aboveStandardStreams(Fd fd)
+{
+    if (!fd.valid() || fd.get() > STDERR_FILENO)
+        return fd;
+    return Fd(fcntl(fd.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
 
 // Leaves errno as it was found.
 class ErrnoKeeper {

@@ -112,7 +112,7 @@ extern "C" void ErrOut(const char *format, ...)
     const int length = vsnprintf(message, sizeof message, format, arguments);
     va_end(arguments);
     guarded(0, [&] {
-        // A format that cannot be carried out (a width beyond all bounds) is logged as it stands.
+        // A format that cannot be carried out (a wide character there is no text for) is logged as it stands.
         const std::string text = logText(length < 0 ? format : message);
         return text.empty() ? 0 : writeText(text);
     });

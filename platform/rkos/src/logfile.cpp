@@ -3,7 +3,9 @@
 
 #include "directories.h"
 
+#include <climits>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 
@@ -20,6 +22,18 @@ ssize_t writeOnce(int fd, const std::string &text)
         wrote = ::write(fd, text.data(), text.size());
     } while (wrote < 0 && errno == EINTR);
     return wrote;
+}
+
+// For a pipe or terminal of another user, which cannot be opened anew. A pipe that has room takes PIPE_BUF
+// bytes at once; a longer line loses its end.
+bool writeWhenRoom(int fd, const std::string &line)
+{
+    pollfd room = {fd, POLLOUT, 0};
+    if (poll(&room, 1, 0) != 1 || (room.revents & (POLLOUT | POLLERR | POLLNVAL)) != POLLOUT)
+        return false;
+    if (line.size() <= PIPE_BUF)
+        return writeOnce(fd, line) == static_cast<ssize_t>(line.size());
+    return writeOnce(fd, line.substr(0, PIPE_BUF - 1) + "\n") == PIPE_BUF;
 }
 
 bool sameFile(const struct stat &info, dev_t device, ino_t inode)
@@ -53,7 +67,7 @@ bool LogFile::isCurrent() const
 bool LogFile::openIn(const std::string &directory)
 {
     constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    Fd fd(open((directory + m_name + ".log").c_str(), flags, logMode));
+    Fd fd = aboveStandardStreams(Fd(open((directory + m_name + ".log").c_str(), flags, logMode)));
     struct stat info {};
     if (!fd.valid() || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != geteuid())
         return false;
@@ -129,6 +143,8 @@ bool writeToStandardError(const std::string &line)
     // A pipe or terminal: a descriptor of our own, as "do not wait" on the shared one would change it
     // for everybody who writes to it.
     const Fd own(open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (!own.valid() && (errno == EACCES || errno == ENOENT))
+        return writeWhenRoom(STDERR_FILENO, line);
     return own.valid() && writeOnce(own.get(), line) == size;
 }
 

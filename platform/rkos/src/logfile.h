@@ -11,7 +11,7 @@
 
 namespace rkos {
 
-constexpr off_t maxLogBytes = 1024 * 1024;
+constexpr off_t maxLogBytes = 1048576;
 constexpr int keptLogs = 3; // name.log.1 (newest) to name.log.3
 
 // Not thread-safe; the caller holds a lock.

@@ -33,18 +33,18 @@ const CharacterRange disturbing[] = {
 // clang-format on
 
 struct LeadByte {
-    unsigned char mask;
-    unsigned char value;
     size_t length;
     uint32_t smallest; // a smaller number should have been written shorter
+    unsigned char mask;
+    unsigned char value;
 };
 
 // clang-format off
 const LeadByte leadBytes[] = {
-    {0x80, 0x00, 1, 0x0},
-    {0xe0, 0xc0, 2, 0x80},
-    {0xf0, 0xe0, 3, 0x800},
-    {0xf8, 0xf0, 4, 0x10000},
+    {1, 0x0,     0x80, 0x00},
+    {2, 0x80,    0xe0, 0xc0},
+    {3, 0x800,   0xf0, 0xe0},
+    {4, 0x10000, 0xf8, 0xf0},
 };
 // clang-format on
 

@@ -53,6 +53,11 @@ int complain(const std::string &text)
     return exitUsage;
 }
 
+int say(const char *text)
+{
+    return fputs(text, stdout) >= 0 && fflush(stdout) == 0 ? exitDone : exitFailed;
+}
+
 bool parseNumber(const char *text, uint32_t *number)
 {
     char *end = nullptr;
@@ -210,9 +215,9 @@ int main(int argc, char **argv)
     for (int found = 0; (found = getopt_long(argc, argv, "t:n:hV", longOptions, nullptr)) != -1;) {
         const bool timeout = found == 't';
         if (found == 'h')
-            return fputs(usage, stdout) >= 0 ? exitDone : exitFailed;
+            return say(usage);
         if (found == 'V')
-            return printf("rkevent %s\n", RKEVENT_VERSION) > 0 ? exitDone : exitFailed;
+            return say("rkevent " RKEVENT_VERSION "\n");
         if (found == '?')
             return complain("wrong option");
         if (!parseNumber(optarg, timeout ? &options.timeoutMs : &options.count))

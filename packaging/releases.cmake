@@ -1,0 +1,33 @@
+# corvel_releases(CHANGELOG OUT): the change log's versions as the <release> elements of the metainfo, so that both say
+# the same. It knows "## VERSION - DATE", "### Added" (Changed, Fixed) and "- line"; anything before the first version
+# is introduction. A line that continues the one above starts with two blanks.
+function(corvel_releases changelog out)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${changelog}")
+  file(READ "${changelog}" text)
+  string(REPLACE ";" "," text "${text}") # a semicolon would split the list of lines
+  string(REPLACE "[" "(" text "${text}") # and so would an unpaired bracket join them
+  string(REPLACE "]" ")" text "${text}")
+  string(REPLACE "\n  " " " text "${text}")
+  string(REPLACE "`" "" text "${text}")
+  string(REGEX MATCHALL "[^\n]+" lines "${text}")
+  set(xml "")
+  set(end_list "")
+  set(end_release "")
+  foreach(line IN LISTS lines)
+    if(line MATCHES "^## ([0-9.]+) - ([0-9]+-[0-9]+-[0-9]+)$")
+      string(APPEND xml "${end_list}${end_release}    <release version=\"${CMAKE_MATCH_1}\" date=\"${CMAKE_MATCH_2}\">\n      <description>\n")
+      set(end_list "")
+      set(end_release "      </description>\n    </release>\n")
+    elseif(end_release AND line MATCHES "^### (.+)$")
+      string(APPEND xml "${end_list}        <p>${CMAKE_MATCH_1}:</p>\n        <ul>\n")
+      set(end_list "        </ul>\n")
+    elseif(end_list AND line MATCHES "^- (.+)$")
+      set(item "${CMAKE_MATCH_1}")
+      string(REPLACE "&" "&amp;" item "${item}")
+      string(REPLACE "<" "&lt;" item "${item}")
+      string(REPLACE ">" "&gt;" item "${item}")
+      string(APPEND xml "          <li>${item}</li>\n")
+    endif()
+  endforeach()
+  set(${out} "${xml}${end_list}${end_release}" PARENT_SCOPE)
+endfunction()

@@ -1,0 +1,316 @@
+// SPDX-License-Identifier: MIT
+#include "child.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+namespace rkptp {
+
+namespace {
+
+constexpr int64_t answerTimeout = 200 * nanosPerMilli;
+constexpr int64_t startRetry = 20 * nanosPerMilli;     // until ptp4l has opened its socket
+constexpr int64_t eagerInterval = 100 * nanosPerMilli; // between rounds until locked
+constexpr int64_t calmInterval = 250 * nanosPerMilli;  // and from then on
+constexpr int64_t silenceLimit = 10 * nanosPerSecond;
+constexpr int64_t endGrace = 2 * nanosPerSecond;
+constexpr unsigned slowRounds = 4; // the slow questions are asked in every fourth round
+
+// As whom we ask. Not by the identity of the clock on purpose: ptp4l drops what seems to come from itself.
+const PortId asker = {ClockId(), 0xfff0};
+
+struct PlanRow {
+    DataSet dataSet;
+    bool perPort;
+    bool slow;
+};
+
+// The time status comes first on purpose: what its offset depends on must be read after it.
+// clang-format off
+const PlanRow plan[] = {
+    // data set                     per port  slow
+    {DataSet::TimeStatus,           false,    false},
+    {DataSet::GrandmasterSettings,  false,    false},
+    {DataSet::TimeProperties,       false,    false},
+    {DataSet::Current,              false,    false},
+    {DataSet::Parent,               false,    false},
+    {DataSet::Port,                 true,     false},
+    {DataSet::Default,              false,    true},
+    {DataSet::PortProperties,       true,     true},
+};
+// clang-format on
+
+bool makeAddress(const std::string &path, sockaddr_un &address)
+{
+    address = {};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path)
+        return false;
+    path.copy(address.sun_path, path.size());
+    return true;
+}
+
+} // namespace
+
+Child::Child(const ChildKey &key, std::vector<Interface> interfaces, const CarriedTime &carried)
+    : m_key(key), m_interfaces(std::move(interfaces)), m_gone(m_interfaces.size()),
+      m_identity(randomIdentity()), m_timebase(carried)
+{
+    m_seen.ports.resize(m_interfaces.size());
+    m_seen.portNames.resize(m_interfaces.size());
+}
+
+Child::~Child()
+{
+    if (!m_ownPath.empty())
+        unlink(m_ownPath.c_str());
+    // A killed ptp4l leaves its socket behind.
+    if (!m_peerPath.empty())
+        unlink(m_peerPath.c_str());
+}
+
+int Child::start(const std::string &launcher, const RunFolder &folder, unsigned number, int64_t now)
+{
+    m_ownPath = folder.pathOf(std::to_string(number) + ".ask");
+    m_peerPath = folder.pathOf(std::to_string(number) + ".ptp4l");
+    if (!openSocket())
+        return errno;
+    ProcessRequest request;
+    request.launcher = launcher;
+    request.domain = m_key.domain;
+    request.identity = formatForPtp4l(m_identity);
+    request.socketPath = m_peerPath;
+    for (const Interface &interface : m_interfaces)
+        request.interfaces.push_back(interface.name);
+    m_startedAt = m_lastAnswer = now;
+    m_due = now + startRetry;
+    planRound();
+    return m_process.start(request);
+}
+
+bool Child::openSocket()
+{
+    sockaddr_un address;
+    if (!makeAddress(m_ownPath, address)) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
+    m_socket = Fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    return m_socket.valid() &&
+           bind(m_socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+}
+
+void Child::planRound()
+{
+    m_round.clear();
+    m_next = 0;
+    m_inFlight = false;
+    for (const PlanRow &row : plan) {
+        if (row.slow && m_rounds % slowRounds != 0)
+            continue;
+        const auto ports = static_cast<uint16_t>(row.perPort ? m_interfaces.size() : 0);
+        for (uint16_t port = row.perPort ? 1 : 0; port <= ports; ++port) {
+            Question question;
+            question.dataSet = row.dataSet;
+            question.domain = static_cast<uint8_t>(m_key.domain);
+            question.target = {m_identity, port};
+            question.asker = asker;
+            m_round.push_back(question);
+        }
+    }
+}
+
+// Sends the next question. False when ptp4l is not there yet, or not any more.
+bool Child::ask(int64_t now)
+{
+    sockaddr_un address;
+    makeAddress(m_peerPath, address);
+    // Connected, the socket takes datagrams from this ptp4l alone.
+    if (!m_connected)
+        m_connected =
+            connect(m_socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    Question &question = m_round[m_next];
+    question.sequence = ++m_sequence;
+    const auto bytes = buildQuestion(question);
+    if (!m_connected || send(m_socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0)
+        return false;
+    m_inFlight = true;
+    m_due = now + answerTimeout;
+    return true;
+}
+
+void Child::store(const Answer &answer)
+{
+    if (const auto *clock = std::get_if<DefaultData>(&answer))
+        m_seen.clock = *clock;
+    else if (const auto *current = std::get_if<CurrentData>(&answer))
+        m_seen.current = *current;
+    else if (const auto *parent = std::get_if<ParentData>(&answer))
+        m_seen.parent = *parent;
+    else if (const auto *properties = std::get_if<TimePropertiesData>(&answer))
+        m_seen.timeProperties = *properties;
+    else if (const auto *status = std::get_if<TimeStatusData>(&answer))
+        m_seen.timeStatus = *status;
+    else if (const auto *settings = std::get_if<GrandmasterSettingsData>(&answer))
+        m_seen.settings = *settings;
+    else if (const auto *port = std::get_if<PortData>(&answer))
+        m_seen.ports[port->port - 1u] = *port; // the reader has checked that it is the port asked
+    else if (const auto *named = std::get_if<PortPropertiesData>(&answer))
+        m_seen.portNames[named->port - 1u] = named->interface;
+}
+
+// Reads until the answer in flight has come or nothing is left. True when it has come.
+bool Child::takeAnswers()
+{
+    uint8_t bytes[largestAnswer + 1];
+    while (m_inFlight) {
+        const ssize_t size = recv(m_socket.get(), bytes, sizeof bytes, 0);
+        if (size < 0 && errno == EINTR)
+            continue;
+        if (size < 0)
+            return false;
+        Answer answer;
+        const Reading reading = readAnswer(bytes, static_cast<size_t>(size), m_round[m_next], answer);
+        if (reading == Reading::Foreign)
+            continue;
+        store(answer);
+        m_inFlight = false;
+        ++m_next;
+        return true;
+    }
+    return false;
+}
+
+void Child::giveUpRound(int64_t now)
+{
+    m_due = now + (m_rounds == 0 ? startRetry : eagerInterval);
+    planRound();
+}
+
+void Child::checkInterfaces(bool locked)
+{
+    const std::vector<Interface> present = findInterfaces(m_key.address);
+    for (size_t i = 0; i < m_interfaces.size(); ++i)
+        m_gone[i] = std::find(present.begin(), present.end(), m_interfaces[i]) == present.end();
+    // Listening on all interfaces, one that comes or goes is no reason to give up a master.
+    if (!locked && !present.empty() && present != m_interfaces)
+        m_outdated = true;
+}
+
+bool Child::finishRound(int64_t now)
+{
+    SyncSample sample;
+    sample.masterOffset = m_seen.timeStatus.masterOffset;
+    sample.ingressTime = m_seen.timeStatus.ingressTime;
+    sample.basis.appliedUtcOffset = m_seen.settings.appliedUtcOffset;
+    sample.basis.ptpTimescale = m_seen.timeProperties.ptpTimescale;
+    // Until the first delay was measured ptp4l reports an offset of 0 that means nothing.
+    sample.basis.delayKnown = m_seen.current.meanPathDelay != 0;
+    sample.basis.grandmaster = m_seen.timeStatus.grandmaster;
+    m_timebase.feed(sample, readClocks());
+    const bool locked = m_timebase.carried().freshAt(now);
+    if (m_rounds % slowRounds == 0)
+        checkInterfaces(locked);
+    ++m_rounds;
+    m_due = now + (locked ? calmInterval : eagerInterval);
+    planRound();
+    return true;
+}
+
+bool Child::converse(int64_t now)
+{
+    while (takeAnswers()) {
+        m_lastAnswer = now;
+        if (m_next == m_round.size())
+            return finishRound(now);
+        if (!ask(now))
+            giveUpRound(now);
+    }
+    if (now < m_due || ending())
+        return false;
+    if (m_inFlight || !ask(now))
+        giveUpRound(now);
+    return false;
+}
+
+bool Child::silent(int64_t now) const
+{
+    return !ending() && now - m_lastAnswer > silenceLimit;
+}
+
+bool Child::usable(size_t port) const
+{
+    const PortState state = m_seen.ports[port].state;
+    return !m_gone[port] && state != PortState::Faulty && state != PortState::Disabled;
+}
+
+// The port that follows a master. Free running it stays "uncalibrated" for ever, so that counts like "slave".
+const PortData *Child::followed() const
+{
+    for (size_t i = 0; i < m_seen.ports.size(); ++i) {
+        const PortState state = m_seen.ports[i].state;
+        if (usable(i) && (state == PortState::Uncalibrated || state == PortState::Slave))
+            return &m_seen.ports[i];
+    }
+    return nullptr;
+}
+
+ClientState Child::state() const
+{
+    if (m_rounds == 0)
+        return ClientState::Starting;
+    bool anyUsable = false;
+    for (size_t i = 0; i < m_seen.ports.size(); ++i)
+        anyUsable = anyUsable || usable(i);
+    if (!anyUsable)
+        return ClientState::Faulty;
+    return followed() && m_seen.timeStatus.grandmasterPresent ? ClientState::Following
+                                                              : ClientState::Listening;
+}
+
+std::string Child::addressOf(const PortData *port) const
+{
+    if (m_interfaces.size() == 1)
+        return m_interfaces[0].address;
+    if (!port)
+        return {};
+    const std::string &name = m_seen.portNames[port->port - 1u];
+    const auto found = std::find_if(m_interfaces.begin(), m_interfaces.end(),
+                                    [&name](const Interface &one) { return one.name == name; });
+    return found == m_interfaces.end() ? std::string() : found->address;
+}
+
+Snapshot Child::view() const
+{
+    Snapshot snapshot;
+    snapshot.state = state();
+    snapshot.carried = m_timebase.carried();
+    if (snapshot.state == ClientState::Starting)
+        return snapshot;
+    snapshot.setText(Text::Version, "PTPv" + std::to_string(unsigned{m_seen.ports[0].version}));
+    snapshot.setText(Text::Domain, std::to_string(unsigned{m_seen.clock.domain}));
+    snapshot.setText(Text::Address, addressOf(followed()));
+    if (snapshot.state != ClientState::Following)
+        return snapshot;
+    snapshot.grandmaster = m_seen.timeStatus.grandmaster;
+    snapshot.setText(Text::Grandmaster, formatIdentity(snapshot.grandmaster));
+    snapshot.setText(Text::SourcePort, formatPortId(m_seen.parent.parent));
+    return snapshot;
+}
+
+void Child::askToEnd(int64_t now)
+{
+    m_killAt = now + endGrace;
+    m_process.signal(SIGTERM);
+}
+
+void Child::forceEnd()
+{
+    m_killAt = INT64_MAX;
+    m_process.signal(SIGKILL);
+}
+
+} // namespace rkptp

@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: MIT
+#include "process.h"
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+// This header of the C library does not say for itself that its functions are C.
+extern "C" {
+#include <sys/pidfd.h>
+}
+
+namespace rkptp {
+
+namespace {
+
+constexpr size_t longestLine = 400;
+
+// Where the launcher stands as seen from the folder of this library: build tree first, then the installed
+// tree.
+const char *const launcherPlaces[] = {"/../libexec/corvel/ptp_launch", "/" RKPTP_INSTALLED_LAUNCHER};
+
+std::string libraryFolder()
+{
+    Dl_info info{};
+    char resolved[PATH_MAX];
+    if (!dladdr(reinterpret_cast<const void *>(launcherPlaces), &info) || !info.dli_fname ||
+        !realpath(info.dli_fname, resolved))
+        return {};
+    std::string path = resolved;
+    return path.substr(0, path.rfind('/'));
+}
+
+std::string resolved(const std::string &path)
+{
+    char buffer[PATH_MAX];
+    return realpath(path.c_str(), buffer) ? buffer : path;
+}
+
+std::vector<std::string> argumentsOf(const ProcessRequest &request)
+{
+    std::vector<std::string> arguments = {request.launcher, std::to_string(getpid()),
+                                          std::to_string(request.domain), request.identity,
+                                          request.socketPath};
+    arguments.insert(arguments.end(), request.interfaces.begin(), request.interfaces.end());
+    return arguments;
+}
+
+// Default handling of every signal, none blocked, a process group of its own: Ctrl-C in the terminal is for
+// us.
+void prepareAttributes(posix_spawnattr_t *attributes)
+{
+    sigset_t all;
+    sigset_t none;
+    sigfillset(&all);
+    sigemptyset(&none);
+    posix_spawnattr_setsigdefault(attributes, &all);
+    posix_spawnattr_setsigmask(attributes, &none);
+    posix_spawnattr_setpgroup(attributes, 0);
+    posix_spawnattr_setflags(attributes,
+                             POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP);
+}
+
+int spawn(pid_t *pid, const std::vector<std::string> &arguments, int output)
+{
+    std::vector<char *> argv;
+    for (const std::string &argument : arguments)
+        argv.push_back(const_cast<char *>(argument.c_str()));
+    argv.push_back(nullptr);
+    char *const environment[] = {nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawnattr_init(&attributes);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, output, 1);
+    posix_spawn_file_actions_adddup2(&actions, output, 2);
+    prepareAttributes(&attributes);
+    const int error = posix_spawn(pid, argv[0], &actions, &attributes, argv.data(), environment);
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    return error;
+}
+
+} // namespace
+
+std::string expectedLauncher()
+{
+    return resolved(libraryFolder() + launcherPlaces[0]);
+}
+
+std::string findLauncher()
+{
+    const std::string folder = libraryFolder();
+    for (const char *place : launcherPlaces)
+        if (access((folder + place).c_str(), X_OK) == 0)
+            return resolved(folder + place);
+    return {};
+}
+
+Process::~Process()
+{
+    if (m_pid <= 0)
+        return;
+    signal(SIGKILL);
+    siginfo_t info{};
+    while (waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED) != 0 && errno == EINTR)
+        continue;
+}
+
+int Process::start(const ProcessRequest &request)
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
+        return errno;
+    m_log = Fd(ends[0]);
+    const Fd writeEnd(ends[1]);
+    // ptp4l writes its lines without minding a full pipe; only our end must not block.
+    fcntl(writeEnd.get(), F_SETFL, 0);
+    const int error = spawn(&m_pid, argumentsOf(request), writeEnd.get());
+    if (error != 0) {
+        m_pid = -1;
+        return error;
+    }
+    // The process is ours to reap, so its number cannot have been given away yet.
+    m_pidFd = Fd(pidfd_open(m_pid, 0));
+    return m_pidFd.valid() ? 0 : errno;
+}
+
+void Process::signal(int number)
+{
+    if (m_pid <= 0)
+        return;
+    if (!m_pidFd.valid() || pidfd_send_signal(m_pidFd.get(), number, nullptr, 0) != 0)
+        kill(m_pid, number);
+}
+
+std::optional<ProcessEnd> Process::reap()
+{
+    if (m_pid <= 0)
+        return std::nullopt;
+    siginfo_t info{};
+    const int result = waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOHANG);
+    if (result == 0 && info.si_pid == 0)
+        return std::nullopt;
+    if (result != 0 && errno == EINTR)
+        return std::nullopt;
+    m_pid = -1;
+    // A program that ignores SIGCHLD has its children reaped by the kernel: ended, with an unknown code.
+    if (result != 0)
+        return ProcessEnd{};
+    return ProcessEnd{info.si_code == CLD_EXITED, info.si_status};
+}
+
+void Process::takeLogText(const char *text, size_t size)
+{
+    for (size_t i = 0; i < size; ++i) {
+        const bool printable = static_cast<unsigned char>(text[i]) >= ' ' && text[i] != 0x7f;
+        if (text[i] == '\n' && !m_line.empty())
+            m_lastLine = std::exchange(m_line, {});
+        else if (printable && m_line.size() < longestLine)
+            m_line += text[i];
+    }
+}
+
+void Process::drainLog()
+{
+    char buffer[1024];
+    constexpr int reads = 16; // a chatty child must not keep the worker
+    for (int i = 0; i < reads && m_log.valid(); ++i) {
+        const ssize_t got = read(m_log.get(), buffer, sizeof buffer);
+        if (got > 0)
+            takeLogText(buffer, static_cast<size_t>(got));
+        else if (got == 0)
+            m_log.reset();
+        else if (errno != EINTR)
+            return;
+    }
+}
+
+} // namespace rkptp

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+#include "rkptp.h"
+
+#include "worker.h"
+
+#include <cstring>
+
+using namespace rkptp;
+
+namespace {
+
+Worker::Id idOf(PTP_HANDLE handle)
+{
+    return reinterpret_cast<Worker::Id>(handle);
+}
+
+constexpr uint32_t highestDomain = 127;
+
+// Before a client has started, or after a wish that no client can fulfil.
+void resetSnapshot(Client &client)
+{
+    const bool possible = client.addressValid && client.key.domain <= highestDomain;
+    client.snapshot = Snapshot();
+    client.snapshot.state = possible ? ClientState::Starting : ClientState::None;
+}
+
+int readText(PTP_HANDLE handle, Text which, char *buffer)
+{
+    if (!buffer)
+        return RKPTP_BAD_ARGUMENT;
+    buffer[0] = 0;
+    int result = RKPTP_NO_CLIENT;
+    Worker::instance().look(idOf(handle), [&](const Client &client) {
+        if (client.snapshot.state == ClientState::None)
+            return;
+        memcpy(buffer, client.snapshot.text(which).data(), RKPTP_TEXT_SIZE);
+        result = RKPTP_OK;
+    });
+    return result;
+}
+
+void splitTime(int64_t nanos, uint64_t *seconds, uint32_t *nanoseconds)
+{
+    if (seconds)
+        *seconds = static_cast<uint64_t>(nanos / nanosPerSecond);
+    if (nanoseconds)
+        *nanoseconds = static_cast<uint32_t>(nanos % nanosPerSecond);
+}
+
+} // namespace
+
+PTP_HANDLE rkPTPStart(const char *interfaceAddress)
+{
+    const auto address = parseAddress(interfaceAddress);
+    Client client;
+    client.addressValid = address.has_value();
+    client.key.address = address.value_or(0);
+    client.changedAt = monotonicNow();
+    resetSnapshot(client);
+    return reinterpret_cast<PTP_HANDLE>(Worker::instance().add(client));
+}
+
+void rkPTPEnd(PTP_HANDLE handle)
+{
+    Worker::instance().remove(idOf(handle));
+}
+
+int rkPTPGetStatus(PTP_HANDLE handle, int reserved)
+{
+    (void)reserved;
+    int status = RKPTP_NO_CLIENT;
+    Worker::instance().look(idOf(handle), [&status](const Client &client) {
+        status = statusOf(client.snapshot, client.wish, monotonicNow());
+    });
+    return status;
+}
+
+int rkPTPSetTargetDomain(PTP_HANDLE handle, uint32_t domain)
+{
+    const bool known = Worker::instance().change(idOf(handle), [domain](Client &client) {
+        client.changedAt = monotonicNow();
+        if (client.key.domain == domain)
+            return;
+        client.key.domain = domain;
+        resetSnapshot(client);
+    });
+    if (!known)
+        return RKPTP_NO_CLIENT;
+    return domain <= highestDomain ? RKPTP_OK : RKPTP_BAD_ARGUMENT;
+}
+
+int rkPTPSetTargetMacAddress(PTP_HANDLE handle, const char *identity)
+{
+    const std::string_view text = identity ? identity : "";
+    const bool any = text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    const auto id = parseIdentity(text);
+    const bool known = Worker::instance().change(idOf(handle), [&](Client &client) {
+        client.changedAt = monotonicNow();
+        client.wish.any = any;
+        client.wish.id = id.value_or(ClockId());
+    });
+    if (!known)
+        return RKPTP_NO_CLIENT;
+    return any || id ? RKPTP_OK : RKPTP_BAD_ARGUMENT;
+}
+
+int rkPTPGetVersion(PTP_HANDLE handle, char *buffer)
+{
+    return readText(handle, Text::Version, buffer);
+}
+int rkPTPGetDomain(PTP_HANDLE handle, char *buffer)
+{
+    return readText(handle, Text::Domain, buffer);
+}
+int rkPTPGetSourcePortID(PTP_HANDLE handle, char *buffer)
+{
+    return readText(handle, Text::SourcePort, buffer);
+}
+int rkPTPGetIPAddress(PTP_HANDLE handle, char *buffer)
+{
+    return readText(handle, Text::Address, buffer);
+}
+int rkPTPGetGrandmasterID(PTP_HANDLE handle, char *buffer)
+{
+    return readText(handle, Text::Grandmaster, buffer);
+}
+
+int rkPTPGetTime_Nano(PTP_HANDLE handle, uint64_t *seconds, uint32_t *nanoseconds)
+{
+    int result = RKPTP_NO_CLIENT;
+    CarriedTime carried;
+    Worker::instance().look(idOf(handle), [&](const Client &client) {
+        result = client.snapshot.state == ClientState::None ? RKPTP_NO_CLIENT : RKPTP_NOT_SYNCED;
+        carried = client.snapshot.carried;
+    });
+    const int64_t ptp = carried.valid ? carried.ptpMinusMono + monotonicNow() : -1;
+    // A master can claim any time; one before 1970 is none that could be shown.
+    if (ptp >= 0) {
+        splitTime(ptp, seconds, nanoseconds);
+        return RKPTP_OK;
+    }
+    splitTime(readClocks().realtime, seconds, nanoseconds);
+    return result;
+}
+
+int rkPTPGetOffset_Nano(PTP_HANDLE handle, int64_t *offset)
+{
+    if (!offset)
+        return RKPTP_BAD_ARGUMENT;
+    int result = RKPTP_NO_CLIENT;
+    Worker::instance().look(idOf(handle), [&](const Client &client) {
+        const CarriedTime &carried = client.snapshot.carried;
+        if (client.snapshot.state == ClientState::None)
+            return;
+        result = carried.freshAt(monotonicNow()) ? RKPTP_OK : RKPTP_NOT_SYNCED;
+        if (carried.valid)
+            *offset = carried.offset;
+    });
+    return result;
+}

@@ -1,0 +1,239 @@
+// SPDX-License-Identifier: MIT
+// The command-line tool: exact output, exit status, and that it works on the same store.
+#include "storehome.h"
+
+#include <QFile>
+#include <QtTest>
+
+class TestRkcfgTool : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() { m_home = std::make_unique<StoreHome>(); }
+    void cleanup() { m_home.reset(); }
+
+    void getPrintsTheExactBytes_data();
+    void getPrintsTheExactBytes();
+    void getPrintsNumbers();
+    void getTellsAbsence();
+    void setStores();
+    void setDwordTakesNumbersOnly_data();
+    void setDwordTakesNumbersOnly();
+    void listPrintsLines();
+    void dumpStoresItAllAgain();
+    void configsListsNames();
+    void defaultPrintsAndChooses();
+    void wrongUsage_data();
+    void wrongUsage();
+    void helpAndVersion();
+    void failureIsTold();
+    void fullOutputIsTold();
+
+private:
+    std::unique_ptr<StoreHome> m_home;
+};
+
+namespace {
+
+QStringList words(const char *text)
+{
+    return QString::fromUtf8(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+} // namespace
+
+void TestRkcfgTool::getPrintsTheExactBytes_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("empty") << QByteArray("");
+    QTest::newRow("address") << QByteArray("239.1.2.3");
+    QTest::newRow("utf-8") << QByteArray("Stra\xC3\x9F"
+                                         "e");
+    QTest::newRow("noise") << noise(10000, 3);
+    QTest::newRow("percent") << QByteArray("%s%n%d");
+    QTest::newRow("zeros") << QByteArray("a\0b", 3);
+}
+
+void TestRkcfgTool::getPrintsTheExactBytes()
+{
+    QFETCH(QByteArray, bytes);
+    putText("KWX\\A", "n", bytes);
+    const ToolResult result = tool(words("get kwx\\a n"));
+    QCOMPARE(result.code, 0);
+    QCOMPARE(result.out, bytes + '\n');
+    QCOMPARE(result.err, QByteArray());
+}
+
+void TestRkcfgTool::getPrintsNumbers()
+{
+    putNumber("p", "n", 4294967295u);
+    QCOMPARE(tool(words("get p n")).out, QByteArray("4294967295\n"));
+}
+
+void TestRkcfgTool::getTellsAbsence()
+{
+    const ToolResult result = tool(words("get p n"));
+    QCOMPARE(result.code, 1);
+    QCOMPARE(result.out, QByteArray());
+}
+
+void TestRkcfgTool::setStores()
+{
+    QCOMPARE(tool({QStringLiteral("set"), QStringLiteral("p"), QStringLiteral("n"), QStringLiteral("a  b\n")})
+                 .code,
+             0);
+    QCOMPARE(text("p", "n"), QByteArray("a  b\n"));
+    QCOMPARE(tool({QStringLiteral("set"), QStringLiteral("p"), QStringLiteral("n"), QString()}).code, 0);
+    QCOMPARE(text("p", "n"), QByteArray(""));
+    // Storing the same again is a success too.
+    QCOMPARE(tool({QStringLiteral("set"), QStringLiteral("p"), QStringLiteral("n"), QString()}).code, 0);
+    QCOMPARE(tool(words("set p n --help")).code, 0);
+    QCOMPARE(text("p", "n"), QByteArray("--help"));
+    QCOMPARE(tool(words("set-dword p n 7")).code, 0);
+    QCOMPARE(number("p", "n"), 7u);
+}
+
+void TestRkcfgTool::setDwordTakesNumbersOnly_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<uint32_t>("value");
+    QTest::newRow("zero") << QStringLiteral("0") << 0 << 0u;
+    QTest::newRow("largest") << QStringLiteral("4294967295") << 0 << 4294967295u;
+    QTest::newRow("hexadecimal") << QStringLiteral("0x1F") << 0 << 31u;
+    QTest::newRow("too large") << QStringLiteral("4294967296") << 2 << 1u;
+    QTest::newRow("far too large") << QStringLiteral("99999999999999999999999") << 2 << 1u;
+    QTest::newRow("negative") << QStringLiteral("-1") << 2 << 1u;
+    QTest::newRow("empty") << QString() << 2 << 1u;
+    QTest::newRow("letters") << QStringLiteral("abc") << 2 << 1u;
+    QTest::newRow("tail") << QStringLiteral("5x") << 2 << 1u;
+    QTest::newRow("space") << QStringLiteral(" 5") << 2 << 1u;
+}
+
+void TestRkcfgTool::setDwordTakesNumbersOnly()
+{
+    QFETCH(QString, text);
+    QFETCH(int, code);
+    QFETCH(uint32_t, value);
+    putNumber("p", "n", 1);
+    const ToolResult result =
+        tool({QStringLiteral("set-dword"), QStringLiteral("p"), QStringLiteral("n"), text});
+    QCOMPARE(result.code, code);
+    QCOMPARE(result.err.isEmpty(), code == 0);
+    QCOMPARE(number("p", "n"), value);
+}
+
+void TestRkcfgTool::listPrintsLines()
+{
+    QCOMPARE(tool(words("list")).out, QByteArray());
+    putNumber("KWX\\B", "n", 5);
+    putText("KWX\\A\\C", "n", "x y");
+    QCOMPARE(tool(words("list")).out, QByteArray("KWX\\A\\C\tn\tx y\nKWX\\B\tn\t5\n"));
+    QCOMPARE(tool(words("list kwx\\a")).out, QByteArray("KWX\\A\\C\tn\tx y\n"));
+    QCOMPARE(tool(words("list none")).out, QByteArray());
+    QCOMPARE(tool(words("list none")).code, 0);
+}
+
+void TestRkcfgTool::dumpStoresItAllAgain()
+{
+    putText("KWX\\A b", "it's", "a 'b' \"c\" $d `e` \\ \n end");
+    putText("-p", "-n", "-t");
+    putText("p", "empty", "");
+    putNumber("p", "n", 7);
+    const QByteArray listed = tool(words("list")).out;
+    const QByteArray dumped = tool(words("dump")).out;
+    const StoreHome fresh;
+    QProcess shell;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("PATH"),
+                       QStringLiteral(CORVEL_BIN_DIR ":") + environment.value(QStringLiteral("PATH")));
+    shell.setProcessEnvironment(environment);
+    shell.start(QStringLiteral("sh"), {QStringLiteral("-e")});
+    shell.write(dumped);
+    shell.closeWriteChannel();
+    QVERIFY(shell.waitForFinished());
+    QCOMPARE(shell.exitCode(), 0);
+    QCOMPARE(tool(words("list")).out, listed);
+}
+
+void TestRkcfgTool::configsListsNames()
+{
+    QCOMPARE(tool(words("configs")).out, QByteArray("default\n"));
+    rkCFGSetDefaultName("Gr\xC3\xB6\xC3\x9F"
+                        "e");
+    rkCFGSetDefaultName("a b");
+    putNumber("p", "n", 1);
+    save();
+    QCOMPARE(tool(words("configs")).out, QByteArray("Gr\xC3\xB6\xC3\x9F"
+                                                    "e\na b\n"));
+}
+
+void TestRkcfgTool::defaultPrintsAndChooses()
+{
+    QCOMPARE(tool(words("default")).out, QByteArray("default\n"));
+    QCOMPARE(tool(words("default studio")).code, 0);
+    QCOMPARE(tool(words("default")).out, QByteArray("studio\n"));
+    const ToolResult refused = tool(words("default a/b"));
+    QCOMPARE(refused.code, 3);
+    QVERIFY(!refused.err.isEmpty());
+    QCOMPARE(tool(words("default")).out, QByteArray("studio\n"));
+}
+
+void TestRkcfgTool::wrongUsage_data()
+{
+    QTest::addColumn<QString>("arguments");
+    for (const char *arguments :
+         {"", "what", "get", "get p", "get p n x", "set p n", "set p n t u", "set-dword p n", "list a b",
+          "dump x", "configs x", "default a b", "--help x", "-x"})
+        QTest::newRow(arguments[0] ? arguments : "nothing") << QString::fromLatin1(arguments);
+}
+
+void TestRkcfgTool::wrongUsage()
+{
+    QFETCH(QString, arguments);
+    const ToolResult result = tool(arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
+    QCOMPARE(result.code, 2);
+    QCOMPARE(result.out, QByteArray());
+    QVERIFY(result.err.startsWith("Usage: rkcfg COMMAND"));
+    QCOMPARE(m_home->files(), QStringList());
+}
+
+void TestRkcfgTool::helpAndVersion()
+{
+    const ToolResult help = tool(words("--help"));
+    QCOMPARE(help.code, 0);
+    for (const char *command :
+         {"get PATH NAME", "set PATH NAME TEXT", "set-dword", "list", "dump", "configs", "default"})
+        QVERIFY2(help.out.contains(command), command);
+    QCOMPARE(tool(words("-h")).out, help.out);
+    const ToolResult version = tool(words("--version"));
+    QCOMPARE(version.code, 0);
+    QVERIFY(QRegularExpression(QStringLiteral("^rkcfg \\d+\\.\\d+\\.\\d+\n$"))
+                .match(QString::fromUtf8(version.out))
+                .hasMatch());
+    QCOMPARE(m_home->files(), QStringList());
+}
+
+void TestRkcfgTool::failureIsTold()
+{
+    overwrite(QString(m_home->folder()).chopped(1), "a file where the folder should be");
+    for (const char *arguments : {"get p n", "set p n t", "set-dword p n 1", "list", "dump", "default x"}) {
+        const ToolResult result = tool(words(arguments));
+        QVERIFY2(result.code == 3, arguments);
+        QVERIFY2(result.err.contains("rkcfg: "), arguments);
+        QCOMPARE(result.out, QByteArray());
+    }
+}
+
+void TestRkcfgTool::fullOutputIsTold()
+{
+    putText("p", "n", "text");
+    QProcess process;
+    process.setStandardOutputFile(QStringLiteral("/dev/full"));
+    process.start(QStringLiteral(CORVEL_BIN_DIR "/rkcfg"), words("get p n"));
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 3);
+}
+
+QTEST_GUILESS_MAIN(TestRkcfgTool)
+#include "test_rkcfg_tool.moc"

@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: MIT
+#include "ptpnet.h"
+
+#include <QDir>
+#include <QFile>
+#include <QtTest>
+
+#include <unistd.h>
+
+namespace {
+
+// "S" of "123 (name) S 45 ...": the state; the parent follows.
+QList<QByteArray> statOf(pid_t pid)
+{
+    QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray text = file.readAll();
+    const int open = text.indexOf('(');
+    const int close = text.lastIndexOf(')');
+    QList<QByteArray> fields = text.mid(close + 2).split(' ');
+    fields.prepend(text.mid(open + 1, close - open - 1));
+    return fields;
+}
+
+// Which network namespace a process is in, as the kernel names it.
+QByteArray networkOf(qint64 pid)
+{
+    char name[64] = "";
+    const QByteArray path = "/proc/" + QByteArray::number(pid) + "/ns/net";
+    return readlink(path.constData(), name, sizeof name - 1) > 0 ? QByteArray(name) : QByteArray();
+}
+
+} // namespace
+
+QByteArray runCommand(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(program, arguments);
+    if (!process.waitForFinished(10000) || process.exitCode() != 0)
+        qFatal("%s %s: %s", qPrintable(program), qPrintable(arguments.join(QLatin1Char(' '))),
+               process.readAll().constData());
+    return process.readAll();
+}
+
+std::unique_ptr<QProcess> startCommand(const QString &program, const QStringList &arguments)
+{
+    auto process = std::make_unique<QProcess>();
+    QStringList all = {QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), QStringLiteral("--"), program};
+    all += arguments;
+    process->setProcessChannelMode(QProcess::MergedChannels);
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->start(QStringLiteral("setpriv"), all);
+    if (!process->waitForStarted(5000))
+        qFatal("cannot start %s", qPrintable(program));
+    return process;
+}
+
+std::vector<pid_t> childrenNamed(pid_t parent, const QByteArray &name)
+{
+    std::vector<pid_t> found;
+    for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        const pid_t pid = entry.toInt();
+        const QList<QByteArray> stat = pid > 0 ? statOf(pid) : QList<QByteArray>();
+        if (stat.size() < 3 || stat[2].toInt() != parent)
+            continue;
+        if (stat[0] == name && stat[1] != "Z")
+            found.push_back(pid);
+        for (pid_t below : childrenNamed(pid, name))
+            found.push_back(below);
+    }
+    return found;
+}
+
+bool isAlive(pid_t pid)
+{
+    const QList<QByteArray> stat = statOf(pid);
+    return stat.size() > 1 && stat[1] != "Z" && stat[1] != "X";
+}
+
+int countOf(const char *folder)
+{
+    return QDir(QStringLiteral("/proc/self/") + QLatin1String(folder))
+        .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
+        .size();
+}
+
+Master::Master(const QString &socket, unsigned domain, std::unique_ptr<QProcess> process)
+    : m_socket(socket), m_domain(domain), m_process(std::move(process))
+{
+}
+
+Master::~Master()
+{
+    kill();
+}
+
+void Master::kill()
+{
+    m_process->kill();
+    m_process->waitForFinished(5000);
+}
+
+void Master::announce(int utcOffset, bool valid, bool ptpTimescale)
+{
+    const QString command =
+        QStringLiteral(
+            "SET GRANDMASTER_SETTINGS_NP clockClass 248 clockAccuracy 0xfe offsetScaledLogVariance 0xffff "
+            "currentUtcOffset %1 leap61 0 leap59 0 currentUtcOffsetValid %2 ptpTimescale %3 "
+            "timeTraceable %2 frequencyTraceable 0 timeSource 0xa0")
+            .arg(utcOffset)
+            .arg(valid ? 1 : 0)
+            .arg(ptpTimescale ? 1 : 0);
+    const QByteArray answer = runCommand(
+        QStringLiteral("pmc"), {QStringLiteral("-u"), QStringLiteral("-b"), QStringLiteral("0"),
+                                QStringLiteral("-d"), QString::number(m_domain), QStringLiteral("-s"),
+                                m_socket, QStringLiteral("-i"), m_socket + QStringLiteral(".pmc"), command});
+    if (!answer.contains("RESPONSE"))
+        qFatal("the master does not take its settings: %s", answer.constData());
+}
+
+PtpNet::PtpNet()
+{
+    m_far = startCommand(QStringLiteral("unshare"),
+                         {QStringLiteral("-n"), QStringLiteral("sleep"), QStringLiteral("600")});
+    QElapsedTimer waited;
+    waited.start();
+    while (networkOf(m_far->processId()) == networkOf(getpid()) && waited.elapsed() < 5000)
+        QTest::qWait(5);
+}
+
+PtpNet::~PtpNet()
+{
+    m_far->kill();
+    m_far->waitForFinished(5000);
+}
+
+QStringList PtpNet::inFar(const QStringList &command) const
+{
+    return QStringList{QStringLiteral("-t"), QString::number(m_far->processId()), QStringLiteral("-n")} +
+           command;
+}
+
+void PtpNet::addLink(const QString &near, int number)
+{
+    const QString far = near + QStringLiteral("far");
+    const QString script =
+        QStringLiteral("ip link add %1 type veth peer name %2 netns %3 && ip addr add 10.9.%4.1/24 dev %1 && "
+                       "ip link set %1 up && nsenter -t %3 -n ip addr add 10.9.%4.2/24 dev %2 && "
+                       "nsenter -t %3 -n ip link set %2 up")
+            .arg(near, far)
+            .arg(m_far->processId())
+            .arg(number);
+    runCommand(QStringLiteral("sh"), {QStringLiteral("-c"), script});
+}
+
+std::unique_ptr<Master> PtpNet::startMaster(const QString &near, unsigned domain, const QString &identity)
+{
+    const QString socket = m_sockets.filePath(QString::number(++m_masters));
+    const QString options =
+        QStringLiteral("ptp4l -4 -E -S -m -q --free_running=1 --kernel_leap=0 --logAnnounceInterval=-2 "
+                       "--logSyncInterval=-3 --priority1=1 --domainNumber=%1 --clockIdentity=%2 -i %3far")
+            .arg(domain)
+            .arg(identity, near);
+    auto process =
+        startCommand(QStringLiteral("nsenter"), inFar(options.split(QLatin1Char(' '))) +
+                                                    QStringList{QStringLiteral("--uds_address=") + socket});
+    QElapsedTimer waited;
+    waited.start();
+    while (!QFile::exists(socket) && waited.elapsed() < 5000)
+        QTest::qWait(5);
+    return std::make_unique<Master>(socket, domain, std::move(process));
+}

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#ifndef PTPNET_H
+#define PTPNET_H
+
+// The surroundings of a PTP test: a second network namespace behind a veth pair, with real ptp4l masters in
+// it. Everything started here is killed by the kernel when the test ends in whatever way.
+
+#include <QProcess>
+#include <QString>
+#include <QTemporaryDir>
+
+#include <memory>
+#include <sys/types.h>
+#include <vector>
+
+/* Runs a command to its end and returns what it wrote; fails the program when it fails. */
+QByteArray runCommand(const QString &program, const QStringList &arguments);
+
+/* Starts a command that dies with this program. */
+std::unique_ptr<QProcess> startCommand(const QString &program, const QStringList &arguments);
+
+/* Numbers of the living processes named `name` below process `parent`, at any depth. */
+std::vector<pid_t> childrenNamed(pid_t parent, const QByteArray &name);
+
+/* False once a process has ended, reaped or not. */
+bool isAlive(pid_t pid);
+
+/* Entries of a folder of /proc/self: descriptors or threads of this program. */
+int countOf(const char *folder);
+
+/* One master: a ptp4l in the far namespace. */
+class Master {
+public:
+    Master(const QString &socket, unsigned domain, std::unique_ptr<QProcess> process);
+    ~Master();
+    void kill();
+    /* What the master announces about its time: seconds, and the flags "valid and traceable", "PTP
+     * timescale". */
+    void announce(int utcOffset, bool valid, bool ptpTimescale);
+
+private:
+    QString m_socket;
+    unsigned m_domain;
+    std::unique_ptr<QProcess> m_process;
+};
+
+class PtpNet {
+public:
+    PtpNet();
+    ~PtpNet();
+
+    /* A veth pair: `near` here with the address 10.9.<number>.1, its far end with 10.9.<number>.2. */
+    void addLink(const QString &near, int number);
+
+    /* A master at the far end of a link: announces every 1/4 s, syncs every 1/8 s. `identity` as for ptp4l.
+     */
+    std::unique_ptr<Master> startMaster(const QString &near, unsigned domain, const QString &identity);
+
+private:
+    QStringList inFar(const QStringList &command) const;
+
+    std::unique_ptr<QProcess> m_far; // keeps the far namespace
+    QTemporaryDir m_sockets;
+    int m_masters = 0;
+};
+
+#endif // PTPNET_H
