@@ -371,17 +371,22 @@ private:
     void showElementRadios(bool video, bool others);
     void applyFixedSize();
     void loadEmbedded();
+    void showNoType();
+    void showMediaConfig(const MEDIACMD &config);
     void showMediaSettings(Side side, const MEDIACMD &answer);
+    void showAudioLayout(Side side, quint32 layout);
+    void sendType(quint32 layout);
     void sendMediaSettings(Side side, quint32 code);
     void sendMediaField(const NetworkField &field);
-    void sendAudioLayout(bool withLayout);
     MEDIACMD mediaCommand(quint32 code) const;
+    MEDIACMD elementCommand(quint32 code, Side side) const;
     int engineFlow() const;
     quint32 audioLayout() const;
 
     // Audio flows (corvel_audio.cpp)
     void writeAudioTotals(quint32 total);
     void enableFlowSelectors();
+    void selectOnlyFlow(QRadioButton *flow);
     void showElementControls();
     quint32 comboData(const QComboBox *combo) const;
 

@@ -47,7 +47,7 @@ void QCorvel::enableAudChannel(int)
         writeAudioTotals(comboData(m_pComboAudFlow) * channels);
         commitStore();
     } else {
-        sendAudioLayout(true);
+        sendType(audioLayout());
     }
     updateSettings(false);
 }
@@ -59,7 +59,7 @@ void QCorvel::enableAudFlow(int)
         writeAudioTotals(comboData(m_pComboAudFlow) * comboData(m_pComboAudChan));
         commitStore();
     } else {
-        sendAudioLayout(false);
+        sendType(0);
     }
     updateSettings(false);
 }
@@ -70,6 +70,14 @@ void QCorvel::enableFlowSelectors()
     const quint32 flows = m_singleFlow ? 0 : comboData(m_pComboAudFlow);
     for (quint32 flow = 0; flow < kFlowCount; ++flow)
         m_pAudFlowSelect[flow]->setEnabled(flow < flows);
+}
+
+// In single-flow mode the selectors do not exclude each other, so the others are unchecked by hand.
+void QCorvel::selectOnlyFlow(QRadioButton *flow)
+{
+    flow->setChecked(true);
+    for (QRadioButton *other : m_pAudFlowSelect)
+        other->setChecked(other == flow);
 }
 
 // After a switch no flow is selected, on purpose: the values without a flow number are then the ones

@@ -174,7 +174,8 @@ void QCorvel::ok()
     done(1);
 }
 
-// Embedded: the engine gets back what is stored, element by element.
+// Embedded: edits went to the engine and not to the store, so the engine gets back what is stored, element
+// by element and flow by flow.
 void QCorvel::cancel()
 {
     if (isStandAlone()) {
@@ -185,7 +186,7 @@ void QCorvel::cancel()
     {
         const SignalBracket bracket(this);
         const auto restore = [this] {
-            loadData();
+            loadDataStandAlone();
             updateSettings(false);
         };
         for (QRadioButton *element : {m_pVideoConfig, m_pAncConfig}) {
@@ -194,7 +195,7 @@ void QCorvel::cancel()
         }
         m_pAudioConfig->setChecked(true);
         for (QRadioButton *flow : m_pAudFlowSelect) {
-            flow->setChecked(true);
+            selectOnlyFlow(flow);
             restore();
         }
     }

@@ -10,7 +10,8 @@
 
 namespace {
 
-// The order in which locked fields are copied. Interfaces are not copied here: their own slot does that.
+// The order in which locked fields are copied. In the store interfaces are not copied with them: their own
+// slot does that. The engine gets the interfaces as well, last.
 // clang-format off
 const SaveStep kCopyOrder[] = {
     {Side::Receive, Field::DestinationAddress},
@@ -21,6 +22,11 @@ const SaveStep kCopyOrder[] = {
     {Side::Receive, Field::SourcePort},
     {Side::Send,    Field::DestinationPort},
     {Side::Send,    Field::SourcePort},
+};
+
+const SaveStep kInterfaces[] = {
+    {Side::Receive, Field::Interface},
+    {Side::Send,    Field::Interface},
 };
 // clang-format on
 
@@ -41,8 +47,7 @@ bool QCorvel::isLocked(const NetworkField &field) const
 // A field is copied when it changed itself, when its lock was set, or when all locks were.
 bool QCorvel::concerns(const NetworkField &field, const QObject *sender) const
 {
-    return sender
-           && (sender == field.control() || sender == field.lock || sender == m_pCheckLockGroup);
+    return sender && (sender == field.control() || sender == field.lock || sender == m_pCheckLockGroup);
 }
 
 void QCorvel::checkLocksForConfig()
@@ -112,12 +117,17 @@ void QCorvel::propagate(const NetworkField &field, int channel)
     write(Element::Video, QByteArray());
 }
 
-// Embedded: the engine gets the locked value, interfaces included, once for each element and flow.
+// Embedded: the engine gets the locked value once for each element and flow.
 void QCorvel::updateLockedItemsForScopes(QObject *sender)
 {
     const SignalBracket bracket(this);
-    for (const NetworkField &field : qAsConst(m_fields)) {
+    const auto sendLocked = [&](const SaveStep &step) {
+        const NetworkField &field = networkField(step.side, step.field);
         if (concerns(field, sender) && isLocked(field))
             sendMediaField(field);
-    }
+    };
+    for (const SaveStep &step : kCopyOrder)
+        sendLocked(step);
+    for (const SaveStep &step : kInterfaces)
+        sendLocked(step);
 }

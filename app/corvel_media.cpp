@@ -12,13 +12,27 @@
 
 namespace {
 
-constexpr int kTell = 0;
-constexpr int kAsk = 1;
+constexpr int kNoType = -1; // item data of "N/A"
+constexpr quint32 kDefaultAudioChannels = 2;
 
 template<int Size>
 void copyText(char (&target)[Size], const QString &text)
 {
     qstrncpy(target, text.toLatin1().constData(), Size);
+}
+
+// An answer comes from outside: its text may lack the terminating zero.
+template<int Size>
+QString textOf(const char (&source)[Size])
+{
+    return QString::fromLatin1(source, static_cast<int>(qstrnlen(source, Size)));
+}
+
+// A machine without channels has nobody to talk to.
+void toEngine(MEDIACMD &command, int mode)
+{
+    if (command.channel >= 0)
+        ipSetMode(&command, mode);
 }
 
 } // namespace
@@ -28,6 +42,18 @@ MEDIACMD QCorvel::mediaCommand(quint32 code) const
     MEDIACMD command;
     command.code = code;
     command.channel = currentChannel();
+    return command;
+}
+
+// A command about one side of the element that is shown.
+MEDIACMD QCorvel::elementCommand(quint32 code, Side side) const
+{
+    MEDIACMD command = mediaCommand(code);
+    quint32 receive = 0;
+    quint32 transmit = 0;
+    getRecSndTypes(&receive, &transmit);
+    command.element = side == Side::Receive ? receive : transmit;
+    command.flow = isAudio() ? engineFlow() : 0;
     return command;
 }
 
@@ -53,49 +79,77 @@ void QCorvel::loadEmbedded()
 {
     {
         const SignalBracket bracket(this);
-        MEDIACMD question = mediaCommand(MediaCode::GetType);
-        ipSetMode(&question, kAsk);
-        if (question.value == 0) {
-            m_pComboType->clear();
-            m_pComboType->addItem(tr("N/A"), -1);
-            showElementRadios(true, false);
+        MEDIACMD config = mediaCommand(MediaCode::GetConfig);
+        toEngine(config, MediaMode::Ask);
+        if (config.type == 0) {
+            showNoType();
             return;
         }
-        if (m_pComboType->findData(-1) >= 0)
-            fillTypes();
-        const quint32 stored = toDword(cfgValue(ChannelValue::VideoType, false, currentChannel()));
-        selectFromData(m_pComboType, stored);
-        if (stored != question.value)
-            reloadMedia();
-        else
-            m_bReloadChannel = false;
-        showElementRadios(true, isMultiType());
-        quint32 codes[2] = {};
-        getRecSndTypes(&codes[0], &codes[1]);
+        showMediaConfig(config);
         for (const Side side : {Side::Receive, Side::Send}) {
-            MEDIACMD settings = mediaCommand(MediaCode::GetSettings);
-            settings.element = codes[side == Side::Send];
-            settings.flow = isAudio() ? engineFlow() : 0;
-            ipSetMode(&settings, kAsk);
+            MEDIACMD settings = elementCommand(MediaCode::GetSettings, side);
+            toEngine(settings, MediaMode::Ask);
             showMediaSettings(side, settings);
         }
     }
     checkPTP();
 }
 
+// The engine knows no type for the channel: the type combo says so and everything else stays as it is.
+void QCorvel::showNoType()
+{
+    m_pComboType->clear();
+    m_pComboType->addItem(tr("N/A"), kNoType);
+    showElementRadios(true, false);
+    showElementControls();
+}
+
+// What belongs to the channel as a whole. Its type and video format are the stored ones; an engine that
+// works on another type has to read its media again.
+void QCorvel::showMediaConfig(const MEDIACMD &config)
+{
+    const bool hadType = m_pComboType->findData(kNoType) < 0;
+    if (!hadType)
+        fillTypes();
+    const quint32 stored = toDword(cfgValue(ChannelValue::VideoType, false, currentChannel()));
+    selectFromData(m_pComboType, stored);
+    if (stored != config.type)
+        reloadMedia();
+    else
+        m_bReloadChannel = false;
+    if (!hadType) {
+        showElementRadios(true, isMultiType());
+        showElementControls();
+    }
+    selectFromData(m_pComboVidFormat, toDword(cfgValue(ChannelValue::SignalFormat, false, currentChannel())));
+    selectFromData(m_pComboClkSrc, config.clockSource);
+    m_pEditGmId->setText(QString::number(config.domain));
+    loadFlowSuffix(); // chooses flow 0 when none is chosen
+}
+
 void QCorvel::showMediaSettings(Side side, const MEDIACMD &answer)
 {
-    networkField(side, Field::SourceAddress).setValue(QString::fromLatin1(answer.sourceAddress));
-    networkField(side, Field::DestinationAddress).setValue(QString::fromLatin1(answer.destinationAddress));
-    networkField(side, Field::Interface).setValue(QString::fromLatin1(answer.interfaceAddress));
+    const QString destination = textOf(answer.destinationAddress);
+    networkField(side, Field::SourceAddress).setValue(textOf(answer.sourceAddress));
+    networkField(side, Field::DestinationAddress).setValue(destination);
+    networkField(side, Field::Interface).setValue(textOf(answer.interfaceAddress));
     networkField(side, Field::SourcePort).setValue(QString::number(answer.sourcePort));
     networkField(side, Field::DestinationPort).setValue(QString::number(answer.destinationPort));
     showFlags(side, answer.flags);
-    const quint32 channels = answer.audioLayout & 0xffff;
-    if (!isAudio() || channels == 0)
-        return;
+    showAudioLayout(side, answer.audioLayout);
+    if (side == Side::Send && isVideo())
+        m_pSimpleAddress->setAddress(destination);
+}
+
+// Shown for every element, as it is sent with every element. The number of flows is that of the receive
+// side; the send side is shown last and its channels per flow stay.
+void QCorvel::showAudioLayout(Side side, quint32 layout)
+{
+    const quint32 channels = layout & 0xffff;
     selectFromData(m_pComboAudChan, channels);
-    selectFromData(m_pComboAudFlow, (answer.audioLayout >> 16) / channels);
+    if (side == Side::Receive)
+        selectFromData(m_pComboAudFlow, (layout >> 16) / (channels ? channels : kDefaultAudioChannels));
+    enableFlowSelectors();
 }
 
 // ------------------------------------------------------------------------------------------ sending
@@ -107,24 +161,27 @@ void QCorvel::updateSettings(bool final)
         return;
     }
     const SignalBracket bracket(this);
-    MEDIACMD type = mediaCommand(MediaCode::SetType);
-    type.value = comboData(m_pComboType);
-    ipSetMode(&type, kTell);
+    sendType(0);
     sendMediaSettings(Side::Receive, final ? MediaCode::ReceiveFinal : MediaCode::ReceiveSettings);
     sendMediaSettings(Side::Send, MediaCode::TransmitSettings);
     MEDIACMD clock = mediaCommand(MediaCode::SetClock);
-    clock.value = clock.clockSource = comboData(m_pComboClkSrc);
+    clock.clockSource = comboData(m_pComboClkSrc);
     clock.domain = toDword(m_pEditGmId->text());
-    ipSetMode(&clock, kTell);
+    toEngine(clock, MediaMode::Tell);
+}
+
+// The channel type, and with it the layout of the audio channels when that is what changed.
+void QCorvel::sendType(quint32 layout)
+{
+    MEDIACMD command = mediaCommand(MediaCode::SetType);
+    command.type = comboData(m_pComboType);
+    command.audioLayout = layout;
+    toEngine(command, MediaMode::Tell);
 }
 
 void QCorvel::sendMediaSettings(Side side, quint32 code)
 {
-    MEDIACMD command = mediaCommand(code);
-    quint32 codes[2] = {};
-    getRecSndTypes(&codes[0], &codes[1]);
-    command.element = codes[side == Side::Send];
-    command.flow = isAudio() ? engineFlow() : 0;
+    MEDIACMD command = elementCommand(code, side);
     command.sourcePort = toDword(networkField(side, Field::SourcePort).value());
     command.destinationPort = toDword(networkField(side, Field::DestinationPort).value());
     command.audioLayout = audioLayout();
@@ -132,7 +189,7 @@ void QCorvel::sendMediaSettings(Side side, quint32 code)
     copyText(command.sourceAddress, networkField(side, Field::SourceAddress).value());
     copyText(command.interfaceAddress, networkField(side, Field::Interface).value());
     command.flags = shownFlags(side);
-    ipSetMode(&command, kTell);
+    toEngine(command, MediaMode::Tell);
 }
 
 // One field for every element of the channel: once for video and ancillary data, for each flow of audio.
@@ -149,23 +206,13 @@ void QCorvel::sendMediaField(const NetworkField &field)
                 command.value = toDword(field.value());
             else
                 copyText(command.text, field.value());
-            ipSetMode(&command, kTell);
+            toEngine(command, MediaMode::Tell);
         }
     }
-}
-
-// The type, and with it the layout of the audio channels when that is what changed.
-void QCorvel::sendAudioLayout(bool withLayout)
-{
-    MEDIACMD command = mediaCommand(MediaCode::SetType);
-    command.value = comboData(m_pComboType);
-    if (withLayout)
-        command.audioLayout = audioLayout();
-    ipSetMode(&command, kTell);
 }
 
 void QCorvel::reloadMedia()
 {
     MEDIACMD command = mediaCommand(MediaCode::ReloadMedia);
-    ipSetMode(&command, kTell);
+    toEngine(command, MediaMode::Tell);
 }

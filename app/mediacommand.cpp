@@ -15,8 +15,8 @@ MediaHook &currentHook()
 
 int ipSetMode(MEDIACMD *command, int mode)
 {
-    const MediaHook &hook = currentHook();
-    return hook ? hook(command, mode) : 0;
+    const MediaHook hook = currentHook(); // a copy: the hook may put another one in place
+    return hook && command ? hook(command, mode) : 0;
 }
 
 void setMediaHook(MediaHook hook)

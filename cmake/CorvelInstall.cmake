@@ -1,0 +1,50 @@
+# libcorvel: the dialog as a shared library for other applications, with its headers and a CMake package.
+# The program itself does not use it; it is made of the same objects. Included by app/.
+#
+#   find_package(corvel 8 REQUIRED)
+#   target_link_libraries(host PRIVATE corvel::corvel)
+
+include(CMakePackageConfigHelpers)
+
+add_library(corvel_library SHARED
+  $<TARGET_OBJECTS:corvel_app>
+  $<TARGET_OBJECTS:corvel_channel>
+  $<TARGET_OBJECTS:corvel_files>
+  $<TARGET_OBJECTS:corvel_theme>)
+# The names that the package gives them, so that an example reads the same in this tree and outside.
+add_library(corvel::corvel ALIAS corvel_library)
+foreach(name rkos rkcfg rkptp)
+  add_library(corvel::${name} ALIAS ${name})
+endforeach()
+set_target_properties(corvel_library PROPERTIES
+  OUTPUT_NAME corvel
+  VERSION ${PROJECT_VERSION}
+  SOVERSION ${PROJECT_VERSION_MAJOR}
+  LINKER_LANGUAGE CXX
+  LINK_DEPENDS "${CMAKE_SOURCE_DIR}/cmake/libcorvel.map")
+target_include_directories(corvel_library INTERFACE "${CMAKE_SOURCE_DIR}")
+target_compile_features(corvel_library INTERFACE cxx_std_17)
+target_link_libraries(corvel_library PUBLIC Qt5::Widgets rkptp PRIVATE rkcfg rkos corvel_options)
+# Only what the headers declare is visible, so that nothing inside meets a host's names.
+target_link_options(corvel_library PRIVATE "-Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/libcorvel.map")
+corvel_run_path(corvel_library)
+
+# The headers include each other by their place in the tree, so that place is kept below include/corvel.
+set(CORVEL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/corvel")
+set(CORVEL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/corvel")
+foreach(header app/corvel.h app/mediacommand.h channel/channelkeys.h theme/lineaddress.h)
+  get_filename_component(folder ${header} DIRECTORY)
+  install(FILES "${CMAKE_SOURCE_DIR}/${header}" DESTINATION "${CORVEL_INCLUDEDIR}/${folder}")
+endforeach()
+install(TARGETS corvel_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+
+configure_package_config_file("${CMAKE_SOURCE_DIR}/cmake/corvel-config.cmake.in"
+  "${CMAKE_CURRENT_BINARY_DIR}/corvel-config.cmake"
+  INSTALL_DESTINATION "${CORVEL_CMAKEDIR}"
+  PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_LIBDIR CORVEL_INCLUDEDIR)
+write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/corvel-config-version.cmake"
+  VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
+install(FILES
+  "${CMAKE_CURRENT_BINARY_DIR}/corvel-config.cmake"
+  "${CMAKE_CURRENT_BINARY_DIR}/corvel-config-version.cmake"
+  DESTINATION "${CORVEL_CMAKEDIR}")
