@@ -74,9 +74,14 @@ std::optional<ClockId> parseIdentity(std::string_view text)
     return id;
 }
 
+bool isUnknown(const ClockId &id)
+{
+    return std::all_of(id.begin(), id.end(), [](uint8_t byte) { return byte == 0; });
+}
+
 std::string formatIdentity(const ClockId &id)
 {
-    if (id == ClockId())
+    if (isUnknown(id))
         return {};
     std::string text;
     char byte[4];

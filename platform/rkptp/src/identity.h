@@ -13,6 +13,8 @@ namespace rkptp {
 /* A clock identity (EUI-64) as it travels in PTP messages. All zero means "unknown". */
 using ClockId = std::array<uint8_t, 8>;
 
+bool isUnknown(const ClockId &id);
+
 struct PortId {
     ClockId clock{};
     uint16_t port = 0;

@@ -143,8 +143,8 @@ Answer readPortProperties(const uint8_t *data, size_t size)
 
 struct Layout {
     DataSet dataSet;
-    size_t minSize; // of the data behind the identifier
-    size_t maxSize;
+    uint16_t minSize; // of the data behind the identifier
+    uint16_t maxSize;
     bool perPort; // answered by the port asked, not by the clock
     Answer (*read)(const uint8_t *data, size_t size);
 };

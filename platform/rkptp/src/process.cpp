@@ -69,6 +69,7 @@ void prepareAttributes(posix_spawnattr_t *attributes)
 int spawn(pid_t *pid, const std::vector<std::string> &arguments, int output)
 {
     std::vector<char *> argv;
+    argv.reserve(arguments.size() + 1);
     for (const std::string &argument : arguments)
         argv.push_back(const_cast<char *>(argument.c_str()));
     argv.push_back(nullptr);

@@ -57,7 +57,8 @@ PTP_HANDLE rkPTPStart(const char *interfaceAddress)
     client.key.address = address.value_or(0);
     client.changedAt = monotonicNow();
     resetSnapshot(client);
-    return reinterpret_cast<PTP_HANDLE>(Worker::instance().add(client));
+    // A number in the guise of a pointer on purpose: it can be neither followed nor freed.
+    return reinterpret_cast<PTP_HANDLE>(Worker::instance().add(client)); // NOLINT(performance-no-int-to-ptr)
 }
 
 void rkPTPEnd(PTP_HANDLE handle)

@@ -122,6 +122,7 @@ void lookElsewhere(const Options &options)
 {
     std::vector<PTP_HANDLE> handles;
     const std::vector<unsigned> domains = otherDomains(options.domain);
+    handles.reserve(domains.size());
     for (unsigned domain : domains)
         handles.push_back(startClient(options, domain));
     std::vector<bool> told(domains.size());
