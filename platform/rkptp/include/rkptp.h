@@ -13,7 +13,7 @@
  *
  * Handles are numbers, not pointers: they are never used again within a process, and a null handle, an ended
  * one or any other value is accepted everywhere and means "no client". At the end of the process, also by
- * kill -9, and when the library is unloaded no ptp4l is left behind.
+ * kill -9, no ptp4l is left behind. The library stays in memory once it is loaded; dlclose() ends no client.
  *
  * Results: RKPTP_OK (0), or one of the RKPTP_ numbers as told with each function. Nothing is thrown.
  *

@@ -67,7 +67,7 @@ public:
         return true;
     }
 
-    /* Kills every child and ends the thread, at the end of the process or when the library is unloaded. */
+    /* Kills every child and ends the thread, at the end of the process. */
     void stop();
 
 private:
