@@ -5,9 +5,10 @@
 // display; without one it starts Xvfb.
 //
 //   desktop_bench [STARTS] [SECONDS AT REST]
+#include "measure.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTextStream>
@@ -73,28 +74,6 @@ double readAnswerMs(int answer)
     const ssize_t got = read(answer, text, sizeof text - 1);
     close(answer);
     return got > 0 ? atof(text) / 1e6 : -1;
-}
-
-double cpuSeconds(pid_t pid)
-{
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-    if (!stat.open(QIODevice::ReadOnly))
-        return 0;
-    const QByteArray text = stat.readAll();
-    const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-    return (fields.value(11).toDouble() + fields.value(12).toDouble()) / sysconf(_SC_CLK_TCK);
-}
-
-double anonKiB(pid_t pid)
-{
-    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("RssAnon:"))
-            return line.mid(8).simplified().split(' ').value(0).toDouble();
-    }
-    return 0;
 }
 
 void measureRest(Program &program, int seconds)
