@@ -155,6 +155,14 @@ QString QCorvel::GetIP(QString text) const
 
 // ------------------------------------------------------------------------------------------ closing
 
+// A field that still has the focus would lose it when the dialog is hidden, after everything was sent, and
+// count as edited then.
+void QCorvel::leaveField()
+{
+    if (QWidget *field = focusWidget())
+        field->clearFocus();
+}
+
 void QCorvel::ok()
 {
     m_bClosing = true;
@@ -164,6 +172,7 @@ void QCorvel::ok()
         shutdown();
         return;
     }
+    leaveField();
     updateSettings(true);
     checkErrors();
     done(1);
@@ -180,6 +189,7 @@ void QCorvel::cancel()
     }
     {
         const SignalBracket bracket(this);
+        leaveField(); // "Cancel" takes no focus; nothing listens to the field here
         const auto restore = [this] {
             loadDataStandAlone();
             updateSettings(false);
