@@ -399,6 +399,7 @@ private:
 
     // Validation (corvel_checks.cpp)
     void showErrors(const QString &text);
+    void leaveField();
 
     // Clock status (corvel_clock.cpp)
     void showClock(const char *info, const char *time);

@@ -160,6 +160,14 @@ QString QCorvel::GetIP(QString text) const
 
 // ------------------------------------------------------------------------------------------ closing
 
+// A field that still has the focus would lose it when the dialog is hidden, after everything was sent, and
+// count as edited then.
+void QCorvel::leaveField()
+{
+    if (QWidget *field = focusWidget())
+        field->clearFocus();
+}
+
 void QCorvel::ok()
 {
     m_bClosing = true;
@@ -169,6 +177,7 @@ void QCorvel::ok()
         shutdown();
         return;
     }
+    leaveField();
     updateSettings(true);
     checkErrors();
     done(1);
@@ -185,6 +194,7 @@ void QCorvel::cancel()
     }
     {
         const SignalBracket bracket(this);
+        leaveField(); // "Cancel" takes no focus; nothing listens to the field here
         const auto restore = [this] {
             loadDataStandAlone();
             updateSettings(false);

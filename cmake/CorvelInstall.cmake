@@ -28,6 +28,9 @@ target_link_libraries(corvel_library PUBLIC Qt5::Widgets rkptp PRIVATE rkcfg rko
 # Only what the headers declare is visible, so that nothing inside meets a host's names.
 target_link_options(corvel_library PRIVATE "-Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/libcorvel.map")
 corvel_run_path(corvel_library)
+if(CORVEL_PLATFORM_DIR) # a site's own libraries are not installed beside this one
+  set_target_properties(corvel_library PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
+endif()
 
 # The headers include each other by their place in the tree, so that place is kept below include/corvel.
 set(CORVEL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/corvel")

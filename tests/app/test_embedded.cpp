@@ -105,8 +105,12 @@ private slots:
     void formatGoesToTheStore();
     void editsLeaveTheStoreAlone();
     void doneSendsTheFinalSettings();
+    void doneByNameTakesTheFieldAlong();
     void cancelGivesBackTheStored();
     void cancelInSingleFlowModeNamesEachFlow();
+    void cancelFromALockedField_data();
+    void cancelFromALockedField();
+    void escapeGivesNothingBack();
     void urlsSendsNothing();
 
 private:
@@ -410,6 +414,23 @@ void TestEmbedded::doneSendsTheFinalSettings()
     QVERIFY(m_dialog->m_bClosing && !m_dialog->isVisible());
 }
 
+// A host may call the slot while a field is being typed into: that edit comes first, locks included, and
+// nothing comes after the final settings.
+void TestEmbedded::doneByNameTakesTheFieldAlong()
+{
+    click(m_dialog->m_pCheckLockRecDstPort);
+    QLineEdit *port = m_dialog->m_pEditRecDstPort;
+    QTest::mouseClick(port, Qt::LeftButton);
+    QTest::keyClick(port, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(port, QStringLiteral("77"));
+    m_engine->taken();
+    QVERIFY(QMetaObject::invokeMethod(m_dialog.get(), "ok"));
+    QCoreApplication::processEvents();
+    const QStringList update = changed(kVideoUpdate, "port 102 ", "port 77 ");
+    QCOMPARE(m_engine->taken(),
+             fieldForAll(true, QStringLiteral("2 value 77")) + update + changed(update, "75121", "75120"));
+}
+
 // What an update of one element sends from a store whose addresses end in the number given.
 static QStringList storedUpdate(quint32 receive, quint32 send, int flow, const QString &tail, int number,
                                 const QString &layout)
@@ -511,6 +532,51 @@ void TestEmbedded::cancelInSingleFlowModeNamesEachFlow()
     m_engine->taken();
     QTest::mouseClick(m_dialog->m_pCmdCancel, Qt::LeftButton);
     QCOMPARE(m_engine->taken(), storedList());
+}
+
+// "Cancel" takes no focus, so the field loses it when the dialog is hidden, and must not count as edited
+// then: its lock would spread the last flow's value over everything that was just given back.
+void TestEmbedded::cancelFromALockedField_data()
+{
+    QTest::addColumn<QString>("control");
+    QTest::addColumn<QString>("lock");
+    QTest::newRow("address") << QStringLiteral("m_pLineRecDstAddr")
+                             << QStringLiteral("m_pCheckLockRecDstAddr");
+    QTest::newRow("port") << QStringLiteral("m_pEditRecDstPort") << QStringLiteral("m_pCheckLockRecDstPort");
+    QTest::newRow("interface") << QStringLiteral("m_pEditRecIFace")
+                               << QStringLiteral("m_pCheckLockRecDstIFace");
+}
+
+void TestEmbedded::cancelFromALockedField()
+{
+    QFETCH(QString, control);
+    QFETCH(QString, lock);
+    fillStored();
+    m_dialog->findChild<QCheckBox *>(lock)->setChecked(true);
+    click(m_dialog->m_pCheckErrs);
+    QWidget *field = m_dialog->findChild<QWidget *>(control);
+    if (const QLineAddress *address = qobject_cast<QLineAddress *>(field))
+        field = address->m_pLineEdit[3];
+    QTest::mouseClick(field, Qt::LeftButton);
+    QTest::keyClicks(field, QStringLiteral("5"));
+    QCoreApplication::processEvents();
+    QVERIFY(field->hasFocus());
+    m_engine->taken();
+    ModalAnswer answer(QStringLiteral("OK"));
+    QTest::mouseClick(m_dialog->m_pCmdCancel, Qt::LeftButton);
+    QCoreApplication::processEvents();
+    QCOMPARE(m_engine->taken(), storedList());
+    QCOMPARE(answer.shown(), 0);
+}
+
+void TestEmbedded::escapeGivesNothingBack()
+{
+    m_engine->taken();
+    QSignalSpy finished(m_dialog.get(), &QDialog::finished);
+    QTest::keyClick(m_dialog.get(), Qt::Key_Escape);
+    QCOMPARE(finished.size(), 1);
+    QCOMPARE(m_dialog->result(), 0);
+    QCOMPARE(m_engine->taken(), QStringList());
 }
 
 void TestEmbedded::urlsSendsNothing()
