@@ -58,7 +58,8 @@ apt_get() {
 site_certificates=$root/build/site-certificates.pem
 keep_site_certificates() {
   local bundle=/etc/ssl/certs/ca-certificates.crt
-  [ -f "$bundle" ] && ! dpkg-query -W ca-certificates >/dev/null 2>&1 || return 0
+  [ -f "$bundle" ] || return 0
+  [ "$(dpkg-query -W -f '${db:Status-Status}' ca-certificates 2>/dev/null)" = installed ] && return 0
   mkdir -p "$root/build" && cp "$bundle" "$site_certificates"
 }
 
