@@ -64,8 +64,8 @@ void fillStore(quint32 flows)
 
 bool isDecoration(const QWidget *widget)
 {
-    return widget->testAttribute(Qt::WA_TransparentForMouseEvents) && widget->inherits("QFrame")
-           && !widget->inherits("QLabel");
+    return widget->testAttribute(Qt::WA_TransparentForMouseEvents) && widget->inherits("QFrame") &&
+           !widget->inherits("QLabel");
 }
 
 // Controls a person reads or uses; containers and painted surfaces are left out.
@@ -75,11 +75,11 @@ QList<QWidget *> controls(const QWidget *window)
     for (QWidget *widget : window->findChildren<QWidget *>()) {
         if (!widget->isVisible() || widget->window() != window || isDecoration(widget))
             continue;
-        const bool isControl = widget->inherits("QAbstractButton") || widget->inherits("QComboBox")
-                               || widget->inherits("QLineEdit") || widget->inherits("QLabel")
-                               || widget->inherits("QTextEdit");
-        const bool isInner = widget->parentWidget()->inherits("QComboBox")
-                             || widget->objectName() == QLatin1String("qt_scrollarea_viewport");
+        const bool isControl = widget->inherits("QAbstractButton") || widget->inherits("QComboBox") ||
+                               widget->inherits("QLineEdit") || widget->inherits("QLabel") ||
+                               widget->inherits("QTextEdit");
+        const bool isInner = widget->parentWidget()->inherits("QComboBox") ||
+                             widget->objectName() == QLatin1String("qt_scrollarea_viewport");
         if (isControl && !isInner)
             found.append(widget);
     }
@@ -95,7 +95,8 @@ QString nameOf(const QWidget *widget)
 {
     const QString own = widget->objectName();
     const QString outer = widget->parentWidget() ? widget->parentWidget()->objectName() : QString();
-    return QLatin1String(widget->metaObject()->className()) + QLatin1Char(' ') + outer + QLatin1Char('/') + own;
+    return QLatin1String(widget->metaObject()->className()) + QLatin1Char(' ') + outer + QLatin1Char('/') +
+           own;
 }
 
 } // namespace
@@ -104,10 +105,7 @@ class TestLook : public QObject {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        m_store = std::make_unique<FreshStore>();
-    }
+    void init() { m_store = std::make_unique<FreshStore>(); }
     void cleanup()
     {
         m_dialog.reset();
@@ -170,7 +168,8 @@ void TestLook::checkNothingCut(QWidget *window)
                  qPrintable(QStringLiteral("%1 is outside").arg(nameOf(widget))));
         const QSize wanted = widget->inherits("QLineEdit") || widget->inherits("QTextEdit")
                                  ? QSize(0, widget->fontMetrics().height())
-                                 : widget->inherits("QComboBox") ? QSize() : widget->sizeHint();
+                             : widget->inherits("QComboBox") ? QSize()
+                                                             : widget->sizeHint();
         QVERIFY2(widget->width() >= wanted.width() && widget->height() >= widget->fontMetrics().height(),
                  qPrintable(QStringLiteral("%1 is %2x%3, wants %4x%5")
                                 .arg(nameOf(widget))
@@ -188,9 +187,9 @@ void TestLook::checkNothingCut(QWidget *window)
             for (int i = 0; i < combo->count(); ++i) {
                 const int width = combo->fontMetrics().horizontalAdvance(combo->itemText(i));
                 QVERIFY2(width <= field.width(), qPrintable(QStringLiteral("%1 cuts \"%2\": %3 of %4")
-                                                               .arg(nameOf(combo), combo->itemText(i))
-                                                               .arg(field.width())
-                                                               .arg(width)));
+                                                                .arg(nameOf(combo), combo->itemText(i))
+                                                                .arg(field.width())
+                                                                .arg(width)));
             }
         } else if (const QLineEdit *edit = qobject_cast<const QLineEdit *>(widget)) {
             const int room = edit->width() - 6;

@@ -354,7 +354,9 @@ void TestSaves::noChannelWritesNothing()
     click(m_dialog->m_pCheckRecDstAddr);
     m_dialog->m_pComboVidFormat->setCurrentIndex(5);
     m_dialog->loadData();
+    Recorder::clear();
     m_dialog->saveDataStandAlone();
+    QVERIFY(Recorder::calls().isEmpty());
     QCOMPARE(dump(), before);
     QCOMPARE(m_dialog->m_pEditRecSrcPort->text(), QStringLiteral("0"));
 }
