@@ -15,10 +15,14 @@ namespace {
 
 constexpr int kLoadedChannels = 10;
 constexpr int kSavedChannels = 1000;
-constexpr int kFlows = 8;
+constexpr int kMostFlows = 8;
 constexpr int kLineBytes = 4096;
+
 // Values of a section that the reader takes, the global one included: the interfaces stay behind.
-constexpr int kValuesPerChannel = 36 + 10 * kFlows;
+constexpr int valuesPerChannel(int flows)
+{
+    return 36 + 10 * flows;
+}
 
 // No two rounds have a value in common, apart from the override, which a file always clears.
 QString textOf(int round, int channel)
@@ -31,12 +35,12 @@ QString numberOf(int round, int channel)
     return QString::number(20000 + 2000 * (round % 10) + channel);
 }
 
-QByteArray fileText(int round, int channels)
+QByteArray fileText(int round, int channels, int flows)
 {
     const auto value = [round](const char *, bool isString, int channel) {
         return isString ? textOf(round, channel) : numberOf(round, channel);
     };
-    return writeSettingsFile(value, channels, kFlows);
+    return writeSettingsFile(value, channels, flows);
 }
 
 void writeFile(const QString &path, const QByteArray &text)
@@ -93,23 +97,34 @@ private slots:
     void cleanupTestCase() { rkCFGClose(RKCFG_DEFAULT_STORE, 1); }
 
     // 10 channels, all values changed. Goal: 30 ms.
+    void load_data() { flowRows(); }
     void load();
     // The same file once more: nothing changes.
+    void loadAgain_data() { flowRows(); }
     void loadAgain();
     // 1,000 channels. Goal: 2 s.
     void save();
 
 private:
+    static void flowRows();
     QString path(const QString &name) const { return m_home.filePath(name); }
     QTemporaryDir m_home;
 };
 
+void LoadBench::flowRows()
+{
+    QTest::addColumn<int>("flows");
+    QTest::newRow("1 audio flow") << 1;
+    QTest::newRow("8 audio flows") << kMostFlows;
+}
+
 void LoadBench::load()
 {
+    QFETCH(int, flows);
     const QString files[] = {path(QStringLiteral("even.ipp")), path(QStringLiteral("odd.ipp"))};
     for (int round = 0; round < 2; ++round)
-        writeFile(files[round], fileText(round, kLoadedChannels));
-    QCOMPARE(loadFile(files[0]), kLoadedChannels * kValuesPerChannel);
+        writeFile(files[round], fileText(round, kLoadedChannels, flows));
+    QCOMPARE(loadFile(files[0]), kLoadedChannels * valuesPerChannel(flows));
     int round = 0;
     QBENCHMARK
     {
@@ -117,13 +132,14 @@ void LoadBench::load()
         loadFile(files[round % 2]);
     }
     QCOMPARE(stored("TransmitIp", true, 9), textOf(round % 2, 9));
-    QCOMPARE(stored("ReceiveAudFlags7", false, 9), numberOf(round % 2, 9));
+    QCOMPARE(stored("ReceiveAudFlags0", false, 9), numberOf(round % 2, 9));
 }
 
 void LoadBench::loadAgain()
 {
+    QFETCH(int, flows);
     const QString file = path(QStringLiteral("again.ipp"));
-    writeFile(file, fileText(3, kLoadedChannels));
+    writeFile(file, fileText(3, kLoadedChannels, flows));
     loadFile(file);
     QBENCHMARK
     {
@@ -136,17 +152,17 @@ void LoadBench::save()
 {
     const QString file = path(QStringLiteral("large.ipp"));
     const QString copy = path(QStringLiteral("copy.ipp"));
-    writeFile(file, fileText(1, kSavedChannels));
-    QCOMPARE(loadFile(file), kSavedChannels * kValuesPerChannel);
+    writeFile(file, fileText(1, kSavedChannels, kMostFlows));
+    QCOMPARE(loadFile(file), kSavedChannels * valuesPerChannel(kMostFlows));
     QByteArray text;
     QBENCHMARK
     {
         setGlobalDword(StorePath::AvHAL, "nmosoverride", 0);
         commitStore();
-        text = writeSettingsFile(stored, kSavedChannels, kFlows);
+        text = writeSettingsFile(stored, kSavedChannels, kMostFlows);
         writeFile(copy, text);
     }
-    QCOMPARE(text.count('\n'), fileText(1, kSavedChannels).count('\n'));
+    QCOMPARE(text.count('\n'), fileText(1, kSavedChannels, kMostFlows).count('\n'));
     QVERIFY(text.contains("[channel999]\n"));
     QVERIFY(text.contains("TransmitAudIp7=" + textOf(1, 999).toLatin1() + '\n'));
 }
