@@ -399,6 +399,7 @@ void QCorvel::onChannelSettingChanged(int)
 void QCorvel::onSettingChanged()
 {
     QObject *const from = sender(); // gone as soon as the signals are disconnected
+    const SignalBracket bracket(this); // one for both of what follows: it is what an edit costs most
     checkPTP();
     updateLockedItems(from);
     updateSettings(false);
