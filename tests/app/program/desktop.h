@@ -10,7 +10,7 @@
 #include <QString>
 #include <QStringList>
 
-// Xvfb on a display number that it chooses itself.
+// Xvfb on a display number that it chooses itself. It stays as it is when its last client goes.
 class Desktop {
 public:
     Desktop();
