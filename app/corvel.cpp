@@ -52,8 +52,7 @@ double scaleOf(const QWidget *widget)
 
 } // namespace
 
-QCorvel::QCorvel(bool standAlone, QWidget *parent)
-    : QDialog(parent)
+QCorvel::QCorvel(bool standAlone, QWidget *parent) : QDialog(parent)
 {
     initResources();
     init(standAlone);
@@ -61,8 +60,7 @@ QCorvel::QCorvel(bool standAlone, QWidget *parent)
         applyStyleSheet(QStringLiteral(":/resources/default.qss"));
 }
 
-QCorvel::QCorvel(QWidget *parent)
-    : QDialog(parent)
+QCorvel::QCorvel(QWidget *parent) : QDialog(parent)
 {
     initResources();
     init(false);

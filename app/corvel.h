@@ -105,7 +105,8 @@ public:
     static bool isStandAlone();
     static double fontFactor();
 
-    // Frame: controls, combo contents, signal wiring (corvel_controls.cpp, corvel_layout.cpp, corvel_wiring.cpp)
+    // Frame: controls, combo contents, signal wiring (corvel_controls.cpp, corvel_layout.cpp,
+    // corvel_wiring.cpp)
     void initCtrls();
     void popCombos();
     void connectSignals();
@@ -424,7 +425,7 @@ private:
     QLabel *m_pUseHead[2] = {};
     int m_signalDepth = 1; // 0: connected; the dialog starts disconnected
     bool m_singleFlow = false;
-    bool m_keepNoFlow = false; // the next load leaves the flow selectors unchecked
+    bool m_keepNoFlow = false;  // the next load leaves the flow selectors unchecked
     bool m_showsErrors = false; // the error list's event loop runs
 
     friend class SignalBracket;

@@ -52,7 +52,8 @@ void QCorvel::describeControls()
     } rows[] = {
         {m_pChannel, m_pChannelLbl->text(), tr("Channel being edited")},
         {m_pConfig, tr("Named configuration"), tr("Named configuration")},
-        {m_pNmosOverride, m_pNmosOverride->text(), tr("Checked: this dialog decides. Unchecked: NMOS may change the settings")},
+        {m_pNmosOverride, m_pNmosOverride->text(),
+         tr("Checked: this dialog decides. Unchecked: NMOS may change the settings")},
         {m_pNmosOutLog, m_pNmosOutLog->text(), tr("The NMOS service writes a log file")},
         {m_pOpenNmosCfg, m_pOpenNmosCfg->text(), tr("Address, registry and domain of the NMOS node")},
         {m_pCheckErrs, m_pCheckErrs->text(), tr("Name network interfaces this machine does not have")},
@@ -64,7 +65,8 @@ void QCorvel::describeControls()
         {m_pCheckLockGroup, m_pCheckLockGroup->text(), tr("Lock or unlock all ten fields")},
         {m_pComboReceive, tr("Receive, address family"), QString()},
         {m_pComboSend, tr("Send, address family"), QString()},
-        {m_pComboPTimeRx, tr("Receive, audio packet time in microseconds"), tr("Audio packet time in \u03bcs")},
+        {m_pComboPTimeRx, tr("Receive, audio packet time in microseconds"),
+         tr("Audio packet time in \u03bcs")},
         {m_pComboPTimeTx, tr("Send, audio packet time in microseconds"), tr("Audio packet time in \u03bcs")},
         {m_pComboClkSrc, m_pClockSrcLbl->text(), QString()},
         {m_pEditGmId, tr("PTP domain"), tr("PTP domain")},
@@ -98,20 +100,13 @@ void QCorvel::setBuddies()
         QLabel *label;
         QWidget *field;
     } rows[] = {
-        {m_pChannelLbl, m_pChannel},
-        {m_pTypeLbl, m_pComboType},
-        {m_pVidFormatLbl, m_pComboVidFormat},
-        {m_pAudChanLbl, m_pComboAudChan},
-        {m_pAudFlowLbl, m_pComboAudFlow},
-        {m_pAudFlowSelectLbl, m_pAudFlowSelect[0]},
-        {m_pReceiveLbl, m_pComboReceive},
-        {m_pSendLbl, m_pComboSend},
-        {m_pPTimeLblRx, m_pComboPTimeRx},
-        {m_pPTimeLblTx, m_pComboPTimeTx},
-        {m_pClockSrcLbl, m_pComboClkSrc},
-        {m_pDomainLbl, m_pEditGmId},
-        {m_pClockMstrLbl, m_pComboClkMstr},
-        {m_pClockDomainLbl, m_pEditClockDomain},
+        {m_pChannelLbl, m_pChannel},          {m_pTypeLbl, m_pComboType},
+        {m_pVidFormatLbl, m_pComboVidFormat}, {m_pAudChanLbl, m_pComboAudChan},
+        {m_pAudFlowLbl, m_pComboAudFlow},     {m_pAudFlowSelectLbl, m_pAudFlowSelect[0]},
+        {m_pReceiveLbl, m_pComboReceive},     {m_pSendLbl, m_pComboSend},
+        {m_pPTimeLblRx, m_pComboPTimeRx},     {m_pPTimeLblTx, m_pComboPTimeTx},
+        {m_pClockSrcLbl, m_pComboClkSrc},     {m_pDomainLbl, m_pEditGmId},
+        {m_pClockMstrLbl, m_pComboClkMstr},   {m_pClockDomainLbl, m_pEditClockDomain},
     };
     for (const auto &row : rows)
         row.label->setBuddy(row.field);
@@ -122,9 +117,9 @@ void QCorvel::setTabOrders()
 {
     QVector<QWidget *> chain;
     for (QWidget *control : std::initializer_list<QWidget *>{
-             m_pChannel, m_pConfig, m_pNmosOverride, m_pNmosOutLog, m_pOpenNmosCfg, m_pCheckErrs, m_pComboType,
-             m_pComboVidFormat, m_pComboAudChan, m_pComboAudFlow, m_pAudFlowUseSingle, m_pVideoConfig,
-             m_pAudioConfig, m_pAncConfig})
+             m_pChannel, m_pConfig, m_pNmosOverride, m_pNmosOutLog, m_pOpenNmosCfg, m_pCheckErrs,
+             m_pComboType, m_pComboVidFormat, m_pComboAudChan, m_pComboAudFlow, m_pAudFlowUseSingle,
+             m_pVideoConfig, m_pAudioConfig, m_pAncConfig})
         appendFocus(chain, control);
     for (QRadioButton *flow : m_pAudFlowSelect)
         appendFocus(chain, flow);

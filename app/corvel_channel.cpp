@@ -281,8 +281,8 @@ void QCorvel::loadCommon(int channel)
 void QCorvel::lookForInterfaces()
 {
     const QString unset = QStringLiteral("1.0.0.0");
-    if (m_pEditRecIFace->address() == unset || m_pEditSndIFace->address() == unset
-        || m_pSimpleAddress->address() == unset || isTextEmpty(channelIpKeyName(0), "nmosip"))
+    if (m_pEditRecIFace->address() == unset || m_pEditSndIFace->address() == unset ||
+        m_pSimpleAddress->address() == unset || isTextEmpty(channelIpKeyName(0), "nmosip"))
         findDefaultInterface();
 }
 
@@ -398,7 +398,8 @@ void QCorvel::onChannelSettingChanged(int)
 
 void QCorvel::onSettingChanged()
 {
-    QObject *const from = sender(); // gone as soon as the signals are disconnected
+    QObject *const from = sender();    // gone as soon as the signals are disconnected
+    const SignalBracket bracket(this); // one for both of what follows: it is what an edit costs most
     checkPTP();
     updateLockedItems(from);
     updateSettings(false);
@@ -422,6 +423,4 @@ void QCorvel::onFormatChanged(int)
     commitStore();
 }
 
-void QCorvel::onItemChanged(QTreeWidgetItem *, int)
-{
-}
+void QCorvel::onItemChanged(QTreeWidgetItem *, int) {}

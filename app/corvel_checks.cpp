@@ -82,8 +82,8 @@ int QCorvel::checkErrors()
             const char *key = findChannelKey(row.element, row.side, Field::Interface)->name;
             const QString address = cfgValue(key, true, channel);
             if (!interfaceExists(address))
-                text += tr(row.label) + address
-                        + tr(" does not exist!  Please correct the adapter or setting\n");
+                text +=
+                    tr(row.label) + address + tr(" does not exist!  Please correct the adapter or setting\n");
         }
     }
     if (!text.isEmpty()) {

@@ -54,9 +54,9 @@ void QCorvel::checkPTP()
     const quint32 domain = static_cast<quint32>(m_pEditGmId->text().toInt());
     const QString grandmaster = m_pEditGmAddress->text();
 
-    const bool asRunning = rkPTPGetStatus(hPTP, 0) != RKPTP_NO_CLIENT
-                           && strcmp(interfaceAddress, m_szIPAddress) == 0 && domain == m_dwPTPDom
-                           && grandmaster == m_szMacAddr;
+    const bool asRunning = rkPTPGetStatus(hPTP, 0) != RKPTP_NO_CLIENT &&
+                           strcmp(interfaceAddress, m_szIPAddress) == 0 && domain == m_dwPTPDom &&
+                           grandmaster == m_szMacAddr;
     if (asRunning)
         return;
     memcpy(m_szIPAddress, interfaceAddress, sizeof m_szIPAddress);

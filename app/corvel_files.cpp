@@ -94,7 +94,8 @@ void QCorvel::save()
 
 QString QCorvel::settingsFilter() const
 {
-    return tr("Settings File (*.ipp);; Session Description File (*.sdp);; Text File (*.txt);; All files (*.*)");
+    return tr(
+        "Settings File (*.ipp);; Session Description File (*.sdp);; Text File (*.txt);; All files (*.*)");
 }
 
 // Saving the settings ends the override, in the store and in the file, on purpose. The flow count shown
@@ -148,10 +149,10 @@ void QCorvel::saveSdpFiles(const QString &answer)
 void QCorvel::saveElement()
 {
     const int channel = currentChannel();
-    const QString answer = QDir::toNativeSeparators(QFileDialog::getSaveFileName(
-        nullptr, tr("Save Current Element"), QString(),
-        tr("Session File(*.sdp);; Text File (*.txt);; All files (*.*)"), nullptr,
-        QFileDialog::DontUseNativeDialog));
+    const QString answer = QDir::toNativeSeparators(
+        QFileDialog::getSaveFileName(nullptr, tr("Save Current Element"), QString(),
+                                     tr("Session File(*.sdp);; Text File (*.txt);; All files (*.*)"), nullptr,
+                                     QFileDialog::DontUseNativeDialog));
     const SdpFileNames names = sdpFileNames(answer);
     const SdpInput input = sdpInput(channel);
     char grandmaster[64] = {}; // asked for with the identifier, not part of the text

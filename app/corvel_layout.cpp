@@ -266,8 +266,8 @@ void QCorvel::layoutClockBlock()
 {
     QFrame *card = newSurface(m_pFullPage, "clockCard");
     m_pFullLayout->addWidget(card, kClockRow, LabelColumn, 4, 3);
-    for (QWidget *field : std::initializer_list<QWidget *>{m_pComboClkSrc, m_pEditGmId, m_pUseGmId,
-                                                           m_pEditGmAddress, m_pComboClkMstr, m_pEditClockDomain})
+    for (QWidget *field : std::initializer_list<QWidget *>{
+             m_pComboClkSrc, m_pEditGmId, m_pUseGmId, m_pEditGmAddress, m_pComboClkMstr, m_pEditClockDomain})
         field->setFixedHeight(px(kField));
     m_pEditGmId->setFixedWidth(px(52));
     m_pEditGmId->setAlignment(Qt::AlignCenter);
@@ -283,7 +283,9 @@ void QCorvel::layoutClockBlock()
     const struct {
         QLabel *label;
         QLineEdit *edit;
-    } lines[] = {{nullptr, m_pEditGmAddress}, {m_pClockMstrLbl, m_pComboClkMstr}, {m_pClockDomainLbl, m_pEditClockDomain}};
+    } lines[] = {{nullptr, m_pEditGmAddress},
+                 {m_pClockMstrLbl, m_pComboClkMstr},
+                 {m_pClockDomainLbl, m_pEditClockDomain}};
     int row = kClockRow + 1;
     for (const auto &line : lines) {
         QHBoxLayout *cell = newRow(0);

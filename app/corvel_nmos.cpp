@@ -115,7 +115,8 @@ void QCorvel::onBoardSettingChanged(bool value)
     QVBoxLayout *column = new QVBoxLayout(&confirmation);
     column->setContentsMargins(10, 10, 10, 10);
     column->setSpacing(10);
-    QLabel *question = new QLabel(tr("Using NMOS may over write your current settings. Continue?"), &confirmation);
+    QLabel *question =
+        new QLabel(tr("Using NMOS may over write your current settings. Continue?"), &confirmation);
     QFont questionFont = font();
     questionFont.setPointSize(10);
     question->setObjectName(QStringLiteral("m_pNmosQuestion"));
@@ -238,22 +239,12 @@ void NmosThread::run()
     nmosInitNode();
 }
 
-void QCorvel::restartNmos()
-{
-}
+void QCorvel::restartNmos() {}
 
-void QCorvel::asyncPopulateSenders()
-{
-}
+void QCorvel::asyncPopulateSenders() {}
 
-void QCorvel::onMdnsDeviceFound(QString, QUrl, QJsonDocument)
-{
-}
+void QCorvel::onMdnsDeviceFound(QString, QUrl, QJsonDocument) {}
 
-void QCorvel::onMdnsConnect()
-{
-}
+void QCorvel::onMdnsConnect() {}
 
-void QCorvel::onNmosThreadReady(int)
-{
-}
+void QCorvel::onNmosThreadReady(int) {}

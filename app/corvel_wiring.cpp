@@ -73,8 +73,8 @@ void QCorvel::wire(bool on)
 
     // An address saves when it changed and again when it is left: some keys change an octet without
     // addressChanged. An interface checks and stores itself, each signal with its own slot.
-    for (QLineAddress *address : {m_pLineRecSrcAddr, m_pLineRecDstAddr, m_pLineSndSrcAddr, m_pLineSndDstAddr,
-                                  m_pSimpleAddress}) {
+    for (QLineAddress *address :
+         {m_pLineRecSrcAddr, m_pLineRecDstAddr, m_pLineSndSrcAddr, m_pLineSndDstAddr, m_pSimpleAddress}) {
         link(on, address, &QLineAddress::addressChanged, this, setting);
         link(on, address, &QLineAddress::processReturn, this, setting);
     }

@@ -103,10 +103,10 @@ int main(int argc, char **argv)
     QProcess server;
     if (qEnvironmentVariableIsEmpty("DISPLAY")) {
         server.setProcessChannelMode(QProcess::SeparateChannels);
-        server.start(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QStringLiteral("1"),
-                                              QStringLiteral("-screen"), QStringLiteral("0"),
-                                              QStringLiteral("1280x1024x24"), QStringLiteral("-nolisten"),
-                                              QStringLiteral("tcp")});
+        server.start(QStringLiteral("Xvfb"),
+                     {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                      QStringLiteral("0"), QStringLiteral("1280x1024x24"), QStringLiteral("-nolisten"),
+                      QStringLiteral("tcp")});
         server.waitForReadyRead();
         qputenv("DISPLAY", ':' + server.readAllStandardOutput().trimmed());
     }
@@ -128,10 +128,9 @@ int main(int argc, char **argv)
         out << QString::asprintf("%-14s %10.1f %7.2f %15.0f\n", program.name, median(program.startMs),
                                  program.cpuPercent, program.anonKiB);
     }
-    out << QString::asprintf("ratio, more    %10.2f %7.2f %+15.0f\n",
-                             median(programs[1].startMs) / median(programs[0].startMs),
-                             programs[1].cpuPercent / programs[0].cpuPercent,
-                             programs[1].anonKiB - programs[0].anonKiB);
+    out << QString::asprintf(
+        "ratio, more    %10.2f %7.2f %+15.0f\n", median(programs[1].startMs) / median(programs[0].startMs),
+        programs[1].cpuPercent / programs[0].cpuPercent, programs[1].anonKiB - programs[0].anonKiB);
     out.flush();
     if (server.state() == QProcess::Running) {
         server.terminate();

@@ -24,7 +24,8 @@ private slots:
         dialog.show();
         dialog.m_pNmosOverride->setChecked(true);
         int port = 20000;
-        QBENCHMARK {
+        QBENCHMARK
+        {
             dialog.m_pEditRecDstPort->setText(QString::number(port++ % 60000));
             QMetaObject::invokeMethod(&dialog, "onSettingChanged");
         }
@@ -35,7 +36,8 @@ private slots:
         QCorvel dialog(true, nullptr);
         dialog.show();
         int channel = 0;
-        QBENCHMARK {
+        QBENCHMARK
+        {
             dialog.m_pChannel->setCurrentIndex(++channel % 4);
         }
     }

@@ -40,15 +40,18 @@ target_compile_definitions(corvel_qt_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_CAST_FROM_BYTEARRAY
   QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_NO_FOREACH QT_DEPRECATED_WARNINGS)
 
-# corvel_run_path(TARGET): relative run paths in the build tree and when installed. A site's own platform
-# libraries are found where CMake was pointed at.
+# corvel_run_path(TARGET): one relative run path for the build tree and the installed one; two of them, and
+# CMake pads the shorter with an empty entry, which the loader takes for the current folder. A site's own
+# platform libraries are found where CMake was pointed at.
 function(corvel_run_path target)
   get_target_property(type ${target} TYPE)
   if(type STREQUAL "SHARED_LIBRARY")
-    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN")
+    set(path "$ORIGIN")
   else()
-    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    set(path "$ORIGIN/../lib" "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    list(REMOVE_DUPLICATES path)
   endif()
+  set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "${path}")
   if(CORVEL_PLATFORM_DIR)
     set_target_properties(${target} PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
   endif()

@@ -52,6 +52,7 @@ private slots:
     void choosingSwitches();
     void whatWasTypedBeforeIsKept();
     void theChannelListStays();
+    void anotherProgramSwitches();
     void anEmbeddedDialogHasNone();
 
 private:
@@ -161,6 +162,25 @@ void TestConfigs::theChannelListStays()
     m_dialog->m_pConfig->setCurrentIndex(m_dialog->m_pConfig->findText(QStringLiteral("big")));
     QCOMPARE(m_dialog->m_pChannel->count(), 4);
     QCOMPARE(m_dialog->m_pChannel->currentIndex(), 2);
+}
+
+// Edits go to the configuration in use. One that was switched by another program is shown as soon as the
+// window comes to the front again, so that no old value is ever saved into it.
+void TestConfigs::anotherProgramSwitches()
+{
+    makeConfiguration("other", QStringLiteral("10.7.7.7"));
+    open();
+    QCOMPARE(m_dialog->m_pConfig->currentText(), QStringLiteral("default"));
+    QDialog front;
+    show(&front);
+    tool({QStringLiteral("default"), QStringLiteral("other")});
+    const QByteArray before = dump();
+    front.close();
+    show(m_dialog.get());
+    QTRY_COMPARE(m_dialog->m_pConfig->currentText(), QStringLiteral("other"));
+    QCOMPARE(m_dialog->m_pLineRecDstAddr->address(), QStringLiteral("10.7.7.7"));
+    QCOMPARE(dump(), before);
+    QCOMPARE(defaultName(), QStringLiteral("other"));
 }
 
 void TestConfigs::anEmbeddedDialogHasNone()

@@ -148,7 +148,7 @@ void TestFileCases::loadOfWhatIsNoFile()
 void TestFileCases::longNames_data()
 {
     QTest::addColumn<int>("length");
-    for (const int length : {255, 1000, 4000, 4095, 4096, 5000, 20000})
+    for (const int length : {255, 4000, 4096, 20000})
         QTest::newRow(qPrintable(QString::number(length))) << length;
 }
 

@@ -75,8 +75,7 @@ inline void choose(QComboBox *combo, quint32 data)
 // asks for wasShown afterwards.
 class ModalAnswer : public QObject {
 public:
-    explicit ModalAnswer(const QString &button)
-        : m_button(button)
+    explicit ModalAnswer(const QString &button) : m_button(button)
     {
         m_timer.setInterval(5);
         connect(&m_timer, &QTimer::timeout, this, &ModalAnswer::look);
@@ -117,13 +116,13 @@ private:
 
 // A main() that dresses the application as the program does.
 #define CORVEL_DIALOG_TEST_MAIN(Class)                                                                       \
-    int main(int argc, char **argv)                                                                         \
-    {                                                                                                       \
-        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs, true);                                  \
-        QApplication application(argc, argv);                                                               \
-        useCorvelAppearance(application);                                                                   \
-        Class test;                                                                                         \
-        return QTest::qExec(&test, argc, argv);                                                             \
+    int main(int argc, char **argv)                                                                          \
+    {                                                                                                        \
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs, true);                                   \
+        QApplication application(argc, argv);                                                                \
+        useCorvelAppearance(application);                                                                    \
+        Class test;                                                                                          \
+        return QTest::qExec(&test, argc, argv);                                                              \
     }
 
 #endif
