@@ -24,7 +24,8 @@ Desktop::Desktop()
     m_server.start(QStringLiteral("Xvfb"),
                    {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
                     QStringLiteral("0"), QStringLiteral("1280x1024x24"), QStringLiteral("-dpi"),
-                    QStringLiteral("96"), QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+                    QStringLiteral("96"), QStringLiteral("-noreset"), QStringLiteral("-nolisten"),
+                    QStringLiteral("tcp")});
     QByteArray number;
     while (!number.endsWith('\n') && m_server.waitForReadyRead(kPatienceMs))
         number += m_server.readAllStandardOutput();
