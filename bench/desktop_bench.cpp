@@ -105,8 +105,8 @@ int main(int argc, char **argv)
         server.setProcessChannelMode(QProcess::SeparateChannels);
         server.start(QStringLiteral("Xvfb"),
                      {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                      QStringLiteral("0"), QStringLiteral("1280x1024x24"), QStringLiteral("-nolisten"),
-                      QStringLiteral("tcp")});
+                      QStringLiteral("0"), QStringLiteral("1280x1024x24"), QStringLiteral("-noreset"),
+                      QStringLiteral("-nolisten"), QStringLiteral("tcp")});
         server.waitForReadyRead();
         qputenv("DISPLAY", ':' + server.readAllStandardOutput().trimmed());
     }
