@@ -3,6 +3,7 @@
 // Validation: do the network interfaces that the channel names exist on this machine? And the three ways
 // of closing.
 #include "app/corvel.h"
+#include "app/localinterface.h"
 #include "channel/channelstore.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
@@ -11,12 +12,6 @@
 #include <QComboBox>
 #include <QRadioButton>
 #include <QTextEdit>
-
-#include <arpa/inet.h>
-#include <ifaddrs.h>
-#include <netinet/in.h>
-
-#include <memory>
 
 namespace {
 
@@ -42,33 +37,7 @@ bool interfaceExists(const QString &address)
     return rkOSIPExists(address.toUtf8().constData()) != 0;
 }
 
-// The IPv4 addresses of this machine's interfaces, each noted in the log; empty when they cannot be read.
-QStringList interfaceAddresses()
-{
-    QStringList addresses;
-    ifaddrs *first = nullptr;
-    if (getifaddrs(&first) != 0)
-        return addresses;
-    const std::unique_ptr<ifaddrs, void (*)(ifaddrs *)> owner(first, freeifaddrs);
-    for (const ifaddrs *entry = first; entry; entry = entry->ifa_next) {
-        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET)
-            continue;
-        sockaddr_in address;
-        memcpy(&address, entry->ifa_addr, sizeof address);
-        addresses.append(QString::fromLatin1(inet_ntoa(address.sin_addr)));
-    }
-    return addresses;
-}
-
 } // namespace
-
-bool isLocalInterface(const QString &address)
-{
-    const QStringList addresses = interfaceAddresses();
-    for (const QString &known : addresses)
-        qDebug("interface %s", qPrintable(known));
-    return addresses.contains(address);
-}
 
 // Reports, never corrects. Runs only while NMOS is overridden: otherwise NMOS decides the interfaces.
 int QCorvel::checkErrors()

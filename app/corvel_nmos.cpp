@@ -3,6 +3,7 @@
 // NMOS link: the node's connection settings, the override switch, and session descriptions pushed from
 // outside. The node itself runs in a service of its own; it hears of a change by a named event.
 #include "app/corvel.h"
+#include "app/localinterface.h"
 #include "app/nmosthread.h"
 #include "channel/channelstore.h"
 #include "rkos.h"
@@ -22,8 +23,6 @@
 #include <cstdlib>
 #include <malloc.h>
 #include <memory>
-
-bool isLocalInterface(const QString &address); // corvel_checks.cpp
 
 namespace {
 
