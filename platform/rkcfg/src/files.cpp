@@ -159,19 +159,17 @@ bool onNetwork(const std::string &folder)
 bool FolderLock::open(const std::string &folder)
 {
     const std::string path = folder + lockName;
-    if (m_file.valid() && m_path == path && stillThere())
+    if (m_file.valid() && m_path == path)
         return true;
     m_path = path;
     m_file.reset(openRetrying(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW, privateFileMode));
-    return m_file.valid();
+    m_opened.exists = m_file.valid() && fstat(m_file.get(), &m_opened.info) == 0;
+    return m_opened.exists;
 }
 
 bool FolderLock::stillThere() const
 {
-    struct stat ours {};
-    const FileState there = fileState(m_path);
-    return fstat(m_file.get(), &ours) == 0 && there.exists && ours.st_dev == there.info.st_dev &&
-           ours.st_ino == there.info.st_ino;
+    return m_opened.exists && fileState(m_path).sameFile(m_opened);
 }
 
 FolderLock::Outcome FolderLock::acquire(const std::string &folder, Kind kind, int timeoutMs)
@@ -182,15 +180,16 @@ FolderLock::Outcome FolderLock::acquire(const std::string &folder, Kind kind, in
     for (;;) {
         if (!open(folder))
             return Outcome::Unavailable;
-        if (flock(m_file.get(), operation) == 0) {
-            // Somebody may have removed the file while we waited; then the lock guards nothing.
-            if (stillThere())
-                return Outcome::Held;
+        const bool locked = flock(m_file.get(), operation) == 0;
+        if (!locked && errno != EWOULDBLOCK && errno != EINTR)
+            return Outcome::Unavailable;
+        // Somebody may have removed the file; then it guards nothing, whoever has it locked.
+        if (!stillThere()) {
             m_file.reset();
             continue;
         }
-        if (errno != EWOULDBLOCK && errno != EINTR)
-            return Outcome::Unavailable;
+        if (locked)
+            return Outcome::Held;
         if (elapsedMs(start) >= timeoutMs)
             return Outcome::Busy;
         const timespec pause{0, lockPollNs};

@@ -84,6 +84,7 @@ private:
     bool stillThere() const;
 
     Descriptor m_file;
+    FileState m_opened;
     std::string m_path;
 };
 

@@ -31,6 +31,7 @@ private slots:
     void waitsForAnotherWriter();
     void givesUpOnAStuckWriter();
     void stuckRepairerIsNotWaitedForForever();
+    void removedLockFileHoldsNobodyUp();
     void threadsShareTheStore();
     void childAfterForkHasItsOwn();
     void childHoldsRealLocks();
@@ -270,6 +271,25 @@ void TestRkcfgProcesses::stuckRepairerIsNotWaitedForForever()
     QVERIFY(holder.waitForFinished());
     QVERIFY(putNumber("p", "n", 2));
     QCOMPARE(save(), 0);
+}
+
+// Whoever still has the removed file locked keeps nobody out, and a new one lies in its place.
+void TestRkcfgProcesses::removedLockFileHoldsNobodyUp()
+{
+    putNumber("p", "n", 1);
+    const QString lock = m_home->path(QStringLiteral(".rkcfg-lock"));
+    QProcess holder;
+    holder.start(QStringLiteral("flock"),
+                 {lock, QStringLiteral("sh"), QStringLiteral("-c"), QStringLiteral("echo; read x")});
+    QVERIFY(holder.waitForReadyRead());
+    QVERIFY(QFile::remove(lock));
+    QVERIFY(putNumber("p", "n", 2));
+    QVERIFY(QFile::exists(lock));
+    QCOMPARE(number("p", "n"), 2u);
+    QCOMPARE(save(), 0);
+    QCOMPARE(takeLog(), QStringList());
+    holder.closeWriteChannel();
+    QVERIFY(holder.waitForFinished());
 }
 
 void TestRkcfgProcesses::threadsShareTheStore()
