@@ -403,7 +403,6 @@ private:
     void leaveField();
 
     // Clock status (corvel_clock.cpp)
-    void showClock(const char *info, const char *time);
     void showSoftwareClock();
     void showHardwareClock();
     void showSystemClock();

@@ -4,6 +4,7 @@
 // milliseconds by ten milliseconds.
 #include "app/corvel.h"
 #include "app/digitgroups.h"
+#include "channel/channelstore.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
 
@@ -51,7 +52,7 @@ void QCorvel::checkPTP()
         address = m_pEditRecIFace->address();
     char interfaceAddress[sizeof m_szIPAddress];
     qstrncpy(interfaceAddress, address.toLatin1().constData(), sizeof interfaceAddress);
-    const quint32 domain = static_cast<quint32>(m_pEditGmId->text().toInt());
+    const quint32 domain = toDword(m_pEditGmId->text()); // the number that is stored for it
     const QString grandmaster = m_pEditGmAddress->text();
 
     const bool asRunning = rkPTPGetStatus(hPTP, 0) != RKPTP_NO_CLIENT &&
@@ -82,12 +83,6 @@ void QCorvel::timerEvent(QTimerEvent *)
     }
 }
 
-void QCorvel::showClock(const char *info, const char *time)
-{
-    showLine(m_pComboClkMstr, info);
-    showLine(m_pEditClockDomain, time);
-}
-
 void QCorvel::showSoftwareClock()
 {
     char portId[kTextBytes] = {};
@@ -100,22 +95,24 @@ void QCorvel::showSoftwareClock()
     rkPTPGetVersion(hPTP, version);
     char info[kLineBytes];
     snprintf(info, sizeof info, "%s D:%s %s", version, domain, portId);
+    showLine(m_pComboClkMstr, info);
 
     uint64_t seconds = 0;
     uint32_t nanoseconds = 0;
-    int64_t offset = 0;
     rkPTPGetTime_Nano(hPTP, &seconds, &nanoseconds);
-    rkPTPGetOffset_Nano(hPTP, &offset);
     char date[kTextBytes] = {};
     char time[kTextBytes] = {};
     rkOSGetEpochDateTimeString(seconds, date, time, nanoseconds, kPtpTimeFormat);
+    int64_t offset = 0;
+    rkPTPGetOffset_Nano(hPTP, &offset);
     char line[kLineBytes];
     snprintf(line, sizeof line, "%s %s (%s ns)", date, time, digitGroups(offset).constData());
-    showClock(info, line);
+    showLine(m_pEditClockDomain, line);
 }
 
 void QCorvel::showHardwareClock()
 {
+    showLine(m_pComboClkMstr, "Hardware/GMT Time");
     const quint64 now = rkOSGetTimePTPNano();
     char date[kTextBytes] = {};
     char time[kTextBytes] = {};
@@ -123,17 +120,18 @@ void QCorvel::showHardwareClock()
                                kPtpTimeFormat);
     char line[kLineBytes];
     snprintf(line, sizeof line, "%s %s ", date, time);
-    showClock("Hardware/GMT Time", line);
+    showLine(m_pEditClockDomain, line);
 }
 
 void QCorvel::showSystemClock()
 {
+    showLine(m_pComboClkMstr, "GMT Time");
     char date[kTextBytes] = {};
     char time[kTextBytes] = {};
     rkOSGetDateTimeString(date, time, kSystemTimeFormat);
     char line[kLineBytes];
     snprintf(line, sizeof line, "%s %s ", date, time);
-    showClock("GMT Time", line);
+    showLine(m_pEditClockDomain, line);
 }
 
 void QCorvel::onUseGmId(bool checked)

@@ -28,6 +28,20 @@ const SaveStep kInterfaces[] = {
     {Side::Receive, Field::Interface},
     {Side::Send,    Field::Interface},
 };
+
+// The order in which "lock all" sets the boxes.
+const SaveStep kGroupOrder[] = {
+    {Side::Receive, Field::SourceAddress},
+    {Side::Receive, Field::SourcePort},
+    {Side::Receive, Field::DestinationPort},
+    {Side::Receive, Field::DestinationAddress},
+    {Side::Receive, Field::Interface},
+    {Side::Send,    Field::SourceAddress},
+    {Side::Send,    Field::SourcePort},
+    {Side::Send,    Field::DestinationAddress},
+    {Side::Send,    Field::DestinationPort},
+    {Side::Send,    Field::Interface},
+};
 // clang-format on
 
 } // namespace
@@ -76,8 +90,8 @@ void QCorvel::onLockGroup(bool)
     QObject *const from = sender();
     {
         const SignalBracket bracket(this);
-        for (const NetworkField &field : qAsConst(m_fields))
-            field.lock->setChecked(m_pCheckLockGroup->isChecked());
+        for (const SaveStep &step : kGroupOrder)
+            networkField(step.side, step.field).lock->setChecked(m_pCheckLockGroup->isChecked());
     }
     recordLocks(from);
 }

@@ -163,7 +163,7 @@ void QCorvel::toggleNmosLog(bool on)
 // purpose.
 void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
 {
-    const HeapBlock block(sdp, std::free);
+    HeapBlock block(sdp, std::free);
     // A length beyond the block's end would read what is none of the sender's.
     const bool fits = sdp && size >= 0 && static_cast<size_t>(size) <= malloc_usable_size(sdp);
     if (!fits || channel < 0 || channel >= m_pChannel->count()) {
@@ -180,7 +180,9 @@ void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
     if (channel < kFlowCount)
         m_szNmosTxRx[channel] = isSender ? 't' : 'r';
     const QByteArray path = descriptionPath();
-    if (!path.isEmpty() && writeDescription(path.constData(), sdp, size)) {
+    const bool written = !path.isEmpty() && writeDescription(path.constData(), sdp, size);
+    block.reset();
+    if (written) {
         const quint64 file = rkOSCreateFile(path.constData(), RKOS_GENERIC_READ, RKOS_SHARE_READ, nullptr,
                                             RKOS_OPEN_EXISTING, RKOS_ATTRIBUTE_NORMAL, nullptr);
         if (file != RKOS_INVALID_HANDLE) {

@@ -11,11 +11,51 @@
 #include <QDateTime>
 #include <QRegularExpression>
 
+#include <dlfcn.h>
 #include <limits>
 #include <memory>
 
 using namespace DialogTest;
 using namespace StoreTest;
+
+// How the clock was asked for and formatted last, and the hardware's time when a test sets it. The real
+// functions do the work.
+static struct {
+    quint64 seconds;
+    quint32 nanoseconds;
+    quint32 flags;
+    quint64 hardware;
+    QString infoThen; // what the information line showed at that moment
+    QLineEdit *info;
+} asked;
+
+template<class Function>
+static Function *real(Function *, const char *name)
+{
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+extern "C" int rkOSGetEpochDateTimeString(uint64_t seconds, char *date, char *time, uint32_t nanoseconds,
+                                          uint32_t flags)
+{
+    asked.seconds = seconds;
+    asked.nanoseconds = nanoseconds;
+    asked.flags = flags;
+    asked.infoThen = asked.info ? asked.info->text() : QString();
+    return real(rkOSGetEpochDateTimeString, "rkOSGetEpochDateTimeString")(seconds, date, time, nanoseconds,
+                                                                          flags);
+}
+
+extern "C" int rkOSGetDateTimeString(char *date, char *time, uint32_t flags)
+{
+    asked.flags = flags;
+    return real(rkOSGetDateTimeString, "rkOSGetDateTimeString")(date, time, flags);
+}
+
+extern "C" uint64_t rkOSGetTimePTPNano(void)
+{
+    return asked.hardware ? asked.hardware : real(rkOSGetTimePTPNano, "rkOSGetTimePTPNano")();
+}
 
 namespace {
 
@@ -40,6 +80,8 @@ private slots:
     void theSourceComesBack();
     void aChangedDomainStartsAnew();
     void aDomainThatIsNoNumberIsZero();
+    void theClientGetsTheStoredDomain_data();
+    void theClientGetsTheStoredDomain();
     void aChangedGrandmasterStartsAnew();
     void theGrandmasterBoxDoesNotMatter();
     void interface_data();
@@ -53,10 +95,12 @@ private slots:
     void softwareLines();
     void offsetNotDelivered();
     void hardwareLines();
+    void hardwareTimeIsSplit();
     void systemLines_data();
     void systemLines();
     void nothingFoundAtFirst();
     void theTimerRunsEveryTenMilliseconds();
+    void whatDidNotChangeIsLeftAlone();
     void longTextsAreCut();
     void grouping_data();
     void grouping();
@@ -77,6 +121,7 @@ void TestClock::init()
 {
     m_store = std::make_unique<FreshStore>();
     ptpClient() = PtpClient();
+    asked = {};
     setGlobalDword(StorePath::AvHAL, "nmosoverride", 1);
     put(0, "VideoType", 1);
     put(0, "ClockDomain", 0);
@@ -133,6 +178,8 @@ void TestClock::anotherSourceEndsItAtOnce()
     for (const QByteArray &call : ptpClient().take())
         QCOMPARE(call, QByteArray("end"));
     QCOMPARE(m_dialog->m_szMacAddr, QStringLiteral("00-1D-C1")); // what it was told stays
+    QCOMPARE(QByteArray(m_dialog->m_szIPAddress), QByteArray("10.0.0.2"));
+    QCOMPARE(m_dialog->m_dwPTPDom, 0u);
     tick();
     QCOMPARE(m_dialog->m_pComboClkMstr->text(), QStringLiteral("GMT Time"));
 }
@@ -164,6 +211,27 @@ void TestClock::aDomainThatIsNoNumberIsZero()
     ptpClient().take();
     typeText(m_dialog->m_pEditGmId, QStringLiteral("abc"));
     QCOMPARE(ptpClient().take(), started("10.0.0.2", "0", "00-1D-C1"));
+}
+
+void TestClock::theClientGetsTheStoredDomain_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<quint32>("domain");
+    QTest::newRow("negative") << QStringLiteral("-1") << 0u;
+    QTest::newRow("blanks") << QStringLiteral(" 42 ") << 42u;
+    QTest::newRow("beyond a signed number") << QStringLiteral("3000000000") << 3000000000u;
+}
+
+void TestClock::theClientGetsTheStoredDomain()
+{
+    QFETCH(QString, typed);
+    QFETCH(quint32, domain);
+    put(0, "ClockDomain", 5);
+    open(65536);
+    ptpClient().take();
+    typeText(m_dialog->m_pEditGmId, typed);
+    QCOMPARE(ptpClient().take(), started("10.0.0.2", QByteArray::number(domain).constData(), "00-1D-C1"));
+    QCOMPARE(number(0, "ClockDomain"), domain);
 }
 
 void TestClock::aChangedGrandmasterStartsAnew()
@@ -280,8 +348,15 @@ void TestClock::softwareLines()
     client.nanoseconds = 123456789;
     client.offset_ns = -1234567;
     open(65536);
+    asked.info = m_dialog->m_pComboClkMstr;
     tick();
     QCOMPARE(m_dialog->m_pComboClkMstr->text(), QStringLiteral("2.1 D:127 001dc1fffe123456-1"));
+    QCOMPARE(asked.seconds, quint64(1700000000));
+    QCOMPARE(asked.nanoseconds, 123456789u);
+    QCOMPARE(asked.flags, 2163200u);
+    QCOMPARE(asked.infoThen, m_dialog->m_pComboClkMstr->text()); // the information comes first
+    QVERIFY(client.addressAsked);
+    asked.info = nullptr;
     char date[64] = {};
     char time[64] = {};
     rkOSGetEpochDateTimeString(1700000000, date, time, 123456789, 2163200);
@@ -316,6 +391,19 @@ void TestClock::hardwareLines()
     QVERIFY(shown.toSecsSinceEpoch() >= qint64(before));
 }
 
+void TestClock::hardwareTimeIsSplit()
+{
+    asked.hardware = 1700000000ull * 1000000000 + 7;
+    open(131072);
+    asked.info = m_dialog->m_pComboClkMstr;
+    tick();
+    QCOMPARE(asked.seconds, quint64(1700000000));
+    QCOMPARE(asked.nanoseconds, 7u);
+    QCOMPARE(asked.flags, 2163200u);
+    QCOMPARE(asked.infoThen, QStringLiteral("Hardware/GMT Time"));
+    asked.info = nullptr;
+}
+
 void TestClock::systemLines_data()
 {
     QTest::addColumn<quint32>("source");
@@ -329,6 +417,7 @@ void TestClock::systemLines()
     open(source);
     tick();
     QCOMPARE(m_dialog->m_pComboClkMstr->text(), QStringLiteral("GMT Time"));
+    QCOMPARE(asked.flags, 65664u);
     static const QRegularExpression form(
         QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} $"));
     const QString line = m_dialog->m_pEditClockDomain->text();
@@ -357,6 +446,22 @@ void TestClock::theTimerRunsEveryTenMilliseconds()
     QCOMPARE(timers.size(), 1);
     QCOMPARE(timers.first().interval, 10);
     QCOMPARE(timers.first().timerId, m_dialog->timerId);
+}
+
+// What somebody marked to copy it stays marked while the line reads the same.
+void TestClock::whatDidNotChangeIsLeftAlone()
+{
+    ptpClient().version = "2";
+    open(65536);
+    tick();
+    for (QLineEdit *line : {m_dialog->m_pComboClkMstr, m_dialog->m_pEditClockDomain})
+        line->selectAll();
+    tick();
+    QVERIFY(m_dialog->m_pComboClkMstr->hasSelectedText());
+    QVERIFY(m_dialog->m_pEditClockDomain->hasSelectedText());
+    ptpClient().version = "3";
+    tick();
+    QVERIFY(!m_dialog->m_pComboClkMstr->hasSelectedText());
 }
 
 void TestClock::longTextsAreCut()

@@ -367,8 +367,16 @@ void TestFrame::callEndsTheProcess()
     QVERIFY(child.waitForFinished());
     QCOMPARE(child.exitStatus(), QProcess::NormalExit);
     QCOMPARE(child.exitCode(), 0);
+    QVERIFY(child.readAllStandardOutput().endsWith("ptp end\n")); // "Cancel" has loaded before
     QCOMPARE(number(0, "ReceiveSourcePort"), saves ? 4711u : 0u);
     QCOMPARE(hasNumber("KWX\\Internal0\\IpConfig", "VideoType"), saves);
+}
+
+// What the end of the process left of the clock's client.
+static void tellEndOfClient()
+{
+    for (const QByteArray &call : Recorder::callsOf("ptp"))
+        puts(call.constData());
 }
 
 // The child: a port that was set without a signal, then the call.
@@ -376,6 +384,8 @@ void TestFrame::callEndsTheProcess()
 {
     QCorvel dialog(true, nullptr);
     dialog.m_pEditRecSrcPort->setText(QStringLiteral("4711"));
+    Recorder::clear();
+    atexit(tellEndOfClient);
     QMetaObject::invokeMethod(&dialog, call.constData());
     if (call == "shutdown")
         dialog.shutdown();

@@ -2,6 +2,7 @@
 //
 // Locks: a locked field is one for all elements of its channel. What a lock did is read by a second
 // process.
+#include "fake/recorder.h"
 #include "support/dialog.h"
 #include "support/snapshot.h"
 
@@ -93,6 +94,17 @@ Snapshot tied(const Lockable &row, int channel, const QString &value)
     return values;
 }
 
+// The writes that copy one field, in their order: flow 0 once more before all flows.
+QByteArrayList copies(const Lockable &row, const QByteArray &value)
+{
+    QByteArrayList writes{row.audio + QByteArrayLiteral("0=") + value};
+    for (int flow = 0; flow < kFlowCount; ++flow)
+        writes.append(row.audio + QByteArray::number(flow) + '=' + value);
+    writes.append(row.anc + QByteArrayLiteral("=") + value);
+    writes.append(row.video + QByteArrayLiteral("=") + value);
+    return writes;
+}
+
 } // namespace
 
 class TestLocks : public QObject {
@@ -110,9 +122,12 @@ private slots:
     void anUnlockedEditStaysWithItsElement();
     void settingALockCopiesAtOnce_data() { fields(); }
     void settingALockCopiesAtOnce();
+    void aCopyKeepsItsOrder_data() { fields(); }
+    void aCopyKeepsItsOrder();
     void clearingALockCopiesNothing();
     void anInterfaceLockCopiesNothing();
     void lockAllCopiesEightFields();
+    void lockAllKeepsItsOrder();
     void lockAllClearedCopiesNothing();
     void everyChannelKeepsItsOwnLocks();
     void switchingChannelsWritesNothing();
@@ -267,6 +282,18 @@ void TestLocks::settingALockCopiesAtOnce()
     QCOMPARE(changes(before, snapshot()), expected);
 }
 
+void TestLocks::aCopyKeepsItsOrder()
+{
+    QFETCH(int, index);
+    const Lockable &row = kLockable[index];
+    const QByteArray value =
+        row.isText ? text(kChannel, row.video).toLatin1() : QByteArray::number(number(kChannel, row.video));
+    Recorder::clear();
+    click(lockBox(row));
+    QCOMPARE(Recorder::calls(), copies(row, value) + QByteArrayList{"save"});
+    QCOMPARE(Recorder::lastChannel(), kChannel);
+}
+
 void TestLocks::clearingALockCopiesNothing()
 {
     click(m_dialog->m_pCheckLockRecDstAddr);
@@ -310,6 +337,29 @@ void TestLocks::lockAllCopiesEightFields()
     for (const QCheckBox *box : lockBoxes())
         QVERIFY2(box->isChecked(), qPrintable(box->objectName()));
     QVERIFY(m_dialog->m_LockValues.value(QStringLiteral("TransmitSourcePort2")));
+}
+
+// The boxes in their order, then the fields in theirs, and one commit for all.
+void TestLocks::lockAllKeepsItsOrder()
+{
+    QStringList set;
+    for (QCheckBox *box : lockBoxes()) {
+        box->setChecked(false);
+        connect(box, &QCheckBox::toggled, this, [&set, box] { set.append(box->objectName()); });
+    }
+    QByteArrayList expected;
+    for (const Lockable &row : kLockable) {
+        expected += copies(row, row.isText ? text(kChannel, row.video).toLatin1()
+                                           : QByteArray::number(number(kChannel, row.video)));
+    }
+    Recorder::clear();
+    click(m_dialog->m_pCheckLockGroup);
+    QCOMPARE(Recorder::calls(), expected + QByteArrayList{"save"});
+    QStringList boxes;
+    for (const char *field : {"RecSrcAddr", "RecSrcPort", "RecDstPort", "RecDstAddr", "RecDstIFace",
+                              "SndSrcAddr", "SndSrcPort", "SndDstAddr", "SndDstPort", "SndDstIFace"})
+        boxes.append(QLatin1String("m_pCheckLock") + QLatin1String(field));
+    QCOMPARE(set, boxes);
 }
 
 void TestLocks::lockAllClearedCopiesNothing()

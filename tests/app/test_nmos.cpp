@@ -2,6 +2,7 @@
 //
 // NMOS: the node's settings, the override with its question, the log switch.
 #include "app/nmosthread.h"
+#include "fake/recorder.h"
 #include "support/dialog.h"
 #include "support/snapshot.h"
 
@@ -21,6 +22,17 @@ QString globalOverride()
     const Snapshot now = snapshot();
     return now.value(QLatin1String(kOverride),
                      now.value(QStringLiteral("KWX\\Advanced\\AvHal:nmosoverride")));
+}
+
+// The writes of one value since the recorder was cleared.
+QByteArrayList written(const QByteArray &value)
+{
+    QByteArrayList found;
+    for (const QByteArray &call : Recorder::calls()) {
+        if (call.contains(value))
+            found.append(call);
+    }
+    return found;
 }
 
 // The question that is on screen, or null.
@@ -67,11 +79,13 @@ private slots:
     void overrideOnDoesNotAsk();
     void overrideReloadsTheChannel();
     void theSwitchIsWrittenBeforeTheAnswer();
+    void theSwitchHasTwoPlaces();
     void loadFileIsThereAtTheStart_data();
     void loadFileIsThereAtTheStart();
     void theOverrideHoldsForTheNextStart();
 
     void logSwitch();
+    void logSwitchSavesAChangeOnly();
     void hooksDoNothing();
 
 private:
@@ -315,6 +329,19 @@ void TestNmos::theSwitchIsWrittenBeforeTheAnswer()
     QCOMPARE(globalOverride(), QStringLiteral("1"));
 }
 
+// The path's letters are as they are on purpose: a store that tells them apart keeps two values.
+void TestNmos::theSwitchHasTwoPlaces()
+{
+    open(false);
+    choose(m_dialog->m_pChannel, 2);
+    Recorder::clear();
+    click(m_dialog->m_pNmosOverride);
+    QCOMPARE(written("nmosoverride="),
+             (QByteArrayList{"KWX\\Advanced\\AvHal\\nmosoverride=1", "nmosoverride=1"}));
+    QCOMPARE(Recorder::lastChannel(), 0);
+    QCOMPARE(Recorder::calls().last(), QByteArray("save"));
+}
+
 void TestNmos::loadFileIsThereAtTheStart_data()
 {
     QTest::addColumn<bool>("override");
@@ -355,6 +382,18 @@ void TestNmos::logSwitch()
     click(m_dialog->m_pNmosOutLog);
     QVERIFY(!m_dialog->bNmosUseLog);
     QCOMPARE(snapshot().value(key), QStringLiteral("0"));
+}
+
+void TestNmos::logSwitchSavesAChangeOnly()
+{
+    open(true);
+    const QByteArray write("KWX\\Advanced\\Debug\\NMOSUseLog=1");
+    Recorder::clear();
+    m_dialog->toggleNmosLog(true);
+    QCOMPARE(Recorder::calls(), (QByteArrayList{write, "save"}));
+    Recorder::clear();
+    m_dialog->toggleNmosLog(true);
+    QCOMPARE(Recorder::calls(), QByteArrayList{write});
 }
 
 void TestNmos::hooksDoNothing()

@@ -37,8 +37,9 @@ extern "C" void __libc_free(void *block);
 extern "C" void free(void *block)
 {
     if (block && block == watchedBlock)
-        timesFreed = timesFreed + 1;
-    __libc_free(block);
+        timesFreed = timesFreed + 1; // and kept, so that nothing else gets the same address meanwhile
+    else
+        __libc_free(block);
 }
 #endif
 
@@ -53,6 +54,17 @@ extern "C" int rkOSGetTempPath(char *buffer, uint32_t size)
         return real(buffer, size);
     buffer[0] = 0;
     return 0;
+}
+
+static QByteArray askedForEvent;
+
+// Notes how an event is opened.
+extern "C" uint64_t rkOSOpenEvent(uint32_t access, int inherit, const char *name)
+{
+    using Function = uint64_t (*)(uint32_t, int, const char *);
+    static const Function real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "rkOSOpenEvent"));
+    askedForEvent = QByteArray::number(access, 16) + ' ' + QByteArray::number(inherit) + ' ' + name;
+    return real(access, inherit, name);
 }
 
 namespace {
@@ -137,6 +149,8 @@ private slots:
     void locksHold();
 
     void twoWithinABurstWakeOnce();
+    void theSecondStartsTheTimeAnew();
+    void theEventIsOpenedToBeSet();
     void twoBurstsWakeTwice();
     void theLastDirectionNamesTheEvent();
     void overriddenIsAppliedButSilent();
@@ -199,6 +213,7 @@ void TestPushedSdp::pushRaw(void *block, int size, int channel, bool isSender)
                                       Q_ARG(int, channel), Q_ARG(bool, isSender)));
     watchedBlock = nullptr;
 #if !defined(__SANITIZE_ADDRESS__)
+    free(block);
     QCOMPARE(int(timesFreed), block ? 1 : 0);
 #endif
 }
@@ -282,6 +297,29 @@ void TestPushedSdp::twoWithinABurstWakeOnce()
     QCOMPARE(activeTimers(), 0); // nothing that could set it again
     QCOMPARE(service.wakesInTheEnd(), 1);
     QCOMPARE(text(2, "ReceiveDestinationIp"), QStringLiteral("239.5.5.6"));
+}
+
+// With a time long enough to be looked at while it runs.
+void TestPushedSdp::theSecondStartsTheTimeAnew()
+{
+    constexpr int minuteMs = 60 * 1000;
+    constexpr int gapMs = 200;
+    QTimer *timer = m_dialog->nmosTimer(2);
+    timer->setInterval(minuteMs);
+    push(description("239.5.5.5"), 2, false);
+    QTest::qWait(gapMs);
+    const int before = timer->remainingTime();
+    QVERIFY(before > 0 && before <= minuteMs - gapMs);
+    push(description("239.5.5.6"), 2, false);
+    QVERIFY(timer->remainingTime() > before);
+    timer->stop();
+}
+
+void TestPushedSdp::theEventIsOpenedToBeSet()
+{
+    m_dialog->nmosEventTimeout(4);
+    QCOMPARE(askedForEvent,
+             "c0000000 0 " + QString::fromLatin1(kEventName).arg(4).arg(QLatin1Char('r')).toLatin1());
 }
 
 void TestPushedSdp::twoBurstsWakeTwice()

@@ -76,6 +76,7 @@ int rkPTPGetSourcePortID(PTP_HANDLE, char *buffer)
 
 int rkPTPGetIPAddress(PTP_HANDLE, char *buffer)
 {
+    ptpClient().addressAsked = true;
     return answer(buffer, ptpClient().address);
 }
 

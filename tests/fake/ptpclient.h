@@ -21,6 +21,7 @@ struct PtpClient {
     uint64_t seconds = 0;
     uint32_t nanoseconds = 0;
     QByteArray version, domain, portId, address, grandmaster;
+    bool addressAsked = false; // rkPTPGetIPAddress was called
 
     // What was called since the last time.
     QByteArrayList take()
