@@ -99,20 +99,24 @@ QString QCorvel::settingsFilter() const
 }
 
 // Saving the settings ends the override, in the store and in the file, on purpose. The flow count shown
-// holds for every channel of the file.
+// holds for every channel of the file. Nothing follows a section that could not be written.
 void QCorvel::saveSettings(const QString &path)
 {
     const quint64 file = createForWriting(path);
     if (file == RKOS_INVALID_HANDLE)
         return;
+    for (const QByteArray &piece : settingsHeader())
+        rkOSfputs(piece.constData(), file);
     setGlobalDword(StorePath::AvHAL, "nmosoverride", 0);
     commitStore();
     const auto value = [this](const char *name, bool isString, int channel) {
         return cfgValue(name, isString, channel);
     };
-    const QByteArray text =
-        writeSettingsFile(value, m_pChannel->count(), m_pComboAudFlow->currentData().toInt());
-    rkOSfputs(text.constData(), file);
+    const int flows = m_pComboAudFlow->currentData().toInt();
+    for (int channel = 0; channel < m_pChannel->count(); ++channel) {
+        if (rkOSfputs(settingsSection(value, channel, flows).constData(), file) < 0)
+            break;
+    }
     rkOSCloseFile(file);
 }
 

@@ -12,8 +12,10 @@ namespace {
 
 using std::string_view;
 
-// The second line is a comment that runs into the name line, on purpose: files have always looked so.
-const char header[] = "[HalvectIpConfig]\n;Network Config fileName=Quorlex\nVersion=1.0\n\n";
+// The second piece has no line end, so that the name line continues a comment, on purpose: files have
+// always looked so.
+const char *const header[] = {"[HalvectIpConfig]\n", ";Network Config file", "Name=Quorlex\n",
+                              "Version=1.0\n\n"};
 const char signature[] = "[HalvectIpConfig]";
 
 enum class Form {
@@ -177,7 +179,7 @@ class Writer {
 public:
     Writer(const SettingsValueSource &value, int flows) : m_value(value), m_flows(flows) {}
     void section(int channel);
-    QByteArray m_text = header;
+    QByteArray m_text;
 
 private:
     void flows(const FlowLine *lines, int channel);
@@ -280,12 +282,27 @@ QByteArray flowKey(const AcceptedKey &row, string_view key)
 
 } // namespace
 
-QByteArray writeSettingsFile(const SettingsValueSource &value, int channels, int flows)
+QByteArrayList settingsHeader()
+{
+    QByteArrayList pieces;
+    for (const char *piece : header)
+        pieces.append(piece);
+    return pieces;
+}
+
+QByteArray settingsSection(const SettingsValueSource &value, int channel, int flows)
 {
     Writer writer(value, flows);
-    for (int channel = 0; channel < channels; ++channel)
-        writer.section(channel);
+    writer.section(channel);
     return writer.m_text;
+}
+
+QByteArray writeSettingsFile(const SettingsValueSource &value, int channels, int flows)
+{
+    QByteArray text = settingsHeader().join();
+    for (int channel = 0; channel < channels; ++channel)
+        text += settingsSection(value, channel, flows);
+    return text;
 }
 
 bool isSettingsSignature(const QByteArray &firstLine)

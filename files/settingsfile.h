@@ -10,6 +10,7 @@
 #define CORVEL_SETTINGSFILE_H
 
 #include <QByteArray>
+#include <QByteArrayList>
 #include <QString>
 
 #include <functional>
@@ -18,8 +19,14 @@
 // Returns a channel's stored text; isString is false for numbers (unsigned decimal text).
 using SettingsValueSource = std::function<QString(const char *name, bool isString, int channel)>;
 
-// The whole text of a settings file in UTF-8, lines ending in "\n", for channels 0 to channels - 1, each
-// with `flows` audio flows per direction (0 or less: none).
+// What every settings file starts with, in the four pieces that make it up.
+QByteArrayList settingsHeader();
+
+// The section of one channel in UTF-8, lines ending in "\n", with `flows` audio flows per direction (0 or
+// less: none).
+QByteArray settingsSection(const SettingsValueSource &value, int channel, int flows);
+
+// The whole text of a settings file: the header and the sections of channels 0 to channels - 1.
 QByteArray writeSettingsFile(const SettingsValueSource &value, int channels, int flows);
 
 // True when a file that starts with this line is a settings file. Letter case and any text behind the

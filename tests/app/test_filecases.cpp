@@ -179,6 +179,7 @@ void TestFileCases::specialDisk_data()
     const QString element = QStringLiteral("element");
     QTest::newRow("full, settings") << full << save << QStringLiteral("x.ipp") << true;
     QTest::newRow("full, descriptions") << full << save << QStringLiteral("x.sdp") << true;
+    QTest::newRow("full, element") << full << element << QStringLiteral("x.sdp") << true;
     QTest::newRow("read-only, settings") << readOnly << save << QStringLiteral("x.ipp") << false;
     QTest::newRow("read-only, descriptions") << readOnly << save << QStringLiteral("x.sdp") << false;
     QTest::newRow("read-only, element") << readOnly << element << QStringLiteral("x.sdp") << false;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // sdp_samples FOLDER: writes session descriptions into a folder for the judges, one file per text, named
-// <kind>.<flows>.<boxes>.<clock>.sdp: every combination of boxes and clock with two flows, and every
-// number of flows.
+// <kind>.<flows>.<boxes>.<clock>.sdp: every combination of boxes, clock and number of flows.
 #include "files/sdpsample.h"
 
 #include <QDir>
@@ -27,15 +26,16 @@ bool writeSample(const QDir &folder, const Kind &kind, int flows, int boxes, Clo
     return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
 }
 
+// A kind without flows is written once, whatever their number.
 bool writeKind(const QDir &folder, const Kind &kind)
 {
     bool done = true;
-    for (int boxes = 0; boxes < 16; ++boxes) {
-        for (Clock clock : {NoClock, Ptp, LocalMac})
-            done = writeSample(folder, kind, 2, boxes, clock) && done;
+    for (int flows = kind.hasFlows ? 0 : 2; flows <= (kind.hasFlows ? 8 : 2); ++flows) {
+        for (int boxes = 0; boxes < 16; ++boxes) {
+            for (Clock clock : {NoClock, Ptp, LocalMac})
+                done = writeSample(folder, kind, flows, boxes, clock) && done;
+        }
     }
-    for (int flows = 1; kind.hasFlows && flows <= 8; ++flows)
-        done = writeSample(folder, kind, flows, 15, Ptp) && done;
     return done;
 }
 

@@ -39,6 +39,10 @@ private slots:
     void locksAreThoseOfTheVideoValues();
     void noDirectionMeansBothSides();
     void sendrecvMeansBothSides();
+    void directionsAddUp_data();
+    void directionsAddUp();
+    void anyFirstLineWithAVIsSkipped();
+    void rtpmapMayStandAnywhereInTheAttribute();
     void audioBlocksCountFlowsWhateverTheirDirection();
     void audioBlocksThatStoreNothingCountToo();
     void audioFlowsHaveNoUpperBound();
@@ -163,6 +167,32 @@ void TestSdpReader::sendrecvMeansBothSides()
 }
 
 // What the element writer makes of two flows comes back as four: the direction does not count.
+void TestSdpReader::directionsAddUp_data()
+{
+    QTest::addColumn<QByteArray>("lines");
+    QTest::newRow("receive, send") << QByteArray("a=recvonly\na=sendonly\n");
+    QTest::newRow("send, receive") << QByteArray("a=sendonly\na=recvonly\n");
+}
+
+void TestSdpReader::directionsAddUp()
+{
+    QFETCH(QByteArray, lines);
+    QCOMPARE(storedValues(readSdpText("v=0\nm=video 5004 RTP/AVP 96\n" + lines)),
+             list({"ReceiveDestinationPort=5004", "TransmitRemotePort=5004"}));
+}
+
+void TestSdpReader::anyFirstLineWithAVIsSkipped()
+{
+    QCOMPARE(stored("video\nm=video 5004\na=recvonly\n"), list({"ReceiveDestinationPort=5004"}));
+    QCOMPARE(stored("v\nc=IN IP4 239.1.1.1\na=recvonly\n"), list({"ReceiveDestinationIp=239.1.1.1"}));
+}
+
+void TestSdpReader::rtpmapMayStandAnywhereInTheAttribute()
+{
+    QCOMPARE(stored("v=0\nm=video 5004\na=x-rtpmap:98 smpte291/90000\na=recvonly\n"),
+             list({"ReceiveAncDestinationPort=5004"}));
+}
+
 void TestSdpReader::audioBlocksCountFlowsWhateverTheirDirection()
 {
     QCOMPARE(stored("v=0\nm=audio 5000 RTP/AVP 96\na=recvonly\nm=audio 5001 RTP/AVP 97\na=sendonly\n"
