@@ -339,6 +339,7 @@ private:
     void layoutBlock(Side side, int row);
     void layoutBlockRows(Side side, int row);
     void layoutClockBlock();
+    void underlay(const char *name, int row, int rows, int columns);
     void layoutSimplePage(QWidget *page);
     void layoutCommands(QFrame *band);
     void layoutErrorDialog();
@@ -360,7 +361,7 @@ private:
     QByteArray saveFlowSuffix() const;
     void loadFlowCount(int channel);
     void loadElement(int channel, const QByteArray &suffix);
-    void loadAudioLayout(int channel, Side side);
+    void showValue(Side side, Field field, const QString &value);
     void showFlags(Side side, quint32 flags);
     void loadClock(int channel);
     void loadCommon(int channel);

@@ -233,28 +233,32 @@ QByteArray QCorvel::loadFlowSuffix()
 void QCorvel::loadElement(int channel, const QByteArray &suffix)
 {
     const Element element = currentElement();
-    for (const NetworkField &field : qAsConst(m_fields)) {
-        const ChannelKey *key = findChannelKey(element, field.side, field.field);
-        const bool isText = key->stored == Stored::Text;
-        field.setValue(cfgValue(valueName(*key, suffix).constData(), isText, channel, !isText));
-    }
-    for (const Side side : {Side::Receive, Side::Send}) {
-        if (element == Element::Audio)
-            loadAudioLayout(channel, side);
+    for (const FieldStep &step : loadOrder(element)) {
+        const ChannelKey *key = findChannelKey(element, step.side, step.field);
         // Audio flags are read from flow 0 whatever flow is shown, on purpose.
-        const ChannelKey *flags = findChannelKey(element, side, Field::Flags);
-        showFlags(side, toDword(cfgValue(valueName(*flags, "0").constData(), false, channel)));
+        const QByteArray name = valueName(*key, step.field == Field::Flags ? "0" : suffix);
+        const bool isText = key->stored == Stored::Text;
+        const bool isPort = step.field == Field::SourcePort || step.field == Field::DestinationPort;
+        showValue(step.side, step.field, cfgValue(name.constData(), isText, channel, isPort));
     }
 }
 
 // Both sides share one combo of channels per flow; the send side is read last and stays.
-void QCorvel::loadAudioLayout(int channel, Side side)
+void QCorvel::showValue(Side side, Field field, const QString &value)
 {
-    const ChannelKey *channels = findChannelKey(Element::Audio, side, Field::Channels);
-    const ChannelKey *packetTime = findChannelKey(Element::Audio, side, Field::PacketTime);
-    QComboBox *timeCombo = side == Side::Receive ? m_pComboPTimeRx : m_pComboPTimeTx;
-    selectFromData(m_pComboAudChan, toDword(cfgValue(channels->name, false, channel)));
-    selectFromData(timeCombo, toDword(cfgValue(packetTime->name, false, channel)));
+    switch (field) {
+    case Field::Flags:
+        showFlags(side, toDword(value));
+        break;
+    case Field::Channels:
+        selectFromData(m_pComboAudChan, toDword(value));
+        break;
+    case Field::PacketTime:
+        selectFromData(side == Side::Receive ? m_pComboPTimeRx : m_pComboPTimeTx, toDword(value));
+        break;
+    default:
+        networkField(side, field).setValue(value);
+    }
 }
 
 void QCorvel::showFlags(Side side, quint32 flags)
@@ -281,8 +285,9 @@ void QCorvel::loadCommon(int channel)
 void QCorvel::lookForInterfaces()
 {
     const QString unset = QStringLiteral("1.0.0.0");
+    const bool noNode = isTextEmpty(channelIpKeyName(0), "nmosip");
     if (m_pEditRecIFace->address() == unset || m_pEditSndIFace->address() == unset ||
-        m_pSimpleAddress->address() == unset || isTextEmpty(channelIpKeyName(0), "nmosip"))
+        m_pSimpleAddress->address() == unset || noNode)
         findDefaultInterface();
 }
 
@@ -316,7 +321,7 @@ void QCorvel::saveShownElement(int channel)
 {
     const Element element = currentElement();
     const QByteArray suffix = saveFlowSuffix();
-    for (const SaveStep &step : saveOrder(element)) {
+    for (const FieldStep &step : saveOrder(element)) {
         const ChannelKey *key = findChannelKey(element, step.side, step.field);
         setCfgValue(valueName(*key, suffix).constData(), shownValue(step.side, step.field),
                     key->stored == Stored::Text, channel);

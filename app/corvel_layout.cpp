@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSpacerItem>
 #include <QStackedLayout>
 #include <QTextEdit>
 #include <QVBoxLayout>
@@ -40,6 +41,14 @@ enum Column { LabelColumn, FieldColumn, UseColumn, LockColumn, ColumnCount };
 // clang-format off
 const int kColumnWidth[ColumnCount] = {166, 290, 40, 118};
 // clang-format on
+
+// Takes no room, but keeps its row apart from the next one: a grid closes the gaps between the rows that
+// only one item covers, and passes over items that call themselves empty.
+class RowKeeper : public QSpacerItem {
+public:
+    RowKeeper() : QSpacerItem(0, 0) {}
+    bool isEmpty() const override { return false; }
+};
 
 // A frame that only paints a surface behind controls; the style sheet knows it by its role.
 QFrame *newSurface(QWidget *parent, const char *role)
@@ -200,11 +209,6 @@ void QCorvel::layoutElementRow()
 void QCorvel::layoutBlock(Side side, int row)
 {
     const bool receive = side == Side::Receive;
-    QFrame *card = newSurface(m_pFullPage, receive ? "receiveCard" : "sendCard");
-    QFrame *strip = newSurface(m_pFullPage, receive ? "receiveHead" : "sendHead");
-    m_pFullLayout->addWidget(card, row, LabelColumn, 6, ColumnCount);
-    m_pFullLayout->addWidget(strip, row, LabelColumn, 1, ColumnCount);
-
     QComboBox *family = receive ? m_pComboReceive : m_pComboSend;
     QLabel *timeLabel = receive ? m_pPTimeLblRx : m_pPTimeLblTx;
     QComboBox *time = receive ? m_pComboPTimeRx : m_pComboPTimeTx;
@@ -222,6 +226,19 @@ void QCorvel::layoutBlock(Side side, int row)
     m_pFullLayout->addWidget(useHead, row, UseColumn);
     m_pFullLayout->setRowMinimumHeight(row, px(kHead));
     layoutBlockRows(side, row + 1);
+    underlay(receive ? "receiveHead" : "sendHead", row, 1, ColumnCount);
+    underlay(receive ? "receiveCard" : "sendCard", row, 6, ColumnCount);
+}
+
+// A surface below controls that are in the grid already. Coming after them, it leaves them the first of
+// their cells.
+void QCorvel::underlay(const char *name, int row, int rows, int columns)
+{
+    QFrame *surface = newSurface(m_pFullPage, name);
+    surface->lower();
+    m_pFullLayout->addWidget(surface, row, LabelColumn, rows, columns);
+    for (int i = 0; i < rows; ++i)
+        m_pFullLayout->addItem(new RowKeeper, row + i, LabelColumn);
 }
 
 // The field rows of a block. The last row is higher, with its content at the top, for the card's edge.
@@ -264,8 +281,6 @@ void QCorvel::layoutBlockRows(Side side, int row)
 
 void QCorvel::layoutClockBlock()
 {
-    QFrame *card = newSurface(m_pFullPage, "clockCard");
-    m_pFullLayout->addWidget(card, kClockRow, LabelColumn, 4, 3);
     for (QWidget *field : std::initializer_list<QWidget *>{
              m_pComboClkSrc, m_pEditGmId, m_pUseGmId, m_pEditGmAddress, m_pComboClkMstr, m_pEditClockDomain})
         field->setFixedHeight(px(kField));
@@ -307,6 +322,7 @@ void QCorvel::layoutClockBlock()
     m_pFullLayout->setRowMinimumHeight(kClockRow + 3, px(28));
     m_pCmdSaveElement->setFixedSize(px(118), px(26));
     m_pFullLayout->addWidget(m_pCmdSaveElement, kClockRow + 3, LockColumn, Qt::AlignRight | Qt::AlignBottom);
+    underlay("clockCard", kClockRow, 4, 3);
 }
 
 void QCorvel::layoutSimplePage(QWidget *page)

@@ -13,7 +13,7 @@ namespace {
 // The order in which locked fields are copied. In the store interfaces are not copied with them: their own
 // slot does that. The engine gets the interfaces as well, last.
 // clang-format off
-const SaveStep kCopyOrder[] = {
+const FieldStep kCopyOrder[] = {
     {Side::Receive, Field::DestinationAddress},
     {Side::Receive, Field::SourceAddress},
     {Side::Send,    Field::DestinationAddress},
@@ -24,13 +24,13 @@ const SaveStep kCopyOrder[] = {
     {Side::Send,    Field::SourcePort},
 };
 
-const SaveStep kInterfaces[] = {
+const FieldStep kInterfaces[] = {
     {Side::Receive, Field::Interface},
     {Side::Send,    Field::Interface},
 };
 
 // The order in which "lock all" sets the boxes.
-const SaveStep kGroupOrder[] = {
+const FieldStep kGroupOrder[] = {
     {Side::Receive, Field::SourceAddress},
     {Side::Receive, Field::SourcePort},
     {Side::Receive, Field::DestinationPort},
@@ -90,7 +90,7 @@ void QCorvel::onLockGroup(bool)
     QObject *const from = sender();
     {
         const SignalBracket bracket(this);
-        for (const SaveStep &step : kGroupOrder)
+        for (const FieldStep &step : kGroupOrder)
             networkField(step.side, step.field).lock->setChecked(m_pCheckLockGroup->isChecked());
     }
     recordLocks(from);
@@ -105,7 +105,7 @@ void QCorvel::updateLockedItems(QObject *sender)
     const SignalBracket bracket(this);
     const int channel = currentChannel();
     bool copied = false;
-    for (const SaveStep &step : kCopyOrder) {
+    for (const FieldStep &step : kCopyOrder) {
         const NetworkField &field = networkField(step.side, step.field);
         if (!concerns(field, sender) || !isLocked(field))
             continue;
@@ -135,13 +135,13 @@ void QCorvel::propagate(const NetworkField &field, int channel)
 void QCorvel::updateLockedItemsForScopes(QObject *sender)
 {
     const SignalBracket bracket(this);
-    const auto sendLocked = [&](const SaveStep &step) {
+    const auto sendLocked = [&](const FieldStep &step) {
         const NetworkField &field = networkField(step.side, step.field);
         if (concerns(field, sender) && isLocked(field))
             sendMediaField(field);
     };
-    for (const SaveStep &step : kCopyOrder)
+    for (const FieldStep &step : kCopyOrder)
         sendLocked(step);
-    for (const SaveStep &step : kInterfaces)
+    for (const FieldStep &step : kInterfaces)
         sendLocked(step);
 }

@@ -53,9 +53,44 @@ const ChannelKey kKeys[] = {
     {Element::Anc,   Side::Send,    Field::Flags,              "TransmitAncFlags",          Stored::Number, false},
 };
 
+// Video and ancillary data are loaded in one order, audio side by side with what its flows share.
+const FieldStep kPlainLoadOrder[] = {
+    {Side::Receive, Field::SourceAddress},
+    {Side::Receive, Field::SourcePort},
+    {Side::Receive, Field::DestinationAddress},
+    {Side::Receive, Field::DestinationPort},
+    {Side::Receive, Field::Interface},
+    {Side::Send,    Field::SourceAddress},
+    {Side::Send,    Field::SourcePort},
+    {Side::Send,    Field::DestinationAddress},
+    {Side::Send,    Field::DestinationPort},
+    {Side::Send,    Field::Interface},
+    {Side::Receive, Field::Flags},
+    {Side::Send,    Field::Flags},
+};
+
+const FieldStep kAudioLoadOrder[] = {
+    {Side::Receive, Field::SourceAddress},
+    {Side::Receive, Field::SourcePort},
+    {Side::Receive, Field::DestinationAddress},
+    {Side::Receive, Field::DestinationPort},
+    {Side::Receive, Field::Channels},
+    {Side::Receive, Field::Interface},
+    {Side::Receive, Field::Flags},
+    {Side::Receive, Field::PacketTime},
+    {Side::Send,    Field::SourceAddress},
+    {Side::Send,    Field::SourcePort},
+    {Side::Send,    Field::DestinationAddress},
+    {Side::Send,    Field::DestinationPort},
+    {Side::Send,    Field::Channels},
+    {Side::Send,    Field::Interface},
+    {Side::Send,    Field::Flags},
+    {Side::Send,    Field::PacketTime},
+};
+
 // Video and ancillary data are saved in one order, audio in one of its own: what the flows share comes
 // before and after each side's addresses.
-const SaveStep kPlainOrder[] = {
+const FieldStep kPlainOrder[] = {
     {Side::Receive, Field::SourceAddress},
     {Side::Receive, Field::DestinationAddress},
     {Side::Receive, Field::SourcePort},
@@ -70,7 +105,7 @@ const SaveStep kPlainOrder[] = {
     {Side::Send,    Field::Flags},
 };
 
-const SaveStep kAudioOrder[] = {
+const FieldStep kAudioOrder[] = {
     {Side::Receive, Field::PacketTime},
     {Side::Receive, Field::Flags},
     {Side::Receive, Field::Interface},
@@ -126,7 +161,12 @@ QByteArray valueName(const ChannelKey &key, const QByteArray &flowSuffix)
     return key.perFlow ? name + flowSuffix : name;
 }
 
-TableView<SaveStep> saveOrder(Element element)
+TableView<FieldStep> loadOrder(Element element)
+{
+    return element == Element::Audio ? view(kAudioLoadOrder) : view(kPlainLoadOrder);
+}
+
+TableView<FieldStep> saveOrder(Element element)
 {
     return element == Element::Audio ? view(kAudioOrder) : view(kPlainOrder);
 }

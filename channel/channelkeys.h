@@ -61,12 +61,15 @@ const ChannelKey *findChannelKey(Element element, Side side, Field field);
 // The value name of a row; flowSuffix ("0" to "7", or empty) is appended to per-flow names only.
 QByteArray valueName(const ChannelKey &key, const QByteArray &flowSuffix);
 
-// The order in which a save writes the fields of an element.
-struct SaveStep {
+// One field of one side, as a step in an order of fields.
+struct FieldStep {
     Side side;
     Field field;
 };
-TableView<SaveStep> saveOrder(Element element);
+
+// The orders in which a load reads and a save writes the fields of an element.
+TableView<FieldStep> loadOrder(Element element);
+TableView<FieldStep> saveOrder(Element element);
 
 // Bits of every value whose name ends in "Flags": the network fields of that side that are in use.
 struct FlagBit {

@@ -98,6 +98,8 @@ int closeDialog(const QStringList &words)
     dialog.m_pEditRecDstPort->setText(QStringLiteral("5555")); // on screen, but not saved yet
     if (words.contains(QLatin1String("focus")))
         dialog.m_pEditRecIFace->m_pLineEdit[0]->setFocus();
+    if (words.contains(QLatin1String("foreign")))
+        dialog.m_pEditSndIFace->setAddress(QStringLiteral("203.0.113.77"));
     dialog.connectSignals();
     if (words.contains(QLatin1String("cancel")))
         QMetaObject::invokeMethod(&dialog, "cancel");
@@ -136,6 +138,7 @@ private slots:
     void doneWithoutTheCheckSaysNothing();
     void doneUnderNmosSaysNothing();
     void doneListsAbsentInterfaces();
+    void doneChecksWhatItHasJustSaved();
     void doneRaisesNoSecondAlert();
     void cancelEndsWithoutSaving();
 
@@ -230,6 +233,13 @@ void TestChecks::doneListsAbsentInterfaces()
     const Closed result = closed({QStringLiteral("check")});
     QCOMPARE(result.said, QStringLiteral("box [%1]\n").arg(missing("Anc IP ", "198.51.100.9")));
     QCOMPARE(result.code, 0); // listing never keeps it from closing
+}
+
+void TestChecks::doneChecksWhatItHasJustSaved()
+{
+    const Closed result = closed({QStringLiteral("check"), QStringLiteral("foreign")});
+    QCOMPARE(result.said, QStringLiteral("box [%1]\n").arg(missing("Video IP ", "203.0.113.77")));
+    QCOMPARE(result.code, 0);
 }
 
 // The click takes the focus first, which is one alert; from then on the dialog is closing.

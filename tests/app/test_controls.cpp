@@ -390,6 +390,7 @@ void TestControls::gridBands()
         QVERIFY2(index >= 0, place.name);
         m_dialog->m_pFullLayout->getItemPosition(index, &row, &column, &unused, &unused);
         QVERIFY2(row == place.row && column == place.column, place.name);
+        QCOMPARE(m_dialog->m_pFullLayout->itemAtPosition(row, column)->widget(), control(place.name));
     }
     QCOMPARE(m_dialog->m_pSwapLayout->count(), 2);
     QCOMPARE(m_dialog->m_pSwapLayout->widget(0)->layout(), static_cast<QLayout *>(m_dialog->m_pFullLayout));

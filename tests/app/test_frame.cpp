@@ -65,6 +65,7 @@ private slots:
     void startValues();
     void sizeFollowsTheScreen();
     void typeChangeHasNoLowerBound();
+    void typeChangeGoesByItsIndex();
     void noSizeFromTheContent();
     void styleSheetIsInTheProgram();
     void onlyStandAloneTakesTheOwnStyleSheet();
@@ -137,6 +138,27 @@ void TestFrame::typeChangeHasNoLowerBound()
     QCOMPARE(QCorvel::fontFactor(), screenDpi() / 96.0);
     QCOMPARE(m_dialog->size(), sizeAt(screenDpi()));
     QCOMPARE(m_dialog->maximumSize(), sizeAt(screenDpi()));
+}
+
+// Which elements can be shown is told by the entry named, not by the one that is current.
+void TestFrame::typeChangeGoesByItsIndex()
+{
+    put(0, "VideoType", 1);
+    open();
+    show(m_dialog.get());
+    m_dialog->disconnectSignals();
+    m_dialog->m_pComboType->addItem(QStringLiteral("another"), 3);
+    m_dialog->connectSignals();
+    QVERIFY(m_dialog->m_pVideoConfig->isVisibleTo(m_dialog.get()) ==
+            m_dialog->m_pAncConfig->isVisibleTo(m_dialog.get()));
+    m_dialog->onTypeSettingChanged(1);
+    for (const QWidget *control :
+         std::initializer_list<QWidget *>{m_dialog->m_pVideoConfig, m_dialog->m_pAudioConfig,
+                                          m_dialog->m_pAncConfig, m_dialog->m_pEditClockDomain})
+        QVERIFY2(control->isHidden(), qPrintable(control->objectName()));
+    QCOMPARE(number(0, "VideoType"), 1u);
+    m_dialog->onTypeSettingChanged(0);
+    QVERIFY(!m_dialog->m_pVideoConfig->isHidden() && !m_dialog->m_pAncConfig->isHidden());
 }
 
 void TestFrame::noSizeFromTheContent()
@@ -327,7 +349,14 @@ void TestFrame::destroyedWithAnUnfinishedEdit()
     show(m_dialog.get());
     QTest::mouseClick(m_dialog->m_pEditRecSrcPort, Qt::LeftButton);
     QTest::keyClicks(m_dialog->m_pEditRecSrcPort, QStringLiteral("12"));
-    const QByteArray before = dump();
+    QByteArray before = dump();
+    m_dialog.reset();
+    QCOMPARE(dump(), before);
+    // An octet tells that it was left, even by a window that goes.
+    open();
+    show(m_dialog.get());
+    QTest::mouseClick(m_dialog->m_pLineRecSrcAddr->m_pLineEdit[1], Qt::LeftButton);
+    before = dump();
     m_dialog.reset();
     QCOMPARE(dump(), before);
 }

@@ -3,6 +3,7 @@
 // Loading a channel: what is shown for what is stored, what stays when the stored value fits nothing, and
 // that looking at things never writes.
 #include "channel/videoformats.h"
+#include "fake/recorder.h"
 #include "support/dialog.h"
 
 #include <memory>
@@ -29,6 +30,9 @@ private slots:
     void channelSwitchLeavesTheOldChannelAlone();
     void neverWrittenAddresses();
     void shortAddressKeepsTheRest();
+    void readOrder_data();
+    void readOrder();
+    void theNodeIsAskedForInAnyCase();
     void flowCount();
     void flowButtonsAreNotEnabledAgain();
     void firstFlowIsLoadedLastIsSaved();
@@ -171,6 +175,69 @@ void TestLoads::shortAddressKeepsTheRest()
     open();
     choose(m_dialog->m_pChannel, 1);
     QCOMPARE(m_dialog->m_pLineRecSrcAddr->address(), QStringLiteral("99.88.30.40"));
+}
+
+void TestLoads::readOrder_data()
+{
+    QTest::addColumn<QString>("radio");
+    QTest::addColumn<QString>("reads");
+    QTest::newRow("video") << QStringLiteral("m_pVideoConfig")
+                           << QStringLiteral(
+                                  "ReceiveSourceIp ReceiveSourcePort ReceiveDestinationIp "
+                                  "ReceiveDestinationPort ReceiveInterface TransmitIp TransmitSourcePort "
+                                  "TransmitDestinationIp TransmitRemotePort TransmitInterface "
+                                  "ReceiveFlags TransmitFlags");
+    QTest::newRow("audio") << QStringLiteral("m_pAudioConfig")
+                           << QStringLiteral(
+                                  "ReceiveAudSourceIp3 ReceiveAudSourcePort3 ReceiveAudDestinationIp3 "
+                                  "ReceiveAudDestinationPort3 ReceiveAudChannels ReceiveAudInterface "
+                                  "ReceiveAudFlags0 ReceiveAudPacketLength TransmitAudIp3 "
+                                  "TransmitAudSourcePort3 TransmitAudDestinationIp3 "
+                                  "TransmitAudRemotePort3 TransmitAudChannels TransmitAudInterface "
+                                  "TransmitAudFlags0 TransmitAudPacketLength");
+    QTest::newRow("anc") << QStringLiteral("m_pAncConfig")
+                         << QStringLiteral(
+                                "ReceiveAncSourceIp ReceiveAncSourcePort ReceiveAncDestinationIp "
+                                "ReceiveAncDestinationPort ReceiveAncInterface TransmitAncIp "
+                                "TransmitAncSourcePort TransmitAncDestinationIp TransmitAncRemotePort "
+                                "TransmitAncInterface ReceiveAncFlags TransmitAncFlags");
+}
+
+// Everything a load asks the store for, in its order.
+void TestLoads::readOrder()
+{
+    QFETCH(QString, radio);
+    QFETCH(QString, reads);
+    put(0, "VideoType", 1u);
+    put(0, "ReceiveAudTotalChannels", 16u);
+    open();
+    click(m_dialog->findChild<QRadioButton *>(radio));
+    m_dialog->disconnectSignals();
+    m_dialog->m_pAudFlowSelect[3]->setChecked(true);
+    m_dialog->connectSignals();
+    Recorder::clear();
+    m_dialog->loadData();
+    const QString all = QStringLiteral("ReceiveAudTotalChannels ReceiveAudChannels VideoType "
+                                       "KWX\\Advanced\\AvHAL\\nmosoverride SignalFormat %1 ClockType "
+                                       "ClockDomain ClockGrandMaster TransmitDestinationIp nmosip size");
+    QCOMPARE(QString::fromLatin1(Recorder::reads().join(' ')), all.arg(reads));
+    QCOMPARE(Recorder::callsOf("ptp"), QByteArrayList{"ptp end"});
+}
+
+// Also where the addresses alone decide.
+void TestLoads::theNodeIsAskedForInAnyCase()
+{
+    put(0, "VideoType", 1u);
+    open();
+    QCOMPARE(m_dialog->m_pEditRecIFace->address(), QStringLiteral("1.0.0.0"));
+    Recorder::clear();
+    m_dialog->loadDataStandAlone();
+    QCOMPARE(Recorder::reads().last(), QByteArray("nmosip size"));
+    for (const char *name : {"ReceiveInterface", "TransmitInterface", "TransmitDestinationIp"})
+        put(0, name, QStringLiteral("10.1.1.1"));
+    Recorder::clear();
+    m_dialog->loadDataStandAlone();
+    QCOMPARE(Recorder::reads().last(), QByteArray("nmosip size"));
 }
 
 void TestLoads::flowCount()

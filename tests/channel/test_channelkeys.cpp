@@ -172,7 +172,7 @@ void TestChannelKeys::saveOrderOfPlainElements()
     };
     for (const Element element : {Element::Video, Element::Anc}) {
         QByteArrayList found;
-        for (const SaveStep &step : saveOrder(element))
+        for (const FieldStep &step : saveOrder(element))
             found.append(QByteArray(findChannelKey(element, step.side, step.field)->name).replace("Anc", ""));
         QCOMPARE(found, names);
     }
@@ -189,7 +189,7 @@ void TestChannelKeys::saveOrderOfAudio()
         "TransmitAudChannels",
     };
     QByteArrayList found;
-    for (const SaveStep &step : saveOrder(audio))
+    for (const FieldStep &step : saveOrder(audio))
         found.append(valueName(*findChannelKey(audio, step.side, step.field), "3"));
     QCOMPARE(found, names);
 }

@@ -13,6 +13,7 @@ namespace {
 constexpr int kLineBytes = 8192;
 
 QByteArrayList allCalls;
+QByteArrayList allReads;
 int channel = -1;
 
 // The real function of this name, from the library behind this program.
@@ -20,6 +21,13 @@ template<class Function>
 Function *real(Function *, const char *name)
 {
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+void noteRead(const QByteArray &path, const QByteArray &name)
+{
+    int number = -1;
+    const bool ofChannel = sscanf(path.constData(), "KWX\\Internal%d\\IpConfig", &number) == 1;
+    allReads.append((ofChannel ? QByteArray() : path + '\\') + name);
 }
 
 void noteWrite(const QByteArray &path, const char *name, const QByteArray &value)
@@ -35,6 +43,11 @@ void noteWrite(const QByteArray &path, const char *name, const QByteArray &value
 
 } // namespace
 
+QByteArrayList Recorder::reads()
+{
+    return allReads;
+}
+
 QByteArrayList Recorder::calls()
 {
     return allCalls;
@@ -43,6 +56,7 @@ QByteArrayList Recorder::calls()
 void Recorder::clear()
 {
     allCalls.clear();
+    allReads.clear();
     channel = -1;
 }
 
@@ -68,6 +82,8 @@ int rkCFGValueString(void *handle, const char *keyPath, const char *valueName, c
 {
     if (write)
         noteWrite(keyPath, valueName, QByteArray(buffer, static_cast<int>(*size) - 1));
+    else
+        noteRead(keyPath, buffer ? valueName : QByteArray(valueName) + " size");
     return real(rkCFGValueString, "rkCFGValueString")(handle, keyPath, valueName, buffer, size, write);
 }
 
@@ -75,6 +91,8 @@ int rkCFGValueDword(void *handle, const char *keyPath, const char *valueName, ui
 {
     if (write)
         noteWrite(keyPath, valueName, QByteArray::number(*value));
+    else
+        noteRead(keyPath, valueName);
     return real(rkCFGValueDword, "rkCFGValueDword")(handle, keyPath, valueName, value, write);
 }
 

@@ -20,6 +20,10 @@ namespace Recorder {
 QByteArrayList calls();
 void clear();
 
+// The values that were asked for since clear(), in order: "Name", for other paths than a channel's
+// "PATH\Name", and " size" behind it when only the size of a text was asked for.
+QByteArrayList reads();
+
 // The calls that begin with this text.
 QByteArrayList callsOf(const QByteArray &start);
 
