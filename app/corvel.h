@@ -401,6 +401,7 @@ private:
 
     // Validation (corvel_checks.cpp)
     void showErrors(const QString &text);
+    void finishKeys();
     void leaveField();
 
     // Clock status (corvel_clock.cpp)

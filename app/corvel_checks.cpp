@@ -10,6 +10,8 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
+#include <QPointer>
 #include <QRadioButton>
 #include <QTextEdit>
 
@@ -71,8 +73,10 @@ void QCorvel::showErrors(const QString &text)
     if (m_showsErrors)
         return;
     m_showsErrors = true;
+    const QPointer<QCorvel> self(this); // a host may delete the dialog meanwhile
     m_pErrDlg->exec();
-    m_showsErrors = false;
+    if (self)
+        m_showsErrors = false;
 }
 
 void QCorvel::onInterfaceAlert()
@@ -129,10 +133,18 @@ QString QCorvel::GetIP(QString text) const
 
 // ------------------------------------------------------------------------------------------ closing
 
+// An address tells of a key a moment after it; what waits to be told is told now.
+void QCorvel::finishKeys()
+{
+    for (QLineAddress *address : findChildren<QLineAddress *>())
+        QCoreApplication::sendPostedEvents(address, QEvent::MetaCall);
+}
+
 // A field that still has the focus would lose it when the dialog is hidden, after everything was sent, and
 // count as edited then.
 void QCorvel::leaveField()
 {
+    finishKeys();
     if (QWidget *field = focusWidget())
         field->clearFocus();
 }
@@ -141,6 +153,7 @@ void QCorvel::ok()
 {
     m_bClosing = true;
     if (isStandAlone()) {
+        finishKeys();
         saveDataStandAlone();
         checkErrors();
         shutdown();
@@ -148,8 +161,10 @@ void QCorvel::ok()
     }
     leaveField();
     updateSettings(true);
+    const QPointer<QCorvel> self(this);
     checkErrors();
-    done(1);
+    if (self)
+        done(1);
 }
 
 // Embedded: edits went to the engine and not to the store, so the engine gets back what is stored, element

@@ -16,6 +16,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLineEdit>
+#include <QPointer>
 
 namespace {
 
@@ -79,8 +80,11 @@ void QCorvel::save()
         if (!rkOSFileExists(folder.toUtf8().constData()))
             rkOSMakeDir(folder.toUtf8().constData(), kFolderMode);
     }
+    const QPointer<QCorvel> self(this); // a host may delete the dialog meanwhile
     const QString answer = QDir::toNativeSeparators(QFileDialog::getSaveFileName(
         nullptr, tr("Ini File"), folder, settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
+    if (!self)
+        return;
     // Before the answer is looked at, on purpose: a cancelled dialog leads to the current folder.
     m_lastPath = QFileInfo(answer).absoluteDir().absolutePath();
     if (answer.isEmpty())
@@ -153,10 +157,13 @@ void QCorvel::saveSdpFiles(const QString &answer)
 void QCorvel::saveElement()
 {
     const int channel = currentChannel();
+    const QPointer<QCorvel> self(this);
     const QString answer = QDir::toNativeSeparators(
         QFileDialog::getSaveFileName(nullptr, tr("Save Current Element"), QString(),
                                      tr("Session File(*.sdp);; Text File (*.txt);; All files (*.*)"), nullptr,
                                      QFileDialog::DontUseNativeDialog));
+    if (!self)
+        return;
     const SdpFileNames names = sdpFileNames(answer);
     const SdpInput input = sdpInput(channel);
     char grandmaster[64] = {}; // asked for with the identifier, not part of the text
@@ -187,9 +194,10 @@ void QCorvel::writeSdpFile(const QString &path, const QString &text)
 void QCorvel::load()
 {
     const QString folder = m_lastPath.isEmpty() ? settingsFolder() : m_lastPath;
+    const QPointer<QCorvel> self(this);
     const QString answer = QDir::toNativeSeparators(QFileDialog::getOpenFileName(
         nullptr, tr("Ini File"), folder, settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
-    if (answer.isEmpty() || !rkOSFileExists(answer.toUtf8().constData()))
+    if (!self || answer.isEmpty() || !rkOSFileExists(answer.toUtf8().constData()))
         return;
     const quint64 file = openForReading(answer);
     if (file == RKOS_INVALID_HANDLE)

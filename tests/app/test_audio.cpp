@@ -21,6 +21,8 @@ private slots:
     void oneComboWritesBothSides();
     void flowCountEnablesSelectors();
     void flowCountWorksWhileVideoIsShown();
+    void bothCombosSaveWhatIsShown();
+    void switchesBelongToTheShownChannel();
     void loadLeavesTheButtonBehindTheLastFlow();
     void choosingAudioEnablesTheFlowsOnly();
     void sevenFlowsDisableNone();
@@ -163,6 +165,38 @@ void TestAudio::flowCountWorksWhileVideoIsShown()
     QVERIFY(!m_dialog->m_pComboAudFlow->isEnabled());
     m_dialog->m_pComboAudFlow->setCurrentIndex(m_dialog->m_pComboAudFlow->findData(3));
     QCOMPARE(enabledFlows(), (QList<int>{0, 1, 2}));
+    const quint32 total = 3 * m_dialog->m_pComboAudChan->currentData().toUInt();
+    QCOMPARE(number(0, "ReceiveAudTotalChannels"), total);
+    QCOMPARE(number(0, "TransmitAudTotalChannels"), total);
+}
+
+// What else is shown is saved with them.
+void TestAudio::bothCombosSaveWhatIsShown()
+{
+    audio();
+    const auto typedBehindItsBack = [this](const char *port) {
+        m_dialog->disconnectSignals();
+        m_dialog->m_pEditRecSrcPort->setText(QLatin1String(port));
+        m_dialog->connectSignals();
+    };
+    typedBehindItsBack("1111");
+    choose(m_dialog->m_pComboAudChan, 6);
+    QCOMPARE(number(0, "ReceiveAudSourcePort0"), 1111u);
+    typedBehindItsBack("2222");
+    choose(m_dialog->m_pComboAudFlow, 3);
+    QCOMPARE(number(0, "ReceiveAudSourcePort0"), 2222u);
+}
+
+void TestAudio::switchesBelongToTheShownChannel()
+{
+    choose(m_dialog->m_pChannel, 1);
+    single(true);
+    QVERIFY(QMetaObject::invokeMethod(m_dialog.get(), "onFileSettingChanged", Q_ARG(bool, true)));
+    const Snapshot now = snapshot();
+    QCOMPARE(now.value(QStringLiteral("1:AudioFlowType")), QStringLiteral("0"));
+    QCOMPARE(now.value(QStringLiteral("1:IpUseFileSettings")), QStringLiteral("1"));
+    QVERIFY(!now.contains(QStringLiteral("0:AudioFlowType")));
+    QVERIFY(!now.contains(QStringLiteral("0:IpUseFileSettings")));
 }
 
 // One past the last flow stays enabled, and nothing is enabled again when a channel has more flows.
@@ -297,9 +331,11 @@ void TestAudio::leavingSingleFlowKeepsTotals()
 {
     audio();
     single(true);
+    put(0, "TransmitAudTotalChannels", 77);
     single(false);
     QVERIFY(m_dialog->m_pComboAudFlow->isEnabled());
     const Snapshot now = snapshot();
+    QCOMPARE(now.value(QStringLiteral("0:TransmitAudTotalChannels")), QStringLiteral("77"));
     QCOMPARE(now.value(QStringLiteral("0:AudioFlowType")), QStringLiteral("1"));
     QCOMPARE(now.value(QStringLiteral("0:ReceiveAudTotalChannels")), QStringLiteral("2"));
     choose(m_dialog->m_pComboAudFlow, 3);

@@ -11,9 +11,22 @@
 #include <cstdio>
 #include <memory>
 
+#include <dlfcn.h>
+#include <ifaddrs.h>
+
 using namespace DialogTest;
 using namespace LogTest;
 using namespace StoreTest;
+
+static bool noInterfaces = false;
+
+// Stands before the system's: a machine that cannot list its interfaces.
+extern "C" int getifaddrs(ifaddrs **first)
+{
+    if (!noInterfaces)
+        return reinterpret_cast<decltype(&getifaddrs)>(dlsym(RTLD_NEXT, "getifaddrs"))(first);
+    return -1;
+}
 
 namespace {
 
@@ -96,13 +109,20 @@ int closeDialog(const QStringList &words)
     dialog.disconnectSignals();
     dialog.m_pNmosOverride->setChecked(!words.contains(QLatin1String("nmos")));
     dialog.m_pEditRecDstPort->setText(QStringLiteral("5555")); // on screen, but not saved yet
+    dialog.m_LockValues[QStringLiteral("ReceiveDestinationIp0")] = words.contains(QLatin1String("key"));
     if (words.contains(QLatin1String("focus")))
         dialog.m_pEditRecIFace->m_pLineEdit[0]->setFocus();
     if (words.contains(QLatin1String("foreign")))
         dialog.m_pEditSndIFace->setAddress(QStringLiteral("203.0.113.77"));
     dialog.connectSignals();
+    if (words.contains(QLatin1String("key"))) {
+        dialog.m_pLineRecDstAddr->m_pLineEdit[3]->selectAll();
+        QTest::keyClick(dialog.m_pLineRecDstAddr->m_pLineEdit[3], Qt::Key_7);
+    }
     if (words.contains(QLatin1String("cancel")))
         QMetaObject::invokeMethod(&dialog, "cancel");
+    else if (words.contains(QLatin1String("byname")))
+        QMetaObject::invokeMethod(&dialog, "ok");
     else
         QTest::mouseClick(dialog.m_pCmdAccept, Qt::LeftButton);
     return 99;
@@ -139,12 +159,17 @@ private slots:
     void doneUnderNmosSaysNothing();
     void doneListsAbsentInterfaces();
     void doneChecksWhatItHasJustSaved();
+    void doneWhileAFieldIsLeftListsOnce();
+    void theLastKeyIsNotLost();
     void doneRaisesNoSecondAlert();
     void cancelEndsWithoutSaving();
 
     void absentInterfacesInTableOrder();
     void anUnconfiguredChannelGivesSix();
     void theCheckReadsTheShownChannel();
+    void everyTypeIsCheckedWhole();
+    void addressesAreShownAsTheyAre();
+    void withoutAListOfInterfacesNothingIsStored();
     void alert_data();
     void alert();
     void alertOnEveryWayOut_data();
@@ -242,6 +267,31 @@ void TestChecks::doneChecksWhatItHasJustSaved()
     QCOMPARE(result.code, 0);
 }
 
+// The list takes the focus away from the interface field; closing, that is no alert.
+void TestChecks::doneWhileAFieldIsLeftListsOnce()
+{
+    fillInterfaces(QStringLiteral("127.0.0.1"));
+    put(0, "ReceiveInterface", QStringLiteral("198.51.100.1"));
+    commitStore();
+    const Closed result =
+        closed({QStringLiteral("check"), QStringLiteral("focus"), QStringLiteral("byname")});
+    QCOMPARE(result.said, QStringLiteral("box [%1]\n").arg(missing("Video IP ", "198.51.100.1")));
+    QCOMPARE(result.code, 0);
+}
+
+// An address tells of its last key a moment later. "Done" does not wait for that moment, and the locked
+// field still reaches the other elements.
+void TestChecks::theLastKeyIsNotLost()
+{
+    const Closed result = closed({QStringLiteral("key"), QStringLiteral("byname")});
+    QCOMPARE(result.code, 0);
+    const Snapshot now = snapshot();
+    const QString typed = now.value(QStringLiteral("0:ReceiveDestinationIp"));
+    QVERIFY2(typed.contains(QLatin1Char('7')), qPrintable(typed));
+    QCOMPARE(now.value(QStringLiteral("0:ReceiveAncDestinationIp")), typed);
+    QCOMPARE(now.value(QStringLiteral("0:ReceiveAudDestinationIp7")), typed);
+}
+
 // The click takes the focus first, which is one alert; from then on the dialog is closing.
 void TestChecks::doneRaisesNoSecondAlert()
 {
@@ -309,6 +359,45 @@ void TestChecks::theCheckReadsTheShownChannel()
     m_dialog->m_pCheckErrs->setChecked(false);
     QCOMPARE(m_dialog->checkErrors(), 1);
     QCOMPARE(answer.shown(), 1);
+}
+
+// Also on a channel that carries video alone, on purpose.
+void TestChecks::everyTypeIsCheckedWhole()
+{
+    fillInterfaces(QStringLiteral("198.51.100.1"));
+    open();
+    m_dialog->disconnectSignals();
+    m_dialog->m_pComboType->addItem(QStringLiteral("another"), 3);
+    m_dialog->m_pComboType->setCurrentIndex(1);
+    m_dialog->connectSignals();
+    m_dialog->m_pCheckErrs->setChecked(true);
+    ModalAnswer answer(QStringLiteral("OK"));
+    QCOMPARE(m_dialog->checkErrors(), 1);
+    QCOMPARE(answer.text().count(QLatin1Char('\n')), 6);
+    QCOMPARE(answer.text().count(QLatin1String("Anc IP ")), 2);
+}
+
+// What is stored may look like markup; it is shown as it is.
+void TestChecks::addressesAreShownAsTheyAre()
+{
+    fillInterfaces(QStringLiteral("127.0.0.1"));
+    put(0, "ReceiveInterface", QStringLiteral("<b>x</b>"));
+    open();
+    m_dialog->m_pCheckErrs->setChecked(true);
+    ModalAnswer answer(QStringLiteral("OK"));
+    QCOMPARE(m_dialog->checkErrors(), 1);
+    QCOMPARE(answer.text(), missing("Video IP ", "<b>x</b>"));
+}
+
+void TestChecks::withoutAListOfInterfacesNothingIsStored()
+{
+    open();
+    m_dialog->m_pEditRecIFace->setAddress(QStringLiteral("127.0.0.1"));
+    const Snapshot before = snapshot();
+    noInterfaces = true;
+    m_dialog->onInterfaceEdit();
+    noInterfaces = false;
+    QCOMPARE(changes(before, snapshot()), Snapshot());
 }
 
 // ---------------------------------------------------------------------------------------- the alert

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The named configurations of the store, chosen in the header.
+#include "fake/recorder.h"
 #include "support/dialog.h"
 #include "support/snapshot.h"
 
@@ -127,8 +128,11 @@ void TestConfigs::choosingSwitches()
     open();
     const QString before = defaultName();
     m_dialog->m_pConfig->setFocus();
+    Recorder::clear();
     QTest::keyClicks(m_dialog->m_pConfig, QStringLiteral("studio"));
     QCOMPARE(m_dialog->m_pConfig->currentText(), QStringLiteral("studio"));
+    // What is open is saved and closed before the other one is named.
+    QCOMPARE(Recorder::calls(), (QByteArrayList{"close 1", "name studio", "ptp end"}));
     QCOMPARE(m_dialog->m_pLineRecDstAddr->address(), QStringLiteral("239.2.2.2"));
     QCOMPARE(tool({QStringLiteral("default")}), QByteArrayLiteral("studio\n"));
     typeText(m_dialog->m_pEditRecDstPort, QStringLiteral("5004"));

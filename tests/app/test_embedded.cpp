@@ -108,6 +108,9 @@ private slots:
     void doneByNameTakesTheFieldAlong();
     void cancelGivesBackTheStored();
     void cancelInSingleFlowModeNamesEachFlow();
+    void doneTakesTheLastKeyAlong();
+    void theFirstCheckedFlowIsTheEngines();
+    void cancelRightAfterAKey();
     void cancelFromALockedField_data();
     void cancelFromALockedField();
     void escapeGivesNothingBack();
@@ -567,6 +570,60 @@ void TestEmbedded::cancelFromALockedField()
     QCoreApplication::processEvents();
     QCOMPARE(m_engine->taken(), storedList());
     QCOMPARE(answer.shown(), 0);
+}
+
+// An address tells of its last key a moment later, which must not be after everything was given back.
+void TestEmbedded::cancelRightAfterAKey()
+{
+    fillStored();
+    m_dialog->m_pCheckLockRecDstAddr->setChecked(true);
+    QLineEdit *octet = m_dialog->m_pLineRecDstAddr->m_pLineEdit[3];
+    QTest::mouseClick(octet, Qt::LeftButton);
+    QCoreApplication::processEvents();
+    m_engine->taken();
+    QTest::keyClick(octet, Qt::Key_7);
+    QTest::mouseClick(m_dialog->m_pCmdCancel, Qt::LeftButton);
+    QCoreApplication::processEvents();
+    QCOMPARE(m_engine->taken(), storedList());
+}
+
+// Nor after the final settings: the edit and its lock come first.
+void TestEmbedded::doneTakesTheLastKeyAlong()
+{
+    m_dialog->m_pCheckLockRecDstAddr->setChecked(true);
+    QLineEdit *octet = m_dialog->m_pLineRecDstAddr->m_pLineEdit[3];
+    QTest::mouseClick(octet, Qt::LeftButton);
+    QTest::keyClick(octet, Qt::Key_End);
+    QCoreApplication::processEvents();
+    m_engine->taken();
+    QTest::keyClick(octet, Qt::Key_7);
+    QVERIFY(QMetaObject::invokeMethod(m_dialog.get(), "ok"));
+    QCoreApplication::processEvents();
+    const QStringList sent = m_engine->taken();
+    const QString typed = QStringLiteral("239.1.1.17");
+    const QStringList spread = sent.filter(QStringLiteral("tell 75125 "));
+    QCOMPARE(spread.size(), 20); // by the key, and by leaving the field
+    QCOMPARE(spread.filter(typed).size(), 20);
+    QCOMPARE(sent.filter(QStringLiteral("tell 75120 ")).size(), 1);
+    QVERIFY(sent.filter(QStringLiteral("tell 75120 ")).first().contains(typed));
+    QCOMPARE(sent.mid(sent.size() - 4),
+             changed(changed(kVideoUpdate, "75121", "75120"), "239.1.1.1 ", "239.1.1.17 "));
+}
+
+// Several can be checked where the buttons do not exclude each other.
+void TestEmbedded::theFirstCheckedFlowIsTheEngines()
+{
+    click(m_dialog->m_pAudioConfig);
+    m_dialog->disconnectSignals();
+    for (QRadioButton *flow : m_dialog->m_pAudFlowSelect) {
+        flow->setAutoExclusive(false);
+        flow->setChecked(flow == m_dialog->m_pAudFlowSelect[2] || flow == m_dialog->m_pAudFlowSelect[5]);
+    }
+    m_dialog->connectSignals();
+    m_engine->taken();
+    m_dialog->loadData();
+    QCOMPARE(m_engine->taken(), list({"ask 75110 channel 0", "ask 75111 channel 0 element 8192 flow 2",
+                                      "ask 75111 channel 0 element 131072 flow 2"}));
 }
 
 void TestEmbedded::escapeGivesNothingBack()

@@ -5,6 +5,8 @@
 #include "app/fakeengine.h"
 #include "support/dialog.h"
 
+#include <QPointer>
+
 #include <memory>
 
 using namespace DialogTest;
@@ -36,6 +38,8 @@ private slots:
     void audioLayoutOfNothing();
     void settingsFileShowsTheStore();
     void doneChecksTheInterfaces();
+    void hostDeletesItWhileABoxIsOpen_data();
+    void hostDeletesItWhileABoxIsOpen();
 
 private:
     std::unique_ptr<FreshStore> m_store;
@@ -287,6 +291,41 @@ void TestEmbeddedStates::doneChecksTheInterfaces()
     QCOMPARE(sent.size(), 4);
     QVERIFY(sent[1].startsWith(QStringLiteral("tell 75120 ")));
     QCOMPARE(dialog.result(), 1);
+}
+
+void TestEmbeddedStates::hostDeletesItWhileABoxIsOpen_data()
+{
+    QTest::addColumn<QString>("button");
+    for (const char *button : {"m_pCmdAccept", "m_pCmdLoad", "m_pCmdSave", "m_pCmdSaveElement"})
+        QTest::newRow(button) << QString::fromLatin1(button);
+}
+
+void TestEmbeddedStates::hostDeletesItWhileABoxIsOpen()
+{
+    QFETCH(QString, button);
+    setGlobalDword(StorePath::AvHAL, "nmosoverride", 1);
+    StoreTest::put(0, "ReceiveInterface", QStringLiteral("203.0.113.1"));
+    FakeEngine engine;
+    engine.configs[0].type = 1;
+    const QPointer<QCorvel> dialog(new QCorvel(nullptr));
+    show(dialog);
+    click(dialog->m_pCheckErrs);
+    bool deleted = false;
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, this, [&] {
+        QPointer<QWidget> box = QApplication::activeModalWidget();
+        if (!box || !box->isVisible())
+            return;
+        timer.stop();
+        deleted = true;
+        delete dialog;
+        if (box) // a file dialog is not the dialog's own
+            QMetaObject::invokeMethod(box, "reject", Qt::QueuedConnection);
+    });
+    timer.start(5);
+    click(dialog->findChild<QAbstractButton *>(button));
+    QVERIFY(deleted);
+    QVERIFY(!dialog);
 }
 
 CORVEL_DIALOG_TEST_MAIN(TestEmbeddedStates)

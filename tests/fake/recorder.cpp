@@ -108,6 +108,12 @@ int rkCFGClose(void *handle, int save)
     return real(rkCFGClose, "rkCFGClose")(handle, save);
 }
 
+int rkCFGSetDefaultName(const char *name)
+{
+    allCalls.append(QByteArray("name ").append(name));
+    return real(rkCFGSetDefaultName, "rkCFGSetDefaultName")(name);
+}
+
 void ErrOut(const char *format, ...)
 {
     char line[kLineBytes];

@@ -15,6 +15,7 @@ namespace Recorder {
 //   "Name=value"  a text or number written, for channel paths without the path, else "PATH\Name=value"
 //   "save"        the store committed
 //   "close 1"     the store closed (1: saving first)
+//   "name NAME"   another configuration made the default
 //   "log TEXT"    a log line, exactly as it was formatted
 //   "ptp start ADDRESS", "ptp end", "ptp domain N", "ptp target TEXT"   (not handed on: no client is started)
 QByteArrayList calls();

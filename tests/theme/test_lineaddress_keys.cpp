@@ -471,14 +471,24 @@ void TestLineAddressKeys::returnAnnouncesThenLeaves()
 
 void TestLineAddressKeys::returnGoesToTheParentNotTheWindow()
 {
+    // A box that remembers why it was given the focus.
+    class Box : public QWidget {
+    public:
+        using QWidget::QWidget;
+        Qt::FocusReason reason = Qt::NoFocusReason;
+
+    private:
+        void focusInEvent(QFocusEvent *event) override { reason = event->reason(); }
+    };
     QWidget window;
-    QWidget box(&window);
+    Box box(&window);
     QLineAddress field(&box);
     window.show();
     QVERIFY(QTest::qWaitForWindowActive(&window));
     field.m_pLineEdit[0]->setFocus();
     QTest::keyClick(field.m_pLineEdit[0], Qt::Key_Return);
     QCOMPARE(window.focusWidget(), &box);
+    QCOMPARE(box.reason, Qt::OtherFocusReason);
 }
 
 void TestLineAddressKeys::returnWithoutParentClearsTheFocus_data()
