@@ -392,12 +392,14 @@ void TestChecks::addressesAreShownAsTheyAre()
 void TestChecks::withoutAListOfInterfacesNothingIsStored()
 {
     open();
-    m_dialog->m_pEditRecIFace->setAddress(QStringLiteral("127.0.0.1"));
+    m_dialog->m_pEditSndIFace->setAddress(QStringLiteral("127.0.0.1"));
     const Snapshot before = snapshot();
     noInterfaces = true;
     m_dialog->onInterfaceEdit();
     noInterfaces = false;
     QCOMPARE(changes(before, snapshot()), Snapshot());
+    m_dialog->onInterfaceEdit();
+    QVERIFY(changes(before, snapshot()).contains(QStringLiteral("0:TransmitInterface")));
 }
 
 // ---------------------------------------------------------------------------------------- the alert
