@@ -391,6 +391,7 @@ void TestChecks::addressesAreShownAsTheyAre()
 
 void TestChecks::withoutAListOfInterfacesNothingIsStored()
 {
+    put(0, "TransmitInterface", QStringLiteral("198.51.100.1"));
     open();
     m_dialog->m_pEditSndIFace->setAddress(QStringLiteral("127.0.0.1"));
     const Snapshot before = snapshot();
