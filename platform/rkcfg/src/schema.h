@@ -11,7 +11,10 @@ constexpr int64_t applicationId = 0x726B6366; // "rkcf"
 constexpr int64_t schemaVersion = 1;
 
 // The checks are part of quick_check, so a value that was garbled in place is found at open.
+// Each change of a value writes a whole page to the log, so pages are small; stores with larger ones
+// work as well.
 constexpr const char *schemaSql = R"(
+PRAGMA page_size = 1024;
 PRAGMA application_id = 0x726B6366;
 PRAGMA user_version = 1;
 CREATE TABLE setting (

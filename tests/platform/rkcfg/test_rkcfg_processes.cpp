@@ -370,14 +370,22 @@ void TestRkcfgProcesses::childHoldsRealLocks()
 
 void TestRkcfgProcesses::forkAmongBusyThreads()
 {
+    constexpr int threadCount = 4;
     std::atomic<bool> stop{false};
+    std::atomic<int> busy{0};
     std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&stop, t] {
-            for (uint32_t n = 0; !stop; ++n)
-                putNumber("busy", QByteArray::number(t).constData(), n);
+    for (int t = 0; t < threadCount; ++t) {
+        // Nothing but store calls once they are busy: the allocator of the address sanitizer does not survive
+        // a fork in the middle of an allocation, and only inside the library does the fork wait.
+        threads.emplace_back([&stop, &busy, name = QByteArray::number(t)] {
+            for (uint32_t n = 0; !stop; ++n) {
+                putNumber("busy", name.constData(), n);
+                busy += n == 0;
+            }
         });
     }
+    while (busy < threadCount)
+        std::this_thread::yield();
     int good = 0;
     for (uint32_t round = 1; round <= 20; ++round)
         good += inChild([round] { return putNumber("p", "n", round) && number("p", "n") == round; });
