@@ -99,6 +99,16 @@ bool writeSynced(const std::string &path, std::string_view text)
 
 } // namespace
 
+bool wellFormed(std::string_view text)
+{
+    uint32_t code = 0;
+    while (!text.empty()) {
+        if (!takeCharacter(text, code))
+            return false;
+    }
+    return true;
+}
+
 bool validName(std::string_view name)
 {
     if (name.empty() || name.size() > maxNameBytes || name.front() == '.')
