@@ -2,6 +2,7 @@
 #include "rkcfg.h"
 
 #include "calls.h"
+#include "utf8.h"
 
 #include <algorithm>
 #include <cstring>
@@ -62,7 +63,7 @@ int readNumber(const StoreAccess &store, const Key &key, uint32_t *number)
 // A cut text ends before the character that does not fit.
 size_t wholeCharacters(const std::string &text, size_t bytes)
 {
-    while (bytes > 0 && bytes < text.size() && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80)
+    while (bytes > 0 && bytes < text.size() && rk::isContinuation(text[bytes]))
         --bytes;
     return bytes;
 }
