@@ -14,5 +14,8 @@ void addChangeCommands(CLI::App &app, Context &context); // set, unset
 void addDumpCommands(CLI::App &app, Context &context);   // dump, restore, diff
 void addIppCommands(CLI::App &app, Context &context);    // ipp export, import, check
 void addConfigCommands(CLI::App &app, Context &context); // config list, new, copy, rename, delete, use
+void addManyCommands(CLI::App &app, Context &context);   // copy, flows, table export, import
+void addTimeCommands(CLI::App &app, Context &context);   // history, undo, redo, blame
+void addWatchCommand(CLI::App &app, Context &context);   // watch
 
 #endif

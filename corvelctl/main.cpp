@@ -35,6 +35,9 @@ void addFamilies(CLI::App &app, Context &context)
     addDumpCommands(app, context);
     addIppCommands(app, context);
     addConfigCommands(app, context);
+    addManyCommands(app, context);
+    addTimeCommands(app, context);
+    addWatchCommand(app, context);
 }
 
 QByteArrayList commandNames(const CLI::App &app)

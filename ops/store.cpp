@@ -67,16 +67,6 @@ Failure notWritten(const Change &change)
     return refused("the store did not take " + change.path + ' ' + change.name + "; nothing was changed");
 }
 
-// A library without transactions can still take a single value safely.
-Outcome<Done> writeOne(void *handle, const Change &change)
-{
-    if (!write(handle, change))
-        return notWritten(change);
-    if (rkCFGSave(handle, nullptr, 0) != 0)
-        return refused("the change could not be made durable");
-    return Done();
-}
-
 } // namespace
 
 Store::Store() : m_handle(RKCFG_DEFAULT_STORE) {}
@@ -115,6 +105,13 @@ Outcome<Snapshot> Store::read(const QByteArray &path) const
     return std::move(filler.snapshot);
 }
 
+Outcome<Done> Store::save()
+{
+    if (rkCFGSave(m_handle, nullptr, 0) != 0)
+        return refused("the change is stored but could not be made durable");
+    return Done();
+}
+
 Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
 {
     const StoreCalls &calls = storeCalls();
@@ -122,8 +119,9 @@ Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
         return Done();
     if (calls.label && !label.isEmpty())
         calls.label(m_handle, label.constData());
+    // A library without transactions can still take a single value safely.
     if (!calls.begin && changes.size() == 1)
-        return writeOne(m_handle, changes.front());
+        return write(m_handle, changes.front()) ? save() : notWritten(changes.front());
     if (!calls.begin)
         return refused("this configuration library cannot store several values as one; nothing was changed");
     if (calls.begin(m_handle) != 0)
@@ -136,7 +134,7 @@ Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
     }
     if (calls.end(m_handle, 1) != 0)
         return refused("the store did not take the change; nothing was changed");
-    return Done();
+    return save();
 }
 
 } // namespace ops

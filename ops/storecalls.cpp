@@ -22,6 +22,8 @@ StoreCalls lookAll()
     look(calls.end, "rkCFGEnd");
     look(calls.remove, "rkCFGRemove");
     look(calls.label, "rkCFGLabel");
+    look(calls.history, "rkCFGHistory");
+    look(calls.takeBack, "rkCFGTakeBack");
     look(calls.deleteConfiguration, "rkCFGDelete");
     look(calls.renameConfiguration, "rkCFGRename");
     return calls;

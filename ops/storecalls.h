@@ -5,6 +5,8 @@
 #ifndef CORVEL_OPS_STORECALLS_H
 #define CORVEL_OPS_STORECALLS_H
 
+#include "rkcfg.h"
+
 #include <cstdint>
 
 namespace ops {
@@ -16,6 +18,9 @@ struct StoreCalls {
     int (*end)(void *handle, int keep);
     int (*remove)(void *handle, const char *keyPath, const char *valueName);
     int (*label)(void *handle, const char *utf8Label);
+    int (*history)(void *handle, int64_t after, RKCFG_CHANGE_VISITOR visitor, void *context);
+    int (*takeBack)(void *handle, int64_t batch, int force, int dryRun, RKCFG_CHANGE_VISITOR conflict,
+                    void *context, int64_t *newBatch);
     int (*deleteConfiguration)(const char *utf8Name);
     int (*renameConfiguration)(const char *utf8Name, const char *newUtf8Name);
 };
