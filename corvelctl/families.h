@@ -17,5 +17,6 @@ void addConfigCommands(CLI::App &app, Context &context); // config list, new, co
 void addManyCommands(CLI::App &app, Context &context);   // copy, flows, table export, import
 void addTimeCommands(CLI::App &app, Context &context);   // history, undo, redo, blame
 void addWatchCommand(CLI::App &app, Context &context);   // watch
+void addClockCommands(CLI::App &app, Context &context);  // ptp, ptp doctor
 
 #endif

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // corvelctl: the whole server from a shell. docs/corvelctl.1 is its manual.
+#include "corvelctl/complete.h"
 #include "corvelctl/context.h"
 #include "corvelctl/families.h"
 #include "ops/suggest.h"
@@ -38,6 +39,7 @@ void addFamilies(CLI::App &app, Context &context)
     addManyCommands(app, context);
     addTimeCommands(app, context);
     addWatchCommand(app, context);
+    addClockCommands(app, context);
 }
 
 QByteArrayList commandNames(const CLI::App &app)
@@ -87,6 +89,17 @@ int run(CLI::App &app, Context &context, int argc, char **argv)
     return StoreFailed;
 }
 
+// "__complete" and the words so far; before everything else, as they are no words of ours yet.
+int complete(const CLI::App &app, Context &context, int argc, char **argv)
+{
+    QByteArrayList words;
+    for (int at = 2; at < argc; ++at)
+        words.append(argv[at]);
+    for (const QByteArray &candidate : completions(app, context, words))
+        context.out.line(candidate);
+    return context.out.finish() ? Done : StoreFailed;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -99,5 +112,7 @@ int main(int argc, char **argv)
     app.fallthrough();
     addCommonOptions(app, context);
     addFamilies(app, context);
+    if (argc > 1 && qstrcmp(argv[1], "__complete") == 0)
+        return complete(app, context, argc, argv);
     return run(app, context, argc, argv);
 }

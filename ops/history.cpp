@@ -115,7 +115,9 @@ const Batch *findBatch(const std::vector<Batch> &history, qint64 id)
 
 QByteArray takeBackLabel(const Batch &batch, const char *verb)
 {
-    const QByteArray what = batch.label.isEmpty() ? "change #" + QByteArray::number(batch.id) : batch.label;
+    QByteArray what = batch.label.isEmpty() ? "change #" + QByteArray::number(batch.id) : batch.label;
+    if (batch.undoes != 0 && what.startsWith("undo "))
+        what.remove(0, 5); // "redo copy 0 1-7", not "redo undo copy 0 1-7"
     const QByteArray label = verb + (' ' + what);
     return label.size() <= 200 ? label : verb + (" change #" + QByteArray::number(batch.id));
 }

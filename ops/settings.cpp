@@ -84,6 +84,7 @@ private:
     SettingsReader m_reader;
     SettingsRead m_read;
     std::set<int> m_channels;
+    bool m_inSection = false;
     int m_line = 1; // the signature
 };
 
@@ -102,7 +103,8 @@ void Import::store(const SettingsValue &value)
 void Import::ignored(const QByteArray &line)
 {
     const int equals = line.indexOf('=');
-    if (equals > 0)
+    m_inSection = m_inSection || line.startsWith("[channel");
+    if (equals > 0 && m_inSection)
         note(line.left(equals) + " is left out" +
              (line.contains("Interface=") ? ": a file never changes interfaces" : ""));
     const bool section = line.startsWith("[channel");
