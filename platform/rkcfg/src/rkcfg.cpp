@@ -3,6 +3,7 @@
 
 #include "rkos.h"
 #include "store.h"
+#include "utf8.h"
 
 #include <algorithm>
 #include <cstring>
@@ -105,7 +106,7 @@ int writeNumber(const Key &key, uint32_t number)
 // A cut text ends before the character that does not fit.
 size_t wholeCharacters(const std::string &text, size_t bytes)
 {
-    while (bytes > 0 && bytes < text.size() && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80)
+    while (bytes > 0 && bytes < text.size() && rk::isContinuation(text[bytes]))
         --bytes;
     return bytes;
 }

@@ -3,6 +3,7 @@
 // The entry points that hand out and make directories.
 #include "directories.h"
 #include "guard.h"
+#include "privatefolder.h"
 #include "rkos.h"
 #include "userdirs.h"
 
@@ -65,6 +66,6 @@ extern "C" int rkOSMakeDir(const char *path, int mode)
         std::string name(path);
         while (name.size() > 1 && name.back() == '/')
             name.pop_back();
-        return makePath(name, 0777, *permissions) ? 1 : 0;
+        return rk::makePath(name, 0777, *permissions) ? 1 : 0;
     });
 }

@@ -82,9 +82,11 @@ RKPTP_API void rkPTPEnd(PTP_HANDLE handle);
  */
 RKPTP_API int rkPTPGetStatus(PTP_HANDLE handle, int reserved);
 
+#define RKPTP_HIGHEST_DOMAIN 127
+
 /*
- * Chooses the PTP domain, 0 to 127. A change drops what was seen in the domain before; the status is
- * RKPTP_STARTING again. Any other number gives RKPTP_BAD_ARGUMENT, and the client does not run
+ * Chooses the PTP domain, 0 to RKPTP_HIGHEST_DOMAIN. A change drops what was seen in the domain before; the
+ * status is RKPTP_STARTING again. Any other number gives RKPTP_BAD_ARGUMENT, and the client does not run
  * (RKPTP_NO_CLIENT) until a valid one is chosen.
  */
 RKPTP_API int rkPTPSetTargetDomain(PTP_HANDLE handle, uint32_t domain);

@@ -1,9 +1,11 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash
 #
-# Shows a program on a virtual X display, for machines without one. Sourced by ./run after setup.sh; expects `build`.
+# Shows a program on a virtual X display, for machines without one. Sourced by ./run after setup.sh; expects `build`,
+# the folder for the screenshot.
 # Whatever is started here is ended here, by its process id, also when the caller is interrupted.
 
+: "${build:?}"
 helpers=()
 private=
 window=

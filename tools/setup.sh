@@ -2,6 +2,7 @@
 # shellcheck shell=bash
 #
 # What ./run and ./check share: packages, build folders, messages. Sourced by bash; expects `root` to be the source tree.
+: "${root:?}"
 
 PATH=$PATH:/usr/sbin:/sbin # setcap and getcap stand there, and users do not have it
 export LC_ALL=C.UTF-8
@@ -21,6 +22,7 @@ listed() {
 missing() {
   local package command
   local -A installed=()
+  # shellcheck disable=SC2016 # the ${...} are dpkg-query's
   while read -r package; do installed[$package]=1; done < <(
     listed "$@" | cut -d' ' -f1 | xargs dpkg-query -W -f '${db:Status-Status} ${Package}\n' 2>/dev/null |
       sed -n 's/^installed //p')

@@ -51,7 +51,7 @@ export function readSamples(folder) {
 // A require() that finds modules below the first of the folders that holds them.
 export function modulesBelow(folders) {
   const folder = folders.find((candidate) => fs.existsSync(path.join(candidate, 'node_modules', 'sdpoker')));
-  if (!folder) throw new Error(`run "npm ci" in the source folder first (looked in ${folders.join(', ')})`);
+  if (!folder) throw new Error(`run "npm ci" in tests/files/judges first (looked in ${folders.join(', ')})`);
   return { require: createRequire(path.join(folder, 'judge.js')), folder: path.join(folder, 'node_modules') };
 }
 
