@@ -64,6 +64,17 @@ bool writeSynced(const std::string &path, std::string_view text)
 
 } // namespace
 
+bool wellFormed(std::string_view text)
+{
+    while (!text.empty()) {
+        const rk::Character character = rk::firstCharacter(text);
+        if (character.length == 0)
+            return false;
+        text.remove_prefix(character.length);
+    }
+    return true;
+}
+
 bool validName(std::string_view name)
 {
     if (name.empty() || name.size() > maxNameBytes || name.front() == '.')

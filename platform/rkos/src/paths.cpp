@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The entry points that hand out and make directories.
+// The version, and the entry points that hand out and make directories.
 #include "directories.h"
 #include "guard.h"
 #include "privatefolder.h"
@@ -41,6 +41,11 @@ std::optional<mode_t> modeFromDigits(int digits)
 }
 
 } // namespace
+
+extern "C" const char *rkOSVersion(void)
+{
+    return "2.0";
+}
 
 extern "C" int rkOSGetConfigDir(char *buffer)
 {

@@ -53,6 +53,10 @@ typedef void *PTP_HANDLE;
 #define RKPTP_NOT_SYNCED 1 /* there is a client, but no (fresh) sync to answer from */
 #define RKPTP_BAD_ARGUMENT (-1)
 
+/* The version of the interface of the library that is loaded, "2.0". A library of 1 lacks this call, and all
+ * below that say "since 2.0". */
+RKPTP_API const char *rkPTPVersion(void);
+
 /* Size of every text buffer: the text, at most 63 characters, and its end. */
 #define RKPTP_TEXT_SIZE 64
 

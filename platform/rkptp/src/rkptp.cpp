@@ -48,6 +48,11 @@ void splitTime(int64_t nanos, uint64_t *seconds, uint32_t *nanoseconds)
 
 } // namespace
 
+const char *rkPTPVersion(void)
+{
+    return "2.0";
+}
+
 PTP_HANDLE rkPTPStart(const char *interfaceAddress)
 {
     const auto address = parseAddress(interfaceAddress);
