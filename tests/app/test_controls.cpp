@@ -261,7 +261,7 @@ void TestControls::firstStartWritesTwoValues()
 {
     open();
     show(m_dialog.get());
-    QTest::qWait(30); // some ticks
+    letItTick(m_dialog.get());
     const Listing two = {{"KWX\\Advanced\\AvHAL\tnmosoverride", "0"},
                          {"KWX\\Advanced\\Debug\tNMOSUseLog", "0"}};
     QCOMPARE(listing(), two);

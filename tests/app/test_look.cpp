@@ -147,7 +147,7 @@ void TestLook::enter(const State &state)
         click(m_dialog->m_pAncConfig);
     else if (state.shown == Shown::Simple)
         m_dialog->m_pSwapLayout->setCurrentIndex(1);
-    QTest::qWait(30); // the clock lines
+    letItTick(m_dialog.get()); // the clock lines
 }
 
 void TestLook::savePicture(QWidget *window, const QString &name)
