@@ -20,7 +20,7 @@
 namespace {
 
 constexpr const char *eventName = "HalvectNMOSConfigChange_1_tx_{8ba14a78-0bb2-b00b-5f55-bfe29a74a8d8}";
-constexpr int longMs = 20000;
+constexpr int longMs = 60000;
 
 uint64_t openEvent(const char *name = eventName)
 {
