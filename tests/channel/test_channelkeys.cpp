@@ -3,7 +3,7 @@
 // The key table against a list written down independently of it, and a round trip of every row through a
 // store on disk and a second process.
 #include "channel/channelkeys.h"
-#include "support/listing.h"
+#include "support/snapshot.h"
 
 #include <QSet>
 
@@ -147,7 +147,7 @@ void TestChannelKeys::flowNumberOnlyOnPerFlowNames()
 void TestChannelKeys::everyRowRoundTrips()
 {
     const FreshStore store;
-    StoreTest::Listing values;
+    StoreTest::Snapshot values;
     quint32 number = 4023456789u;
     for (const ChannelKey &key : channelKeys()) {
         for (const QByteArray &name : namesOf(key)) {
@@ -157,10 +157,10 @@ void TestChannelKeys::everyRowRoundTrips()
             setCfgValue(name.constData(), value, isText, 2);
             QCOMPARE(cfgValue(name.constData(), isText, 2), value);
             QCOMPARE(cfgValue(name.constData(), isText, 1), isText ? QString() : QStringLiteral("0"));
-            values[StoreTest::channelEntry(2, name)] = value.toLatin1();
+            values[StoreTest::channelEntry(2, name)] = isText ? StoreTest::quoted(value) : value;
         }
     }
-    QCOMPARE(StoreTest::listing(), values);
+    QCOMPARE(StoreTest::snapshot(), values);
 }
 
 void TestChannelKeys::saveOrderOfPlainElements()
