@@ -109,11 +109,11 @@ void TestWheelGuard::closedComboIgnoresTheWheel()
     for (QWidget *over : {static_cast<QWidget *>(combo), static_cast<QWidget *>(combo->lineEdit())}) {
         if (!over)
             continue;
-        const int before = form.area.verticalScrollBar()->value();
+        form.area.verticalScrollBar()->setValue(0); // or the combo box would have gone out of sight
         turnWheel(over);
         QCOMPARE(combo->currentIndex(), 5);
         QCOMPARE(changed.count(), 0);
-        QVERIFY(form.area.verticalScrollBar()->value() > before); // it went on to the page
+        QVERIFY(form.area.verticalScrollBar()->value() > 0); // it went on to the page
     }
 }
 
