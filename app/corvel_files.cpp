@@ -111,7 +111,7 @@ void QCorvel::saveSettings(const QString &path)
         return;
     for (const QByteArray &piece : settingsHeader())
         rkOSfputs(piece.constData(), file);
-    setGlobalDword(StorePath::AvHAL, "nmosoverride", 0);
+    setGlobalDword(StorePath::AvHAL, MachineValue::NmosOverride, 0);
     commitStore();
     const auto value = [this](const char *name, bool isString, int channel) {
         return cfgValue(name, isString, channel);
@@ -203,7 +203,7 @@ void QCorvel::load()
     if (file == RKOS_INVALID_HANDLE)
         return;
     const WaitCursor wait;
-    setCfgValue("lastConfigPath", QFileInfo(answer).absoluteDir().absolutePath(), true, 0);
+    setCfgValue(FirstChannelValue::LastConfigPath, QFileInfo(answer).absoluteDir().absolutePath(), true, 0);
     bool toTheEnd = true;
     QByteArray line;
     if (readLine(file, line)) {
@@ -273,8 +273,9 @@ void QCorvel::loadSdp(quint64 file)
         }
     }
     if (ticked) {
-        const quint32 flags = toDword(cfgValue("ReceiveFlags", false, channel)) | ticked;
-        setCfgValue("ReceiveFlags", QString::number(flags), false, channel);
+        const char *name = channelKey(Element::Video, Side::Receive, Field::Flags).name;
+        const quint32 flags = toDword(cfgValue(name, false, channel)) | ticked;
+        setCfgValue(name, QString::number(flags), false, channel);
     }
     commitStore();
 }

@@ -8,7 +8,8 @@ include(CMakePackageConfigHelpers)
 
 add_library(corvel_library SHARED
   $<TARGET_OBJECTS:corvel_app>
-  $<TARGET_OBJECTS:corvel_channel>
+  $<TARGET_OBJECTS:corvel_keys>
+  $<TARGET_OBJECTS:corvel_store>
   $<TARGET_OBJECTS:corvel_files>
   $<TARGET_OBJECTS:corvel_theme>)
 # The names that the package gives them, so that an example reads the same in this tree and outside.
@@ -35,7 +36,7 @@ endif()
 # The headers include each other by their place in the tree, so that place is kept below include/corvel.
 set(CORVEL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/corvel")
 set(CORVEL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/corvel")
-foreach(header app/corvel.h app/mediacommand.h channel/channelkeys.h theme/lineaddress.h)
+foreach(header app/corvel.h app/mediacommand.h channel/channelkeys.h channel/valuenames.h theme/lineaddress.h)
   get_filename_component(folder ${header} DIRECTORY)
   install(FILES "${CMAKE_SOURCE_DIR}/${header}" DESTINATION "${CORVEL_INCLUDEDIR}/${folder}")
 endforeach()
