@@ -150,8 +150,8 @@ void QCorvel::saveSdpFiles(const QString &answer)
 {
     const SdpFileNames names = sdpFileNames(answer);
     const SdpInput input = sdpInput(0);
-    writeSdpFile(names.rx, writeFileSdp(input, SdpSide::Receive));
-    writeSdpFile(names.tx, writeFileSdp(input, SdpSide::Send));
+    writeSdpFile(names.rx, writeFileSdp(input, Side::Receive));
+    writeSdpFile(names.tx, writeFileSdp(input, Side::Send));
 }
 
 void QCorvel::saveElement()
@@ -172,11 +172,9 @@ void QCorvel::saveElement()
     rkPTPGetDomain(hPTP, domain);
     if (answer.isEmpty())
         return;
-    const SdpElement element = isVideo()   ? SdpElement::Video
-                               : isAudio() ? SdpElement::Audio
-                                           : SdpElement::Anc;
-    writeSdpFile(names.rx, writeElementSdp(input, element, SdpSide::Receive));
-    writeSdpFile(names.tx, writeElementSdp(input, element, SdpSide::Send));
+    const Element element = isVideo() ? Element::Video : isAudio() ? Element::Audio : Element::Anc;
+    writeSdpFile(names.rx, writeElementSdp(input, element, Side::Receive));
+    writeSdpFile(names.tx, writeElementSdp(input, element, Side::Send));
 }
 
 // A file that cannot be created is passed over; the other one of the pair is still tried.
