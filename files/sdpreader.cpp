@@ -216,7 +216,7 @@ const std::string &Reader::text(Field field) const
 }
 
 // The send side ticks the receive boxes. Texts of less than two characters, one-digit ports among them, are
-// passed over.
+// passed over. Deliberate, both.
 void Reader::applySide(Element element, Side side, int flow)
 {
     for (const Part &part : parts()) {
