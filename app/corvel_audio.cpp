@@ -34,16 +34,18 @@ QString defaultConfig()
 void QCorvel::writeAudioTotals(quint32 total)
 {
     const QString text = QString::number(total);
-    setCfgValue("ReceiveAudTotalChannels", text, false, currentChannel());
-    setCfgValue("TransmitAudTotalChannels", text, false, currentChannel());
+    for (const Side side : sideOrder())
+        setCfgValue(channelKey(Element::Audio, side, Field::TotalChannels).name, text, false,
+                    currentChannel());
 }
 
 void QCorvel::enableAudChannel(int)
 {
     if (isStandAlone()) {
         const quint32 channels = comboData(m_pComboAudChan);
-        setCfgValue("ReceiveAudChannels", QString::number(channels), false, currentChannel());
-        setCfgValue("TransmitAudChannels", QString::number(channels), false, currentChannel());
+        for (const Side side : sideOrder())
+            setCfgValue(channelKey(Element::Audio, side, Field::Channels).name, QString::number(channels),
+                        false, currentChannel());
         writeAudioTotals(comboData(m_pComboAudFlow) * channels);
         commitStore();
     } else {
@@ -192,7 +194,7 @@ void QCorvel::onSetConfig()
     if (!m_pConfig)
         return;
     const QByteArray name = m_pConfig->currentData().toString().toUtf8();
-    rkCFGClose(reinterpret_cast<void *>(static_cast<intptr_t>(-1)), 1);
+    rkCFGClose(defaultStore(), 1);
     rkCFGSetDefaultName(name.constData());
     loadData();
 }

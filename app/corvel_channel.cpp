@@ -17,8 +17,13 @@
 
 namespace {
 
-constexpr quint32 kDefaultAudioChannels = 2;
 constexpr int kLastFlow = kFlowCount - 1;
+
+// The simple page shows where video is sent to.
+const char *simpleAddressName()
+{
+    return channelKey(Element::Video, Side::Send, Field::DestinationAddress).name;
+}
 
 } // namespace
 
@@ -171,7 +176,7 @@ const QCorvel::NetworkField &QCorvel::networkField(Side side, Field field) const
         if (row.side == side && row.field == field)
             return row;
     }
-    return m_fields.first(); // not reached: every side has the five fields
+    Q_UNREACHABLE(); // every side has the five fields
 }
 
 // ------------------------------------------------------------------------------------------ loading
@@ -193,7 +198,7 @@ void QCorvel::loadDataStandAlone()
         loadFlowCount(channel);
         const QByteArray suffix = loadFlowSuffix();
         selectFromData(m_pComboType, toDword(cfgValue(ChannelValue::VideoType, false, channel)));
-        const quint32 nmosOverride = globalDword(StorePath::AvHAL, "nmosoverride", 0);
+        const quint32 nmosOverride = globalDword(StorePath::AvHAL, MachineValue::NmosOverride, 0);
         selectFromData(m_pComboVidFormat, toDword(cfgValue(ChannelValue::SignalFormat, false, channel)));
         loadElement(channel, suffix);
         loadClock(channel);
@@ -208,8 +213,11 @@ void QCorvel::loadDataStandAlone()
 // on purpose.
 void QCorvel::loadFlowCount(int channel)
 {
-    const quint32 total = toDword(cfgValue("ReceiveAudTotalChannels", false, channel));
-    const quint32 channels = toDword(cfgValue("ReceiveAudChannels", false, channel));
+    const auto receiveName = [](Field field) {
+        return channelKey(Element::Audio, Side::Receive, field).name;
+    };
+    const quint32 total = toDword(cfgValue(receiveName(Field::TotalChannels), false, channel));
+    const quint32 channels = toDword(cfgValue(receiveName(Field::Channels), false, channel));
     const quint32 flows = total / (channels ? channels : kDefaultAudioChannels);
     selectFromData(m_pComboAudFlow, flows);
     for (quint32 flow = flows + 1; flows < kLastFlow && flow <= kLastFlow; ++flow)
@@ -234,10 +242,10 @@ void QCorvel::loadElement(int channel, const QByteArray &suffix)
 {
     const Element element = currentElement();
     for (const FieldStep &step : loadOrder(element)) {
-        const ChannelKey *key = findChannelKey(element, step.side, step.field);
+        const ChannelKey &key = channelKey(element, step.side, step.field);
         // Audio flags are read from flow 0 whatever flow is shown, on purpose.
-        const QByteArray name = valueName(*key, step.field == Field::Flags ? "0" : suffix);
-        const bool isText = key->stored == Stored::Text;
+        const QByteArray name = valueName(key, step.field == Field::Flags ? "0" : suffix);
+        const bool isText = key.stored == Stored::Text;
         const bool isPort = step.field == Field::SourcePort || step.field == Field::DestinationPort;
         showValue(step.side, step.field, cfgValue(name.constData(), isText, channel, isPort));
     }
@@ -256,8 +264,15 @@ void QCorvel::showValue(Side side, Field field, const QString &value)
     case Field::PacketTime:
         selectFromData(side == Side::Receive ? m_pComboPTimeRx : m_pComboPTimeTx, toDword(value));
         break;
-    default:
+    case Field::TotalChannels: // not shown: it follows from two combos
+        break;
+    case Field::SourceAddress:
+    case Field::SourcePort:
+    case Field::DestinationAddress:
+    case Field::DestinationPort:
+    case Field::Interface:
         networkField(side, field).setValue(value);
+        break;
     }
 }
 
@@ -279,13 +294,13 @@ void QCorvel::loadCommon(int channel)
     m_pEditGmId->setText(cfgValue(ChannelValue::ClockDomain, false, channel));
     m_pEditGmAddress->setText(cfgValue(ChannelValue::ClockGrandMaster, true, channel));
     m_pEditGmAddress->setCursorPosition(0);
-    m_pSimpleAddress->setAddress(cfgValue("TransmitDestinationIp", true, channel));
+    m_pSimpleAddress->setAddress(cfgValue(simpleAddressName(), true, channel));
 }
 
 void QCorvel::lookForInterfaces()
 {
     const QString unset = QStringLiteral("1.0.0.0");
-    const bool noNode = isTextEmpty(channelIpKeyName(0), "nmosip");
+    const bool noNode = isTextEmpty(channelIpKeyName(0), FirstChannelValue::NmosIp);
     if (m_pEditRecIFace->address() == unset || m_pEditSndIFace->address() == unset ||
         m_pSimpleAddress->address() == unset || noNode)
         findDefaultInterface();
@@ -313,7 +328,7 @@ void QCorvel::saveDataStandAlone()
     setCfgValue(ChannelValue::ClockDomain, m_pEditGmId->text(), false, channel);
     // While NMOS is in charge the simple page's address is the one that is sent to.
     if (!m_pNmosOverride->isChecked())
-        setCfgValue("TransmitDestinationIp", m_pSimpleAddress->address(), true, channel);
+        setCfgValue(simpleAddressName(), m_pSimpleAddress->address(), true, channel);
     commitStore();
 }
 
@@ -322,9 +337,9 @@ void QCorvel::saveShownElement(int channel)
     const Element element = currentElement();
     const QByteArray suffix = saveFlowSuffix();
     for (const FieldStep &step : saveOrder(element)) {
-        const ChannelKey *key = findChannelKey(element, step.side, step.field);
-        setCfgValue(valueName(*key, suffix).constData(), shownValue(step.side, step.field),
-                    key->stored == Stored::Text, channel);
+        const ChannelKey &key = channelKey(element, step.side, step.field);
+        setCfgValue(valueName(key, suffix).constData(), shownValue(step.side, step.field),
+                    key.stored == Stored::Text, channel);
     }
     if (element == Element::Anc)
         return;
@@ -353,9 +368,16 @@ QString QCorvel::shownValue(Side side, Field field) const
         return QString::number(comboData(m_pComboAudChan));
     case Field::PacketTime:
         return QString::number(comboData(receive ? m_pComboPTimeRx : m_pComboPTimeTx));
-    default:
-        return networkField(side, field).value();
+    case Field::TotalChannels:
+        return QString::number(comboData(m_pComboAudFlow) * comboData(m_pComboAudChan));
+    case Field::SourceAddress:
+    case Field::SourcePort:
+    case Field::DestinationAddress:
+    case Field::DestinationPort:
+    case Field::Interface:
+        break;
     }
+    return networkField(side, field).value();
 }
 
 quint32 QCorvel::shownFlags(Side side) const

@@ -50,7 +50,7 @@ int QCorvel::checkErrors()
     if (m_pCheckErrs->isChecked()) {
         const int channel = m_pChannel->currentData().toInt();
         for (const InterfaceCheck &row : kInterfaceChecks) {
-            const char *key = findChannelKey(row.element, row.side, Field::Interface)->name;
+            const char *key = channelKey(row.element, row.side, Field::Interface).name;
             const QString address = cfgValue(key, true, channel);
             if (!interfaceExists(address))
                 text +=
@@ -115,9 +115,9 @@ void QCorvel::onInterfaceEdit()
     const int channel = currentChannel();
     if (isLocked(field)) {
         for (const Element element : {Element::Video, Element::Audio, Element::Anc})
-            setCfgValue(findChannelKey(element, side, Field::Interface)->name, address, true, channel);
+            setCfgValue(channelKey(element, side, Field::Interface).name, address, true, channel);
     }
-    setCfgValue(findChannelKey(currentElement(), side, Field::Interface)->name, address, true, channel);
+    setCfgValue(channelKey(currentElement(), side, Field::Interface).name, address, true, channel);
     commitStore();
 }
 

@@ -374,10 +374,10 @@ void QCorvel::loadNmosSwitches()
         QCheckBox *box;
     };
     const Switch switches[] = {
-        {StorePath::AvHAL, "nmosoverride", m_pNmosOverride},
-        {StorePath::Debug, "NMOSUseLog", m_pNmosOutLog},
+        {StorePath::AvHAL, MachineValue::NmosOverride, m_pNmosOverride},
+        {StorePath::Debug, MachineValue::NmosUseLog, m_pNmosOutLog},
     };
-    void *const store = reinterpret_cast<void *>(static_cast<intptr_t>(-1));
+    void *const store = defaultStore();
     for (const Switch &row : switches) {
         quint32 value = 0;
         if (rkCFGValueDword(store, row.path, row.name, &value, 0) != 0) {
@@ -397,8 +397,10 @@ void QCorvel::lockInterfaces()
     m_pCheckLockSndDstIFace->setChecked(true);
     const int channels = channelCount();
     for (int channel = 0; channel < channels; ++channel) {
-        m_LockValues[QStringLiteral("ReceiveInterface%1").arg(channel)] = true;
-        m_LockValues[QStringLiteral("TransmitInterface%1").arg(channel)] = true;
+        for (const NetworkField &field : qAsConst(m_fields)) {
+            if (field.field == Field::Interface)
+                m_LockValues[lockName(field, channel)] = true;
+        }
     }
 }
 

@@ -111,7 +111,7 @@ void QCorvel::saveSettings(const QString &path)
         return;
     for (const QByteArray &piece : settingsHeader())
         rkOSfputs(piece.constData(), file);
-    setGlobalDword(StorePath::AvHAL, "nmosoverride", 0);
+    setGlobalDword(StorePath::AvHAL, MachineValue::NmosOverride, 0);
     commitStore();
     const auto value = [this](const char *name, bool isString, int channel) {
         return cfgValue(name, isString, channel);
@@ -150,8 +150,8 @@ void QCorvel::saveSdpFiles(const QString &answer)
 {
     const SdpFileNames names = sdpFileNames(answer);
     const SdpInput input = sdpInput(0);
-    writeSdpFile(names.rx, writeFileSdp(input, SdpSide::Receive));
-    writeSdpFile(names.tx, writeFileSdp(input, SdpSide::Send));
+    writeSdpFile(names.rx, writeFileSdp(input, Side::Receive));
+    writeSdpFile(names.tx, writeFileSdp(input, Side::Send));
 }
 
 void QCorvel::saveElement()
@@ -172,11 +172,9 @@ void QCorvel::saveElement()
     rkPTPGetDomain(hPTP, domain);
     if (answer.isEmpty())
         return;
-    const SdpElement element = isVideo()   ? SdpElement::Video
-                               : isAudio() ? SdpElement::Audio
-                                           : SdpElement::Anc;
-    writeSdpFile(names.rx, writeElementSdp(input, element, SdpSide::Receive));
-    writeSdpFile(names.tx, writeElementSdp(input, element, SdpSide::Send));
+    const Element element = isVideo() ? Element::Video : isAudio() ? Element::Audio : Element::Anc;
+    writeSdpFile(names.rx, writeElementSdp(input, element, Side::Receive));
+    writeSdpFile(names.tx, writeElementSdp(input, element, Side::Send));
 }
 
 // A file that cannot be created is passed over; the other one of the pair is still tried.
@@ -203,7 +201,7 @@ void QCorvel::load()
     if (file == RKOS_INVALID_HANDLE)
         return;
     const WaitCursor wait;
-    setCfgValue("lastConfigPath", QFileInfo(answer).absoluteDir().absolutePath(), true, 0);
+    setCfgValue(FirstChannelValue::LastConfigPath, QFileInfo(answer).absoluteDir().absolutePath(), true, 0);
     bool toTheEnd = true;
     QByteArray line;
     if (readLine(file, line)) {
@@ -273,8 +271,9 @@ void QCorvel::loadSdp(quint64 file)
         }
     }
     if (ticked) {
-        const quint32 flags = toDword(cfgValue("ReceiveFlags", false, channel)) | ticked;
-        setCfgValue("ReceiveFlags", QString::number(flags), false, channel);
+        const char *name = channelKey(Element::Video, Side::Receive, Field::Flags).name;
+        const quint32 flags = toDword(cfgValue(name, false, channel)) | ticked;
+        setCfgValue(name, QString::number(flags), false, channel);
     }
     commitStore();
 }

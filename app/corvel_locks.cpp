@@ -49,8 +49,8 @@ const FieldStep kGroupOrder[] = {
 // The video value name stands for the field of all elements, with the channel number behind it.
 QString QCorvel::lockName(const NetworkField &field, int channel) const
 {
-    const ChannelKey *key = findChannelKey(Element::Video, field.side, field.field);
-    return QLatin1String(key->name) + QString::number(channel);
+    const ChannelKey &key = channelKey(Element::Video, field.side, field.field);
+    return QLatin1String(key.name) + QString::number(channel);
 }
 
 bool QCorvel::isLocked(const NetworkField &field) const
@@ -121,8 +121,8 @@ void QCorvel::propagate(const NetworkField &field, int channel)
 {
     const QString value = field.value();
     const auto write = [&](Element element, const QByteArray &suffix) {
-        const ChannelKey *key = findChannelKey(element, field.side, field.field);
-        setCfgValue(valueName(*key, suffix).constData(), value, key->stored == Stored::Text, channel);
+        const ChannelKey &key = channelKey(element, field.side, field.field);
+        setCfgValue(valueName(key, suffix).constData(), value, key.stored == Stored::Text, channel);
     };
     write(Element::Audio, "0");
     for (int flow = 0; flow < kFlowCount; ++flow)

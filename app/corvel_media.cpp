@@ -13,7 +13,6 @@
 namespace {
 
 constexpr int kNoType = -1; // item data of "N/A"
-constexpr quint32 kDefaultAudioChannels = 2;
 
 template<int Size>
 void copyText(char (&target)[Size], const QString &text)
