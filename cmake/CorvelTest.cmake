@@ -38,3 +38,13 @@ function(corvel_test_env name)
   set_tests_properties(${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}"
     ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_FONT_DPI=96;${sanitizers};${T_ENV}")
 endfunction()
+
+# corvel_with_threads(NAME...): these tests run under the thread sanitizer as well (preset tsan), because in them two threads
+# meet in our code. The target tests_with_threads makes their programs.
+add_custom_target(tests_with_threads)
+function(corvel_with_threads)
+  foreach(name ${ARGN})
+    add_dependencies(tests_with_threads ${name})
+    set_property(TEST ${name} APPEND PROPERTY LABELS threads)
+  endforeach()
+endfunction()
