@@ -15,6 +15,8 @@
 #include <QRadioButton>
 #include <QSignalBlocker>
 
+#include <algorithm>
+
 namespace {
 
 constexpr quint32 kDefaultAudioChannels = 2;
@@ -167,11 +169,12 @@ QWidget *QCorvel::NetworkField::control() const
 
 const QCorvel::NetworkField &QCorvel::networkField(Side side, Field field) const
 {
-    for (const NetworkField &row : m_fields) {
-        if (row.side == side && row.field == field)
-            return row;
-    }
-    return m_fields.first(); // not reached: every side has the five fields
+    const auto row = std::find_if(m_fields.cbegin(), m_fields.cend(), [=](const NetworkField &candidate) {
+        return candidate.side == side && candidate.field == field;
+    });
+    if (row == m_fields.cend())
+        qFatal("field %d is no network field", static_cast<int>(field)); // a neighbour would be overwritten
+    return *row;
 }
 
 // ------------------------------------------------------------------------------------------ loading
@@ -256,8 +259,15 @@ void QCorvel::showValue(Side side, Field field, const QString &value)
     case Field::PacketTime:
         selectFromData(side == Side::Receive ? m_pComboPTimeRx : m_pComboPTimeTx, toDword(value));
         break;
-    default:
+    case Field::SourceAddress:
+    case Field::SourcePort:
+    case Field::DestinationAddress:
+    case Field::DestinationPort:
+    case Field::Interface:
         networkField(side, field).setValue(value);
+        break;
+    case Field::TotalChannels: // shown as the number of flows, by loadFlowCount
+        break;
     }
 }
 
@@ -353,9 +363,16 @@ QString QCorvel::shownValue(Side side, Field field) const
         return QString::number(comboData(m_pComboAudChan));
     case Field::PacketTime:
         return QString::number(comboData(receive ? m_pComboPTimeRx : m_pComboPTimeTx));
-    default:
-        return networkField(side, field).value();
+    case Field::TotalChannels:
+        return QString::number(comboData(m_pComboAudFlow) * comboData(m_pComboAudChan));
+    case Field::SourceAddress:
+    case Field::SourcePort:
+    case Field::DestinationAddress:
+    case Field::DestinationPort:
+    case Field::Interface:
+        break;
     }
+    return networkField(side, field).value();
 }
 
 quint32 QCorvel::shownFlags(Side side) const
