@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// Locks: a locked field holds one value for all elements of its channel. Locks live in the dialog only.
+// Slots, locks: a locked field holds one value for all elements of its channel. Locks live in the dialog
+// only.
 #include "app/corvel.h"
 #include "channel/channelstore.h"
-#include "theme/lineaddress.h"
 
 #include <QCheckBox>
-#include <QLineEdit>
 
 namespace {
 
@@ -45,6 +44,19 @@ const FieldStep kGroupOrder[] = {
 // clang-format on
 
 } // namespace
+
+// Interfaces are locked from the start, on every channel, on purpose: a machine's elements normally
+// share their network interfaces.
+void QCorvel::lockInterfaces()
+{
+    m_pCheckLockRecDstIFace->setChecked(true);
+    m_pCheckLockSndDstIFace->setChecked(true);
+    const int channels = channelCount();
+    for (int channel = 0; channel < channels; ++channel) {
+        m_LockValues[QStringLiteral("ReceiveInterface%1").arg(channel)] = true;
+        m_LockValues[QStringLiteral("TransmitInterface%1").arg(channel)] = true;
+    }
+}
 
 // The video value name stands for the field of all elements, with the channel number behind it.
 QString QCorvel::lockName(const NetworkField &field, int channel) const

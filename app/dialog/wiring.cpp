@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Frame: which control runs which slot. One list, applied by connectSignals and undone by
+// Class floor: which control runs which slot. One list, applied by connectSignals and undone by
 // disconnectSignals. The two nest: only the outermost pair touches the connections.
 #include "app/corvel.h"
 #include "theme/lineaddress.h"

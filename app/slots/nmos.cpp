@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// NMOS link: the node's connection settings, the override switch, and session descriptions pushed from
+// Slots, NMOS: the node's connection settings, the override switch, and session descriptions pushed from
 // outside. The node itself runs in a service of its own; it hears of a change by a named event.
 #include "app/corvel.h"
 #include "app/localinterface.h"
 #include "app/nmosthread.h"
 #include "channel/channelstore.h"
+#include "rkcfg.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
 
@@ -60,7 +61,7 @@ bool writeDescription(const char *path, const void *data, int size)
 
 } // namespace
 
-// ------------------------------------------------------------------------------------ node settings
+// -------------------------------------------------------------------------------------- node settings
 
 void QCorvel::loadNmosCfg()
 {
@@ -92,7 +93,31 @@ void QCorvel::onSetNmosCfg()
     m_pNmosCfg->close();
 }
 
-// ----------------------------------------------------------------------------------------- switches
+// ------------------------------------------------------------------------------------------- switches
+
+// Both switches exist in the store after the first start: one that could not be read is written back.
+void QCorvel::loadNmosSwitches()
+{
+    struct Switch {
+        const char *path;
+        const char *name;
+        QCheckBox *box;
+    };
+    const Switch switches[] = {
+        {StorePath::AvHAL, "nmosoverride", m_pNmosOverride},
+        {StorePath::Debug, "NMOSUseLog", m_pNmosOutLog},
+    };
+    void *const store = reinterpret_cast<void *>(static_cast<intptr_t>(-1));
+    for (const Switch &row : switches) {
+        quint32 value = 0;
+        if (rkCFGValueDword(store, row.path, row.name, &value, 0) != 0) {
+            rkCFGValueDword(store, row.path, row.name, &value, 1);
+            commitStore();
+        }
+        row.box->setChecked(value != 0);
+    }
+    bNmosUseLog = m_pNmosOutLog->isChecked();
+}
 
 void QCorvel::overrideNmos(bool checked)
 {
@@ -157,7 +182,7 @@ void QCorvel::toggleNmosLog(bool on)
         restartNmos();
 }
 
-// ------------------------------------------------------------------------------ pushed descriptions
+// -------------------------------------------------------------------------------- pushed descriptions
 
 // The description is applied even while NMOS is overridden; only the notification is then left out, on
 // purpose.
@@ -228,7 +253,7 @@ void QCorvel::nmosEventTimeout(int channel)
     rkOSCloseEvent(event);
 }
 
-// ------------------------------------------------------------- hooks of a node inside the process
+// ----------------------------------------------------------------- hooks of a node inside the process
 
 int nmosInitNode()
 {

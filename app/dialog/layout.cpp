@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Frame: where the controls stand, their names for assistive tools and the tab order. All lengths are
-// for 96 dpi and scaled by the font factor.
+// Class floor: where the controls stand. All lengths are for 96 dpi and scaled by the font factor.
 //
 // From the top: header band 40, NMOS row 34, page 522, command band 44; 660 wide. The full page is a
 // grid of four columns (label, field, use, lock) with the receive block in rows 4 to 9, the send block

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// The embedded dialog's side of the engine: settings asked for and sent as media commands. Stand-alone
-// none of this runs, but for updateSettings.
+// Slots, engine: the embedded dialog asks the engine of its host for settings and sends them. Stand-alone
+// none of this runs.
 #include "app/corvel.h"
 #include "channel/channelstore.h"
 #include "theme/lineaddress.h"
 
 #include <QComboBox>
 #include <QLineEdit>
-#include <QRadioButton>
 
 namespace {
 
@@ -37,43 +36,7 @@ void toEngine(MEDIACMD &command, int mode)
 
 } // namespace
 
-MEDIACMD QCorvel::mediaCommand(quint32 code) const
-{
-    MEDIACMD command;
-    command.code = code;
-    command.channel = currentChannel();
-    return command;
-}
-
-// A command about one side of the element that is shown.
-MEDIACMD QCorvel::elementCommand(quint32 code, Side side) const
-{
-    MEDIACMD command = mediaCommand(code);
-    quint32 receive = 0;
-    quint32 transmit = 0;
-    getRecSndTypes(&receive, &transmit);
-    command.element = side == Side::Receive ? receive : transmit;
-    command.flow = isAudio() ? engineFlow() : 0;
-    return command;
-}
-
-// The first checked flow, flow 0 when none is.
-int QCorvel::engineFlow() const
-{
-    for (int flow = 0; flow < kFlowCount; ++flow) {
-        if (m_pAudFlowSelect[flow]->isChecked())
-            return flow;
-    }
-    return 0;
-}
-
-quint32 QCorvel::audioLayout() const
-{
-    const quint32 channels = comboData(m_pComboAudChan);
-    return (comboData(m_pComboAudFlow) * channels) << 16 | channels;
-}
-
-// ------------------------------------------------------------------------------------------ loading
+// -------------------------------------------------------------------------------------------- loading
 
 void QCorvel::loadEmbedded()
 {
@@ -152,7 +115,7 @@ void QCorvel::showAudioLayout(Side side, quint32 layout)
     enableFlowSelectors();
 }
 
-// ------------------------------------------------------------------------------------------ sending
+// -------------------------------------------------------------------------------------------- sending
 
 void QCorvel::updateSettings(bool final)
 {

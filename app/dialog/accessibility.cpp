@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Frame: what assistive tools and the keyboard see: accessible names, tool tips, buddies, tab order.
+// Class floor: what assistive tools and the keyboard see: accessible names, tool tips, buddies, tab order.
 #include "app/corvel.h"
 #include "theme/lineaddress.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Files: the commands that load and save settings files and session descriptions. What stands in them
+// Slots, files: the commands that load and save settings files and session descriptions. What stands in them
 // is the business of files/; here values are collected, files opened and answers applied.
 #include "app/corvel.h"
 #include "channel/channelstore.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Clock status: keeps the software PTP client in line with the dialog and shows the clock ten
-// milliseconds by ten milliseconds.
+// Slots, clock: keeps the software PTP client in line with the dialog and shows the clock a hundred times a
+// second.
 #include "app/corvel.h"
 #include "app/digitgroups.h"
 #include "channel/channelstore.h"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Validation: do the network interfaces that the channel names exist on this machine? And the three ways
-// of closing.
+// Slots, checks: do the network interfaces that the channel names exist on this machine?
 #include "app/corvel.h"
 #include "app/localinterface.h"
 #include "channel/channelstore.h"
@@ -10,9 +9,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QPointer>
-#include <QRadioButton>
 #include <QTextEdit>
 
 namespace {
@@ -129,77 +126,4 @@ int QCorvel::findDefaultInterface()
 QString QCorvel::GetIP(QString text) const
 {
     return text.section(QLatin1Char(' '), 0, 0);
-}
-
-// ------------------------------------------------------------------------------------------ closing
-
-// An address tells of a key a moment after it; what waits to be told is told now.
-void QCorvel::finishKeys()
-{
-    for (QLineAddress *address : findChildren<QLineAddress *>())
-        QCoreApplication::sendPostedEvents(address, QEvent::MetaCall);
-}
-
-// A field that still has the focus would lose it when the dialog is hidden, after everything was sent, and
-// count as edited then.
-void QCorvel::leaveField()
-{
-    finishKeys();
-    if (QWidget *field = focusWidget())
-        field->clearFocus();
-}
-
-void QCorvel::ok()
-{
-    m_bClosing = true;
-    if (isStandAlone()) {
-        finishKeys();
-        saveDataStandAlone();
-        checkErrors();
-        shutdown();
-        return;
-    }
-    leaveField();
-    updateSettings(true);
-    const QPointer<QCorvel> self(this);
-    checkErrors();
-    if (self)
-        done(1);
-}
-
-// Embedded: edits went to the engine and not to the store, so the engine gets back what is stored, element
-// by element and flow by flow.
-void QCorvel::cancel()
-{
-    if (isStandAlone()) {
-        loadDataStandAlone();
-        shutdown();
-        return;
-    }
-    {
-        const SignalBracket bracket(this);
-        leaveField(); // "Cancel" takes no focus; nothing listens to the field here
-        const auto restore = [this] {
-            loadDataStandAlone();
-            updateSettings(false);
-        };
-        for (QRadioButton *element : {m_pVideoConfig, m_pAncConfig}) {
-            element->setChecked(true);
-            restore();
-        }
-        m_pAudioConfig->setChecked(true);
-        for (QRadioButton *flow : m_pAudFlowSelect) {
-            selectOnlyFlow(flow);
-            restore();
-        }
-    }
-    done(0);
-}
-
-void QCorvel::showurls()
-{
-    if (isStandAlone())
-        loadDataStandAlone();
-    else
-        done(3);
 }

@@ -1,22 +1,20 @@
 // SPDX-License-Identifier: MIT
 //
-// Frame: the controls and their start values, and the contents of the combo boxes. Places are in
-// corvel_layout.cpp, signals in corvel_wiring.cpp.
+// Class floor: makes the controls and fills the combo boxes. Places are in layout.cpp, signals in
+// wiring.cpp.
 #include "app/corvel.h"
 #include "channel/channelstore.h"
 #include "channel/videoformats.h"
-#include "rkcfg.h"
 #include "theme/lineaddress.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDialog>
+#include <QFont>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTextDocument>
 #include <QTextEdit>
 
 namespace {
@@ -71,12 +69,6 @@ void fillNumbers(QComboBox *combo, quint32 first, quint32 last, quint32 step)
 }
 
 } // namespace
-
-// ----------------------------------------------------------------- making one control of each kind
-
-// Fonts are given to every control by hand: one with a style sheet of its own, or made after the dialog
-// got its font, would fall back to the application's. Controls are one point smaller than the dialog, as
-// the style sheet has them too; so everything also fits in a host that brings no style sheet.
 
 QFont QCorvel::controlFont() const
 {
@@ -145,30 +137,7 @@ QRadioButton *QCorvel::newRadio(const char *name, const QString &text, QWidget *
     return radio;
 }
 
-// ------------------------------------------------------------------------------- the whole dialog
-
-void QCorvel::initCtrls()
-{
-    setFont(QFont(m_fontFamily, m_fontSize));
-    createHeader();
-    createNmosRow();
-    createFormatRows();
-    createElementRow();
-    createReceiveBlock();
-    createSendBlock();
-    createClockBlock();
-    createSimplePage();
-    createCommands();
-    createErrorDialog();
-    createNmosDialog();
-    m_fields = networkFields();
-    loadNmosSwitches();
-    lockInterfaces();
-    buildLayout();
-    describeControls();
-    setTabOrders();
-    showElementControls();
-}
+// --------------------------------------------------------------------------- the blocks of the dialog
 
 void QCorvel::createHeader()
 {
@@ -363,44 +332,7 @@ void QCorvel::createNmosDialog()
     connect(m_pSetNmosCfg, &QPushButton::clicked, this, &QCorvel::onSetNmosCfg);
 }
 
-// ------------------------------------------------------------------------------------ start values
-
-// Both switches exist in the store after the first start: one that could not be read is written back.
-void QCorvel::loadNmosSwitches()
-{
-    struct Switch {
-        const char *path;
-        const char *name;
-        QCheckBox *box;
-    };
-    const Switch switches[] = {
-        {StorePath::AvHAL, "nmosoverride", m_pNmosOverride},
-        {StorePath::Debug, "NMOSUseLog", m_pNmosOutLog},
-    };
-    void *const store = reinterpret_cast<void *>(static_cast<intptr_t>(-1));
-    for (const Switch &row : switches) {
-        quint32 value = 0;
-        if (rkCFGValueDword(store, row.path, row.name, &value, 0) != 0) {
-            rkCFGValueDword(store, row.path, row.name, &value, 1);
-            commitStore();
-        }
-        row.box->setChecked(value != 0);
-    }
-    bNmosUseLog = m_pNmosOutLog->isChecked();
-}
-
-// Interfaces are locked from the start, on every channel, on purpose: a machine's elements normally
-// share their network interfaces.
-void QCorvel::lockInterfaces()
-{
-    m_pCheckLockRecDstIFace->setChecked(true);
-    m_pCheckLockSndDstIFace->setChecked(true);
-    const int channels = channelCount();
-    for (int channel = 0; channel < channels; ++channel) {
-        m_LockValues[QStringLiteral("ReceiveInterface%1").arg(channel)] = true;
-        m_LockValues[QStringLiteral("TransmitInterface%1").arg(channel)] = true;
-    }
-}
+// ------------------------------------------------------------------------ contents of the combo boxes
 
 void QCorvel::fillTypes()
 {

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+//
+// Slots, closing: "Done", "Cancel" and "Show URLs".
+#include "app/corvel.h"
+#include "theme/lineaddress.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QPointer>
+#include <QRadioButton>
+
+#include <cstdlib>
+
+// An address tells of a key a moment after it; what waits to be told is told now.
+void QCorvel::finishKeys()
+{
+    for (QLineAddress *address : findChildren<QLineAddress *>())
+        QCoreApplication::sendPostedEvents(address, QEvent::MetaCall);
+}
+
+// A field that still has the focus would lose it when the dialog is hidden, after everything was sent, and
+// count as edited then.
+void QCorvel::leaveField()
+{
+    finishKeys();
+    if (QWidget *field = focusWidget())
+        field->clearFocus();
+}
+
+void QCorvel::ok()
+{
+    m_bClosing = true;
+    if (isStandAlone()) {
+        finishKeys();
+        saveDataStandAlone();
+        checkErrors();
+        shutdown();
+        return;
+    }
+    leaveField();
+    updateSettings(true);
+    const QPointer<QCorvel> self(this);
+    checkErrors();
+    if (self)
+        done(1);
+}
+
+// Embedded: edits went to the engine and not to the store, so the engine gets back what is stored, element
+// by element and flow by flow.
+void QCorvel::cancel()
+{
+    if (isStandAlone()) {
+        loadDataStandAlone();
+        shutdown();
+        return;
+    }
+    {
+        const SignalBracket bracket(this);
+        leaveField(); // "Cancel" takes no focus; nothing listens to the field here
+        const auto restore = [this] {
+            loadDataStandAlone();
+            updateSettings(false);
+        };
+        for (QRadioButton *element : {m_pVideoConfig, m_pAncConfig}) {
+            element->setChecked(true);
+            restore();
+        }
+        m_pAudioConfig->setChecked(true);
+        for (QRadioButton *flow : m_pAudFlowSelect) {
+            selectOnlyFlow(flow);
+            restore();
+        }
+    }
+    done(0);
+}
+
+void QCorvel::showurls()
+{
+    if (isStandAlone())
+        loadDataStandAlone();
+    else
+        done(3);
+}
+
+void QCorvel::shutdown()
+{
+    killTimer(timerId);
+    rkPTPEnd(hPTP);
+    ::exit(0);
+}

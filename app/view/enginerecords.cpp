@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+//
+// View: media commands, filled from what is shown.
+#include "app/corvel.h"
+
+#include <QComboBox>
+
+MEDIACMD QCorvel::mediaCommand(quint32 code) const
+{
+    MEDIACMD command;
+    command.code = code;
+    command.channel = currentChannel();
+    return command;
+}
+
+// A command about one side of the element that is shown.
+MEDIACMD QCorvel::elementCommand(quint32 code, Side side) const
+{
+    MEDIACMD command = mediaCommand(code);
+    quint32 receive = 0;
+    quint32 transmit = 0;
+    getRecSndTypes(&receive, &transmit);
+    command.element = side == Side::Receive ? receive : transmit;
+    command.flow = isAudio() ? engineFlow() : 0;
+    return command;
+}
+
+quint32 QCorvel::audioLayout() const
+{
+    const quint32 channels = comboData(m_pComboAudChan);
+    return (comboData(m_pComboAudFlow) * channels) << 16 | channels;
+}
