@@ -3,6 +3,7 @@
 // The roof: construction of the whole dialog. It calls every floor below and nothing calls it.
 #include "app/corvel.h"
 #include "app/dialog/frame.h"
+#include "app/dialog/private.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -25,7 +26,8 @@ constexpr int kPollIntervalMs = 10;
 
 } // namespace
 
-QCorvel::QCorvel(bool standAlone, QWidget *parent) : QDialog(parent)
+QCorvel::QCorvel(bool standAlone, QWidget *parent)
+    : QDialog(parent), d(std::make_unique<QCorvelPrivate>(this))
 {
     initResources();
     init(standAlone);
@@ -33,7 +35,7 @@ QCorvel::QCorvel(bool standAlone, QWidget *parent) : QDialog(parent)
         applyStyleSheet(QStringLiteral(":/resources/default.qss"));
 }
 
-QCorvel::QCorvel(QWidget *parent) : QDialog(parent)
+QCorvel::QCorvel(QWidget *parent) : QDialog(parent), d(std::make_unique<QCorvelPrivate>(this))
 {
     initResources();
     init(false);
@@ -74,8 +76,8 @@ void QCorvel::init(bool standAlone)
     m_pComboReceive->setEnabled(false);
     m_pComboSend->setEnabled(false);
     const bool multi = isMultiType();
-    showElementRadios(true, multi);
-    applyFixedSize();
+    d->showElementRadios(true, multi);
+    d->applyFixedSize();
     checkPTP();
     timerId = startTimer(kPollIntervalMs, Qt::CoarseTimer);
     if (!m_pNmosOverride->isChecked())
@@ -85,22 +87,22 @@ void QCorvel::init(bool standAlone)
 void QCorvel::initCtrls()
 {
     setFont(QFont(m_fontFamily, m_fontSize));
-    createHeader();
-    createNmosRow();
-    createFormatRows();
-    createElementRow();
-    createReceiveBlock();
-    createSendBlock();
-    createClockBlock();
-    createSimplePage();
-    createCommands();
-    createErrorDialog();
-    createNmosDialog();
-    m_fields = networkFields();
-    loadNmosSwitches();
-    lockInterfaces();
-    buildLayout();
-    describeControls();
-    setTabOrders();
-    showElementControls();
+    d->createHeader();
+    d->createNmosRow();
+    d->createFormatRows();
+    d->createElementRow();
+    d->createReceiveBlock();
+    d->createSendBlock();
+    d->createClockBlock();
+    d->createSimplePage();
+    d->createCommands();
+    d->createErrorDialog();
+    d->createNmosDialog();
+    d->fields = d->networkFields();
+    d->loadNmosSwitches();
+    d->lockInterfaces();
+    d->buildLayout();
+    d->describeControls();
+    d->setTabOrders();
+    d->showElementControls();
 }

@@ -2,6 +2,7 @@
 //
 // Class floor: what assistive tools and the keyboard see: accessible names, tool tips, buddies, tab order.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "theme/lineaddress.h"
 
 #include <QCheckBox>
@@ -27,22 +28,22 @@ void appendFocus(QVector<QWidget *> &chain, QWidget *control)
 
 } // namespace
 
-void QCorvel::describeControls()
+void QCorvelPrivate::describeControls()
 {
-    const QString sides[] = {tr("Receive"), tr("Send")};
+    const QString sides[] = {QCorvel::tr("Receive"), QCorvel::tr("Send")};
     int row = 0;
-    for (const NetworkField &field : qAsConst(m_fields)) {
+    for (const NetworkField &field : qAsConst(fields)) {
         const QString side = sides[field.side == Side::Receive ? 0 : 1];
-        const QString what = m_pRowLbl[row++]->text().toLower();
-        const QString name = tr("%1 %2").arg(side, what);
+        const QString what = rowLabels[row++]->text().toLower();
+        const QString name = QCorvel::tr("%1 %2").arg(side, what);
         if (field.address)
             field.address->setAccessibleNames(name);
         else
             field.edit->setAccessibleName(name);
-        field.use->setAccessibleName(tr("%1, use").arg(name));
-        field.use->setToolTip(tr("Use this %1").arg(what));
-        field.lock->setAccessibleName(tr("%1, lock").arg(name));
-        field.lock->setToolTip(tr("Copy this value to every element of the channel"));
+        field.use->setAccessibleName(QCorvel::tr("%1, use").arg(name));
+        field.use->setToolTip(QCorvel::tr("Use this %1").arg(what));
+        field.lock->setAccessibleName(QCorvel::tr("%1, lock").arg(name));
+        field.lock->setToolTip(QCorvel::tr("Copy this value to every element of the channel"));
     }
     // The clock lines change all the time and say no more than their names when asked.
     const struct {
@@ -50,33 +51,37 @@ void QCorvel::describeControls()
         QString name;
         QString tip;
     } rows[] = {
-        {m_pChannel, m_pChannelLbl->text(), tr("Channel being edited")},
-        {m_pConfig, tr("Named configuration"), tr("Named configuration")},
-        {m_pNmosOverride, m_pNmosOverride->text(),
-         tr("Checked: this dialog decides. Unchecked: NMOS may change the settings")},
-        {m_pNmosOutLog, m_pNmosOutLog->text(), tr("The NMOS service writes a log file")},
-        {m_pOpenNmosCfg, m_pOpenNmosCfg->text(), tr("Address, registry and domain of the NMOS node")},
-        {m_pCheckErrs, m_pCheckErrs->text(), tr("Name network interfaces this machine does not have")},
-        {m_pComboType, m_pTypeLbl->text(), QString()},
-        {m_pComboVidFormat, m_pVidFormatLbl->text(), QString()},
-        {m_pComboAudChan, m_pAudChanLbl->text(), QString()},
-        {m_pComboAudFlow, m_pAudFlowLbl->text(), QString()},
-        {m_pAudFlowUseSingle, m_pAudFlowUseSingle->text(), QString()},
-        {m_pCheckLockGroup, m_pCheckLockGroup->text(), tr("Lock or unlock all ten fields")},
-        {m_pComboReceive, tr("Receive, address family"), QString()},
-        {m_pComboSend, tr("Send, address family"), QString()},
-        {m_pComboPTimeRx, tr("Receive, audio packet time in microseconds"),
-         tr("Audio packet time in \u03bcs")},
-        {m_pComboPTimeTx, tr("Send, audio packet time in microseconds"), tr("Audio packet time in \u03bcs")},
-        {m_pComboClkSrc, m_pClockSrcLbl->text(), QString()},
-        {m_pEditGmId, tr("PTP domain"), tr("PTP domain")},
-        {m_pUseGmId, m_pUseGmId->text(), tr("Name this clock in session descriptions")},
-        {m_pEditGmAddress, m_pUseGmId->text(), tr("Grandmaster identity, or MAC address of the local clock")},
-        {m_pComboClkMstr, m_pClockMstrLbl->text(), QString()},
-        {m_pEditClockDomain, m_pClockDomainLbl->text(), QString()},
-        {m_pEditErrMsg, tr("Error list"), QString()},
-        {m_pEditNmosDmn, tr("Domain Name"), QString()},
-        {m_pEditNmosPort, tr("Server Port"), QString()},
+        {q->m_pChannel, q->m_pChannelLbl->text(), QCorvel::tr("Channel being edited")},
+        {q->m_pConfig, QCorvel::tr("Named configuration"), QCorvel::tr("Named configuration")},
+        {q->m_pNmosOverride, q->m_pNmosOverride->text(),
+         QCorvel::tr("Checked: this dialog decides. Unchecked: NMOS may change the settings")},
+        {q->m_pNmosOutLog, q->m_pNmosOutLog->text(), QCorvel::tr("The NMOS service writes a log file")},
+        {q->m_pOpenNmosCfg, q->m_pOpenNmosCfg->text(),
+         QCorvel::tr("Address, registry and domain of the NMOS node")},
+        {q->m_pCheckErrs, q->m_pCheckErrs->text(),
+         QCorvel::tr("Name network interfaces this machine does not have")},
+        {q->m_pComboType, q->m_pTypeLbl->text(), QString()},
+        {q->m_pComboVidFormat, q->m_pVidFormatLbl->text(), QString()},
+        {q->m_pComboAudChan, q->m_pAudChanLbl->text(), QString()},
+        {q->m_pComboAudFlow, q->m_pAudFlowLbl->text(), QString()},
+        {q->m_pAudFlowUseSingle, q->m_pAudFlowUseSingle->text(), QString()},
+        {q->m_pCheckLockGroup, q->m_pCheckLockGroup->text(), QCorvel::tr("Lock or unlock all ten fields")},
+        {q->m_pComboReceive, QCorvel::tr("Receive, address family"), QString()},
+        {q->m_pComboSend, QCorvel::tr("Send, address family"), QString()},
+        {q->m_pComboPTimeRx, QCorvel::tr("Receive, audio packet time in microseconds"),
+         QCorvel::tr("Audio packet time in \u03bcs")},
+        {q->m_pComboPTimeTx, QCorvel::tr("Send, audio packet time in microseconds"),
+         QCorvel::tr("Audio packet time in \u03bcs")},
+        {q->m_pComboClkSrc, q->m_pClockSrcLbl->text(), QString()},
+        {q->m_pEditGmId, QCorvel::tr("PTP domain"), QCorvel::tr("PTP domain")},
+        {q->m_pUseGmId, q->m_pUseGmId->text(), QCorvel::tr("Name this clock in session descriptions")},
+        {q->m_pEditGmAddress, q->m_pUseGmId->text(),
+         QCorvel::tr("Grandmaster identity, or MAC address of the local clock")},
+        {q->m_pComboClkMstr, q->m_pClockMstrLbl->text(), QString()},
+        {q->m_pEditClockDomain, q->m_pClockDomainLbl->text(), QString()},
+        {q->m_pEditErrMsg, QCorvel::tr("Error list"), QString()},
+        {q->m_pEditNmosDmn, QCorvel::tr("Domain Name"), QString()},
+        {q->m_pEditNmosPort, QCorvel::tr("Server Port"), QString()},
     };
     for (const auto &line : rows) {
         if (!line.control)
@@ -85,66 +90,67 @@ void QCorvel::describeControls()
         line.control->setToolTip(line.tip);
     }
     for (int flow = 0; flow < kFlowCount; ++flow) {
-        m_pAudFlowSelect[flow]->setAccessibleName(tr("Audio flow %1").arg(flow));
-        m_pAudFlowSelect[flow]->setToolTip(tr("Edit audio flow %1").arg(flow));
+        q->m_pAudFlowSelect[flow]->setAccessibleName(QCorvel::tr("Audio flow %1").arg(flow));
+        q->m_pAudFlowSelect[flow]->setToolTip(QCorvel::tr("Edit audio flow %1").arg(flow));
     }
-    m_pSimpleAddress->setAccessibleNames(m_pSimpleLabel->text());
-    m_pLineNmosIp->setAccessibleNames(tr("Node IP"));
-    m_pLineNmosSrv->setAccessibleNames(tr("Server IP"));
+    q->m_pSimpleAddress->setAccessibleNames(q->m_pSimpleLabel->text());
+    q->m_pLineNmosIp->setAccessibleNames(QCorvel::tr("Node IP"));
+    q->m_pLineNmosSrv->setAccessibleNames(QCorvel::tr("Server IP"));
     setBuddies();
 }
 
-void QCorvel::setBuddies()
+void QCorvelPrivate::setBuddies()
 {
     const struct {
         QLabel *label;
         QWidget *field;
     } rows[] = {
-        {m_pChannelLbl, m_pChannel},          {m_pTypeLbl, m_pComboType},
-        {m_pVidFormatLbl, m_pComboVidFormat}, {m_pAudChanLbl, m_pComboAudChan},
-        {m_pAudFlowLbl, m_pComboAudFlow},     {m_pAudFlowSelectLbl, m_pAudFlowSelect[0]},
-        {m_pReceiveLbl, m_pComboReceive},     {m_pSendLbl, m_pComboSend},
-        {m_pPTimeLblRx, m_pComboPTimeRx},     {m_pPTimeLblTx, m_pComboPTimeTx},
-        {m_pClockSrcLbl, m_pComboClkSrc},     {m_pDomainLbl, m_pEditGmId},
-        {m_pClockMstrLbl, m_pComboClkMstr},   {m_pClockDomainLbl, m_pEditClockDomain},
+        {q->m_pChannelLbl, q->m_pChannel},          {q->m_pTypeLbl, q->m_pComboType},
+        {q->m_pVidFormatLbl, q->m_pComboVidFormat}, {q->m_pAudChanLbl, q->m_pComboAudChan},
+        {q->m_pAudFlowLbl, q->m_pComboAudFlow},     {q->m_pAudFlowSelectLbl, q->m_pAudFlowSelect[0]},
+        {q->m_pReceiveLbl, q->m_pComboReceive},     {q->m_pSendLbl, q->m_pComboSend},
+        {q->m_pPTimeLblRx, q->m_pComboPTimeRx},     {q->m_pPTimeLblTx, q->m_pComboPTimeTx},
+        {q->m_pClockSrcLbl, q->m_pComboClkSrc},     {q->m_pDomainLbl, q->m_pEditGmId},
+        {q->m_pClockMstrLbl, q->m_pComboClkMstr},   {q->m_pClockDomainLbl, q->m_pEditClockDomain},
     };
     for (const auto &row : rows)
         row.label->setBuddy(row.field);
 }
 
 // In the order of the eye. "Save ... SDP" and "Cancel" take no focus.
-void QCorvel::setTabOrders()
+void QCorvelPrivate::setTabOrders()
 {
     QVector<QWidget *> chain;
     for (QWidget *control : std::initializer_list<QWidget *>{
-             m_pChannel, m_pConfig, m_pNmosOverride, m_pNmosOutLog, m_pOpenNmosCfg, m_pCheckErrs,
-             m_pComboType, m_pComboVidFormat, m_pComboAudChan, m_pComboAudFlow, m_pAudFlowUseSingle,
-             m_pVideoConfig, m_pAudioConfig, m_pAncConfig})
+             q->m_pChannel, q->m_pConfig, q->m_pNmosOverride, q->m_pNmosOutLog, q->m_pOpenNmosCfg,
+             q->m_pCheckErrs, q->m_pComboType, q->m_pComboVidFormat, q->m_pComboAudChan, q->m_pComboAudFlow,
+             q->m_pAudFlowUseSingle, q->m_pVideoConfig, q->m_pAudioConfig, q->m_pAncConfig})
         appendFocus(chain, control);
-    for (QRadioButton *flow : m_pAudFlowSelect)
+    for (QRadioButton *flow : q->m_pAudFlowSelect)
         appendFocus(chain, flow);
-    appendFocus(chain, m_pCheckLockGroup);
+    appendFocus(chain, q->m_pCheckLockGroup);
     Side side = Side::Send;
-    for (const NetworkField &field : qAsConst(m_fields)) {
+    for (const NetworkField &field : qAsConst(fields)) {
         if (field.side != side) {
             side = field.side;
-            appendFocus(chain, side == Side::Receive ? m_pComboPTimeRx : m_pComboPTimeTx);
+            appendFocus(chain, side == Side::Receive ? q->m_pComboPTimeRx : q->m_pComboPTimeTx);
         }
         appendFocus(chain, field.control());
         appendFocus(chain, field.use);
         appendFocus(chain, field.lock);
     }
     for (QWidget *control : std::initializer_list<QWidget *>{
-             m_pComboClkSrc, m_pEditGmId, m_pUseGmId, m_pEditGmAddress, m_pComboClkMstr, m_pEditClockDomain,
-             m_pSimpleAddress, m_pCmdLoad, m_pCmdSave, m_pCmdAccept, m_pCmdURLs})
+             q->m_pComboClkSrc, q->m_pEditGmId, q->m_pUseGmId, q->m_pEditGmAddress, q->m_pComboClkMstr,
+             q->m_pEditClockDomain, q->m_pSimpleAddress, q->m_pCmdLoad, q->m_pCmdSave, q->m_pCmdAccept,
+             q->m_pCmdURLs})
         appendFocus(chain, control);
     for (int i = 1; i < chain.size(); ++i)
-        setTabOrder(chain[i - 1], chain[i]);
+        QWidget::setTabOrder(chain[i - 1], chain[i]);
 
     QVector<QWidget *> nmos;
-    for (QWidget *control : std::initializer_list<QWidget *>{m_pEditNmosDmn, m_pLineNmosIp, m_pLineNmosSrv,
-                                                             m_pEditNmosPort, m_pSetNmosCfg})
+    for (QWidget *control : std::initializer_list<QWidget *>{
+             q->m_pEditNmosDmn, q->m_pLineNmosIp, q->m_pLineNmosSrv, q->m_pEditNmosPort, q->m_pSetNmosCfg})
         appendFocus(nmos, control);
     for (int i = 1; i < nmos.size(); ++i)
-        setTabOrder(nmos[i - 1], nmos[i]);
+        QWidget::setTabOrder(nmos[i - 1], nmos[i]);
 }

@@ -3,6 +3,7 @@
 // Class floor: makes the controls and fills the combo boxes. Places are in layout.cpp, signals in
 // wiring.cpp.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "channel/channelstore.h"
 #include "channel/videoformats.h"
 #include "theme/lineaddress.h"
@@ -70,22 +71,22 @@ void fillNumbers(QComboBox *combo, quint32 first, quint32 last, quint32 step)
 
 } // namespace
 
-QFont QCorvel::controlFont() const
+QFont QCorvelPrivate::controlFont() const
 {
-    return QFont(m_fontFamily, m_fontSize - 1);
+    return QFont(q->m_fontFamily, q->m_fontSize - 1);
 }
 
-QLabel *QCorvel::newLabel(const char *name, const QString &text)
+QLabel *QCorvelPrivate::newLabel(const char *name, const QString &text)
 {
-    QLabel *label = new QLabel(text, this);
+    QLabel *label = new QLabel(text, q);
     label->setObjectName(QLatin1String(name));
     label->setFont(controlFont());
     return label;
 }
 
-QComboBox *QCorvel::newCombo(const char *name, QWidget *parent)
+QComboBox *QCorvelPrivate::newCombo(const char *name, QWidget *parent)
 {
-    QComboBox *combo = new QComboBox(parent ? parent : this);
+    QComboBox *combo = new QComboBox(parent ? parent : q);
     combo->setObjectName(QLatin1String(name));
     combo->setFont(controlFont());
     combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
@@ -94,18 +95,18 @@ QComboBox *QCorvel::newCombo(const char *name, QWidget *parent)
     return combo;
 }
 
-QCheckBox *QCorvel::newCheckBox(const char *name, const QString &text)
+QCheckBox *QCorvelPrivate::newCheckBox(const char *name, const QString &text)
 {
-    QCheckBox *box = new QCheckBox(text, this);
+    QCheckBox *box = new QCheckBox(text, q);
     box->setObjectName(QLatin1String(name));
     box->setFont(controlFont());
     return box;
 }
 
 // No button is ever the default: Return in a field must not press one.
-QPushButton *QCorvel::newButton(const char *name, const QString &text)
+QPushButton *QCorvelPrivate::newButton(const char *name, const QString &text)
 {
-    QPushButton *button = new QPushButton(text, this);
+    QPushButton *button = new QPushButton(text, q);
     button->setObjectName(QLatin1String(name));
     button->setFont(controlFont());
     button->setAutoDefault(false);
@@ -113,23 +114,23 @@ QPushButton *QCorvel::newButton(const char *name, const QString &text)
     return button;
 }
 
-QLineEdit *QCorvel::newLineEdit(const char *name)
+QLineEdit *QCorvelPrivate::newLineEdit(const char *name)
 {
-    QLineEdit *edit = new QLineEdit(this);
+    QLineEdit *edit = new QLineEdit(q);
     edit->setObjectName(QLatin1String(name));
     edit->setFont(controlFont());
     edit->setStyleSheet(QLatin1String(kTightStyle));
     return edit;
 }
 
-QLineAddress *QCorvel::newAddress(const char *name)
+QLineAddress *QCorvelPrivate::newAddress(const char *name)
 {
-    QLineAddress *address = new QLineAddress(this);
+    QLineAddress *address = new QLineAddress(q);
     address->setObjectName(QLatin1String(name));
     return address;
 }
 
-QRadioButton *QCorvel::newRadio(const char *name, const QString &text, QWidget *parent)
+QRadioButton *QCorvelPrivate::newRadio(const char *name, const QString &text, QWidget *parent)
 {
     QRadioButton *radio = new QRadioButton(text, parent);
     radio->setObjectName(QLatin1String(name));
@@ -139,204 +140,205 @@ QRadioButton *QCorvel::newRadio(const char *name, const QString &text, QWidget *
 
 // --------------------------------------------------------------------------- the blocks of the dialog
 
-void QCorvel::createHeader()
+void QCorvelPrivate::createHeader()
 {
-    m_pChannelLbl = newLabel("m_pChannelLbl", isStandAlone() ? tr("Channel/Instance") : tr("Channel"));
-    m_pChannel = newCombo("m_pChannel");
-    if (!isStandAlone())
+    q->m_pChannelLbl = newLabel("m_pChannelLbl", QCorvel::isStandAlone() ? QCorvel::tr("Channel/Instance")
+                                                                         : QCorvel::tr("Channel"));
+    q->m_pChannel = newCombo("m_pChannel");
+    if (!QCorvel::isStandAlone())
         return;
     // Filled before it is wired, or filling it would switch configurations.
-    m_pConfig = newCombo("m_pConfig");
-    findConfigs();
-    connect(m_pConfig, qOverload<int>(&QComboBox::currentIndexChanged), this, &QCorvel::onSetConfig);
+    q->m_pConfig = newCombo("m_pConfig");
+    q->findConfigs();
+    QObject::connect(q->m_pConfig, qOverload<int>(&QComboBox::currentIndexChanged), q, &QCorvel::onSetConfig);
 }
 
-void QCorvel::createNmosRow()
+void QCorvelPrivate::createNmosRow()
 {
-    m_pNmosOverride = newCheckBox("m_pNmosOverride", tr("Override NMOS Settings"));
-    m_pNmosOutLog = newCheckBox("m_pNmosOutLog", tr("NMOS Log to file"));
-    for (QCheckBox *box : {m_pNmosOverride, m_pNmosOutLog})
+    q->m_pNmosOverride = newCheckBox("m_pNmosOverride", QCorvel::tr("Override NMOS Settings"));
+    q->m_pNmosOutLog = newCheckBox("m_pNmosOutLog", QCorvel::tr("NMOS Log to file"));
+    for (QCheckBox *box : {q->m_pNmosOverride, q->m_pNmosOutLog})
         box->setStyleSheet(QLatin1String(kNmosBoxStyle));
-    m_pOpenNmosCfg = newButton("m_pOpenNmosCfg", tr("NMOS Config"));
-    connect(m_pOpenNmosCfg, &QPushButton::clicked, this, &QCorvel::onShowNmosCfg);
-    m_pCheckErrs = newCheckBox("m_pCheckErrs", tr("Check and display errors"));
-    m_pCheckErrs->setStyleSheet(QLatin1String(kNmosBoxStyle));
+    q->m_pOpenNmosCfg = newButton("m_pOpenNmosCfg", QCorvel::tr("NMOS Config"));
+    QObject::connect(q->m_pOpenNmosCfg, &QPushButton::clicked, q, &QCorvel::onShowNmosCfg);
+    q->m_pCheckErrs = newCheckBox("m_pCheckErrs", QCorvel::tr("Check and display errors"));
+    q->m_pCheckErrs->setStyleSheet(QLatin1String(kNmosBoxStyle));
 
-    m_pBoardSettings = new QGroupBox(this);
-    m_pBoardSettings->setObjectName(QStringLiteral("m_pBoardSettings"));
-    m_pBoardSettings->setCheckable(true);
-    m_pBoardSettings->hide();
+    q->m_pBoardSettings = new QGroupBox(q);
+    q->m_pBoardSettings->setObjectName(QStringLiteral("m_pBoardSettings"));
+    q->m_pBoardSettings->setCheckable(true);
+    q->m_pBoardSettings->hide();
 }
 
-void QCorvel::createFormatRows()
+void QCorvelPrivate::createFormatRows()
 {
-    m_pTypeLbl = newLabel("m_pTypeLbl", tr("Type"));
-    m_pComboType = newCombo("m_pComboType");
-    m_pVidFormatLbl = newLabel("m_pVidFormatLbl", tr("Video Format"));
-    m_pComboVidFormat = newCombo("m_pComboVidFormat");
-    m_pAudChanLbl = newLabel("m_pAudChanLbl", tr("Audio Channels per Flow"));
-    m_pComboAudChan = newCombo("m_pComboAudChan");
-    m_pAudFlowLbl = newLabel("m_pAudFlowLbl", tr("Audio Flows"));
-    m_pComboAudFlow = newCombo("m_pComboAudFlow");
+    q->m_pTypeLbl = newLabel("m_pTypeLbl", QCorvel::tr("Type"));
+    q->m_pComboType = newCombo("m_pComboType");
+    q->m_pVidFormatLbl = newLabel("m_pVidFormatLbl", QCorvel::tr("Video Format"));
+    q->m_pComboVidFormat = newCombo("m_pComboVidFormat");
+    q->m_pAudChanLbl = newLabel("m_pAudChanLbl", QCorvel::tr("Audio Channels per Flow"));
+    q->m_pComboAudChan = newCombo("m_pComboAudChan");
+    q->m_pAudFlowLbl = newLabel("m_pAudFlowLbl", QCorvel::tr("Audio Flows"));
+    q->m_pComboAudFlow = newCombo("m_pComboAudFlow");
     // Shows the mode that audChanUseSingle was last called with. Nobody clicks it: the switch belongs to
     // the host, which calls the slot by name.
-    m_pAudFlowUseSingle = newCheckBox("m_pAudFlowUseSingle", tr("Single flow"));
-    m_pAudFlowUseSingle->setEnabled(false);
+    q->m_pAudFlowUseSingle = newCheckBox("m_pAudFlowUseSingle", QCorvel::tr("Single flow"));
+    q->m_pAudFlowUseSingle->setEnabled(false);
 }
 
 // Each set of radio buttons has a group box of its own as parent: exclusiveness works by parent.
-void QCorvel::createElementRow()
+void QCorvelPrivate::createElementRow()
 {
-    m_pRadioGroup = new QGroupBox(this);
-    m_pRadioGroup->setObjectName(QStringLiteral("m_pRadioGroup"));
-    m_pVideoConfig = newRadio("m_pVideoConfig", tr("Video"), m_pRadioGroup);
-    m_pAudioConfig = newRadio("m_pAudioConfig", tr("Audio"), m_pRadioGroup);
-    m_pAncConfig = newRadio("m_pAncConfig", tr("Anc"), m_pRadioGroup);
-    m_pVideoConfig->setChecked(true);
+    q->m_pRadioGroup = new QGroupBox(q);
+    q->m_pRadioGroup->setObjectName(QStringLiteral("m_pRadioGroup"));
+    q->m_pVideoConfig = newRadio("m_pVideoConfig", QCorvel::tr("Video"), q->m_pRadioGroup);
+    q->m_pAudioConfig = newRadio("m_pAudioConfig", QCorvel::tr("Audio"), q->m_pRadioGroup);
+    q->m_pAncConfig = newRadio("m_pAncConfig", QCorvel::tr("Anc"), q->m_pRadioGroup);
+    q->m_pVideoConfig->setChecked(true);
 
-    m_pAudFlowSelectLbl = newLabel("m_pAudFlowSelectLbl", tr("Flow"));
-    m_pAudFlowGroup = new QGroupBox(this);
-    m_pAudFlowGroup->setObjectName(QStringLiteral("m_pAudFlowGroup"));
+    q->m_pAudFlowSelectLbl = newLabel("m_pAudFlowSelectLbl", QCorvel::tr("Flow"));
+    q->m_pAudFlowGroup = new QGroupBox(q);
+    q->m_pAudFlowGroup->setObjectName(QStringLiteral("m_pAudFlowGroup"));
     for (int flow = 0; flow < kFlowCount; ++flow) {
         const QByteArray name = "m_pAudFlowSelect" + QByteArray::number(flow);
-        m_pAudFlowSelect[flow] = newRadio(name.constData(), QString::number(flow), m_pAudFlowGroup);
+        q->m_pAudFlowSelect[flow] = newRadio(name.constData(), QString::number(flow), q->m_pAudFlowGroup);
     }
-    for (QGroupBox *group : {m_pRadioGroup, m_pAudFlowGroup})
+    for (QGroupBox *group : {q->m_pRadioGroup, q->m_pAudFlowGroup})
         group->setStyleSheet(QLatin1String(kGroupStyle));
-    m_pCheckLockGroup = newCheckBox("m_pCheckLockGroup", tr("lock all"));
+    q->m_pCheckLockGroup = newCheckBox("m_pCheckLockGroup", QCorvel::tr("lock all"));
 }
 
-void QCorvel::createReceiveBlock()
+void QCorvelPrivate::createReceiveBlock()
 {
-    m_pReceiveLbl = newLabel("m_pReceiveLbl", tr("Receive"));
-    m_pComboReceive = newCombo("m_pComboReceive");
-    m_pPTimeLblRx = newLabel("m_pPTimeLblRx", tr("Packet Time Rx"));
-    m_pComboPTimeRx = newCombo("m_pComboPTimeRx");
-    m_pLineRecSrcAddr = newAddress("m_pLineRecSrcAddr");
-    m_pEditRecSrcPort = newLineEdit("m_pEditRecSrcPort");
-    m_pLineRecDstAddr = newAddress("m_pLineRecDstAddr");
-    m_pEditRecDstPort = newLineEdit("m_pEditRecDstPort");
-    m_pEditRecIFace = newAddress("m_pEditRecIFace");
-    m_pCheckRecSrcAddr = newCheckBox("m_pCheckRecSrcAddr", QString());
-    m_pCheckRecSrcPort = newCheckBox("m_pCheckRecSrcPort", QString());
-    m_pCheckRecDstAddr = newCheckBox("m_pCheckRecDstAddr", QString());
-    m_pCheckRecDstPort = newCheckBox("m_pCheckRecDstPort", QString());
-    m_pCheckRecDstIFace = newCheckBox("m_pCheckRecDstIFace", QString());
-    m_pCheckLockRecSrcAddr = newCheckBox("m_pCheckLockRecSrcAddr", tr("lock"));
-    m_pCheckLockRecSrcPort = newCheckBox("m_pCheckLockRecSrcPort", tr("lock"));
-    m_pCheckLockRecDstAddr = newCheckBox("m_pCheckLockRecDstAddr", tr("lock"));
-    m_pCheckLockRecDstPort = newCheckBox("m_pCheckLockRecDstPort", tr("lock"));
-    m_pCheckLockRecDstIFace = newCheckBox("m_pCheckLockRecDstIFace", tr("lock"));
+    q->m_pReceiveLbl = newLabel("m_pReceiveLbl", QCorvel::tr("Receive"));
+    q->m_pComboReceive = newCombo("m_pComboReceive");
+    q->m_pPTimeLblRx = newLabel("m_pPTimeLblRx", QCorvel::tr("Packet Time Rx"));
+    q->m_pComboPTimeRx = newCombo("m_pComboPTimeRx");
+    q->m_pLineRecSrcAddr = newAddress("m_pLineRecSrcAddr");
+    q->m_pEditRecSrcPort = newLineEdit("m_pEditRecSrcPort");
+    q->m_pLineRecDstAddr = newAddress("m_pLineRecDstAddr");
+    q->m_pEditRecDstPort = newLineEdit("m_pEditRecDstPort");
+    q->m_pEditRecIFace = newAddress("m_pEditRecIFace");
+    q->m_pCheckRecSrcAddr = newCheckBox("m_pCheckRecSrcAddr", QString());
+    q->m_pCheckRecSrcPort = newCheckBox("m_pCheckRecSrcPort", QString());
+    q->m_pCheckRecDstAddr = newCheckBox("m_pCheckRecDstAddr", QString());
+    q->m_pCheckRecDstPort = newCheckBox("m_pCheckRecDstPort", QString());
+    q->m_pCheckRecDstIFace = newCheckBox("m_pCheckRecDstIFace", QString());
+    q->m_pCheckLockRecSrcAddr = newCheckBox("m_pCheckLockRecSrcAddr", QCorvel::tr("lock"));
+    q->m_pCheckLockRecSrcPort = newCheckBox("m_pCheckLockRecSrcPort", QCorvel::tr("lock"));
+    q->m_pCheckLockRecDstAddr = newCheckBox("m_pCheckLockRecDstAddr", QCorvel::tr("lock"));
+    q->m_pCheckLockRecDstPort = newCheckBox("m_pCheckLockRecDstPort", QCorvel::tr("lock"));
+    q->m_pCheckLockRecDstIFace = newCheckBox("m_pCheckLockRecDstIFace", QCorvel::tr("lock"));
 }
 
-void QCorvel::createSendBlock()
+void QCorvelPrivate::createSendBlock()
 {
-    m_pSendLbl = newLabel("m_pSendLbl", tr("Send / \u03bcs"));
-    m_pComboSend = newCombo("m_pComboSend");
-    m_pPTimeLblTx = newLabel("m_pPTimeLblTx", tr("Packet Time Tx"));
-    m_pComboPTimeTx = newCombo("m_pComboPTimeTx");
-    m_pLineSndSrcAddr = newAddress("m_pLineSndSrcAddr");
-    m_pEditSndSrcPort = newLineEdit("m_pEditSndSrcPort");
-    m_pLineSndDstAddr = newAddress("m_pLineSndDstAddr");
-    m_pEditSndDstPort = newLineEdit("m_pEditSndDstPort");
-    m_pEditSndIFace = newAddress("m_pEditSndIFace");
-    m_pCheckSndSrcAddr = newCheckBox("m_pCheckSndSrcAddr", QString());
-    m_pCheckSndSrcPort = newCheckBox("m_pCheckSndSrcPort", QString());
-    m_pCheckSndDstAddr = newCheckBox("m_pCheckSndDstAddr", QString());
-    m_pCheckSndDstPort = newCheckBox("m_pCheckSndDstPort", QString());
-    m_pCheckSndDstIFace = newCheckBox("m_pCheckSndDstIFace", QString());
-    m_pCheckLockSndSrcAddr = newCheckBox("m_pCheckLockSndSrcAddr", tr("lock"));
-    m_pCheckLockSndSrcPort = newCheckBox("m_pCheckLockSndSrcPort", tr("lock"));
-    m_pCheckLockSndDstAddr = newCheckBox("m_pCheckLockSndDstAddr", tr("lock"));
-    m_pCheckLockSndDstPort = newCheckBox("m_pCheckLockSndDstPort", tr("lock"));
-    m_pCheckLockSndDstIFace = newCheckBox("m_pCheckLockSndDstIFace", tr("lock"));
+    q->m_pSendLbl = newLabel("m_pSendLbl", QCorvel::tr("Send / \u03bcs"));
+    q->m_pComboSend = newCombo("m_pComboSend");
+    q->m_pPTimeLblTx = newLabel("m_pPTimeLblTx", QCorvel::tr("Packet Time Tx"));
+    q->m_pComboPTimeTx = newCombo("m_pComboPTimeTx");
+    q->m_pLineSndSrcAddr = newAddress("m_pLineSndSrcAddr");
+    q->m_pEditSndSrcPort = newLineEdit("m_pEditSndSrcPort");
+    q->m_pLineSndDstAddr = newAddress("m_pLineSndDstAddr");
+    q->m_pEditSndDstPort = newLineEdit("m_pEditSndDstPort");
+    q->m_pEditSndIFace = newAddress("m_pEditSndIFace");
+    q->m_pCheckSndSrcAddr = newCheckBox("m_pCheckSndSrcAddr", QString());
+    q->m_pCheckSndSrcPort = newCheckBox("m_pCheckSndSrcPort", QString());
+    q->m_pCheckSndDstAddr = newCheckBox("m_pCheckSndDstAddr", QString());
+    q->m_pCheckSndDstPort = newCheckBox("m_pCheckSndDstPort", QString());
+    q->m_pCheckSndDstIFace = newCheckBox("m_pCheckSndDstIFace", QString());
+    q->m_pCheckLockSndSrcAddr = newCheckBox("m_pCheckLockSndSrcAddr", QCorvel::tr("lock"));
+    q->m_pCheckLockSndSrcPort = newCheckBox("m_pCheckLockSndSrcPort", QCorvel::tr("lock"));
+    q->m_pCheckLockSndDstAddr = newCheckBox("m_pCheckLockSndDstAddr", QCorvel::tr("lock"));
+    q->m_pCheckLockSndDstPort = newCheckBox("m_pCheckLockSndDstPort", QCorvel::tr("lock"));
+    q->m_pCheckLockSndDstIFace = newCheckBox("m_pCheckLockSndDstIFace", QCorvel::tr("lock"));
 }
 
-void QCorvel::createClockBlock()
+void QCorvelPrivate::createClockBlock()
 {
-    m_pClockSrcLbl = newLabel("m_pClockSrcLbl", tr("Clock Source"));
-    m_pComboClkSrc = newCombo("m_pComboClkSrc");
-    m_pDomainLbl = newLabel("m_pDomainLbl", tr("Domain"));
-    m_pEditGmId = newLineEdit("m_pEditGmId");
-    m_pUseGmId = newCheckBox("m_pUseGmId", tr("Clock Mac Address / ID"));
-    m_pEditGmAddress = newLineEdit("m_pEditGmAddress");
-    m_pEditGmAddress->setEnabled(false);
-    m_pEditGmAddress->setStyleSheet(QLatin1String(kDisabledStyle));
-    m_pClockMstrLbl = newLabel("m_pClockMstrLbl", tr("Clock Info"));
-    m_pComboClkMstr = newLineEdit("m_pComboClkMstr");
-    m_pComboClkMstr->setReadOnly(true);
-    m_pClockDomainLbl = newLabel("m_pClockDomainLbl", tr("Clock Time"));
-    m_pEditClockDomain = newLineEdit("m_pEditClockDomain");
+    q->m_pClockSrcLbl = newLabel("m_pClockSrcLbl", QCorvel::tr("Clock Source"));
+    q->m_pComboClkSrc = newCombo("m_pComboClkSrc");
+    q->m_pDomainLbl = newLabel("m_pDomainLbl", QCorvel::tr("Domain"));
+    q->m_pEditGmId = newLineEdit("m_pEditGmId");
+    q->m_pUseGmId = newCheckBox("m_pUseGmId", QCorvel::tr("Clock Mac Address / ID"));
+    q->m_pEditGmAddress = newLineEdit("m_pEditGmAddress");
+    q->m_pEditGmAddress->setEnabled(false);
+    q->m_pEditGmAddress->setStyleSheet(QLatin1String(kDisabledStyle));
+    q->m_pClockMstrLbl = newLabel("m_pClockMstrLbl", QCorvel::tr("Clock Info"));
+    q->m_pComboClkMstr = newLineEdit("m_pComboClkMstr");
+    q->m_pComboClkMstr->setReadOnly(true);
+    q->m_pClockDomainLbl = newLabel("m_pClockDomainLbl", QCorvel::tr("Clock Time"));
+    q->m_pEditClockDomain = newLineEdit("m_pEditClockDomain");
 }
 
-void QCorvel::createSimplePage()
+void QCorvelPrivate::createSimplePage()
 {
-    m_pSimpleLabel = newLabel("m_pSimpleLabel", tr("Multicast Address"));
-    m_pSimpleAddress = newAddress("m_pSimpleAddress");
+    q->m_pSimpleLabel = newLabel("m_pSimpleLabel", QCorvel::tr("Multicast Address"));
+    q->m_pSimpleAddress = newAddress("m_pSimpleAddress");
 }
 
 // "Cancel" exists in both modes and is shown embedded only; "Show URLs" exists embedded only.
-void QCorvel::createCommands()
+void QCorvelPrivate::createCommands()
 {
-    m_pCmdLoad = newButton("m_pCmdLoad", tr("Load File"));
-    m_pCmdSave = newButton("m_pCmdSave", tr("Save File"));
-    m_pCmdSaveElement = newButton("m_pCmdSaveElement", tr("Save Video SDP"));
-    m_pCmdSaveElement->setStyleSheet(QLatin1String(kTightStyle));
-    m_pCmdAccept = newButton("m_pCmdAccept", tr("Done"));
-    m_pCmdCancel = newButton("m_pCmdCancel", tr("Cancel"));
-    m_pCmdSaveElement->setFocusPolicy(Qt::NoFocus);
-    m_pCmdCancel->setFocusPolicy(Qt::NoFocus);
-    connect(m_pCmdLoad, &QPushButton::clicked, this, &QCorvel::load);
-    connect(m_pCmdSave, &QPushButton::clicked, this, &QCorvel::save);
-    connect(m_pCmdSaveElement, &QPushButton::clicked, this, &QCorvel::saveElement);
-    connect(m_pCmdAccept, &QPushButton::clicked, this, &QCorvel::ok);
-    connect(m_pCmdCancel, &QPushButton::clicked, this, &QCorvel::cancel);
-    m_pCmdCancel->setVisible(!isStandAlone());
-    if (isStandAlone())
+    q->m_pCmdLoad = newButton("m_pCmdLoad", QCorvel::tr("Load File"));
+    q->m_pCmdSave = newButton("m_pCmdSave", QCorvel::tr("Save File"));
+    q->m_pCmdSaveElement = newButton("m_pCmdSaveElement", QCorvel::tr("Save Video SDP"));
+    q->m_pCmdSaveElement->setStyleSheet(QLatin1String(kTightStyle));
+    q->m_pCmdAccept = newButton("m_pCmdAccept", QCorvel::tr("Done"));
+    q->m_pCmdCancel = newButton("m_pCmdCancel", QCorvel::tr("Cancel"));
+    q->m_pCmdSaveElement->setFocusPolicy(Qt::NoFocus);
+    q->m_pCmdCancel->setFocusPolicy(Qt::NoFocus);
+    QObject::connect(q->m_pCmdLoad, &QPushButton::clicked, q, &QCorvel::load);
+    QObject::connect(q->m_pCmdSave, &QPushButton::clicked, q, &QCorvel::save);
+    QObject::connect(q->m_pCmdSaveElement, &QPushButton::clicked, q, &QCorvel::saveElement);
+    QObject::connect(q->m_pCmdAccept, &QPushButton::clicked, q, &QCorvel::ok);
+    QObject::connect(q->m_pCmdCancel, &QPushButton::clicked, q, &QCorvel::cancel);
+    q->m_pCmdCancel->setVisible(!QCorvel::isStandAlone());
+    if (QCorvel::isStandAlone())
         return;
-    m_pCmdURLs = newButton("m_pCmdURLs", tr("Show URLs"));
-    connect(m_pCmdURLs, &QPushButton::clicked, this, &QCorvel::showurls);
+    q->m_pCmdURLs = newButton("m_pCmdURLs", QCorvel::tr("Show URLs"));
+    QObject::connect(q->m_pCmdURLs, &QPushButton::clicked, q, &QCorvel::showurls);
 }
 
-void QCorvel::createErrorDialog()
+void QCorvelPrivate::createErrorDialog()
 {
-    m_pErrDlg = new QDialog(this);
-    m_pErrDlg->setObjectName(QStringLiteral("m_pErrDlg"));
-    m_pErrDlg->setWindowTitle(tr("Error List"));
-    m_pErrDlg->setFont(font());
-    m_pEditErrMsg = new QTextEdit(m_pErrDlg);
-    m_pEditErrMsg->setObjectName(QStringLiteral("m_pEditErrMsg"));
-    m_pEditErrMsg->setFont(font());
-    m_pEditErrMsg->setReadOnly(true);
-    m_pEditErrMsg->setAcceptRichText(false);
-    m_pEditErrMsg->setTabChangesFocus(true);
-    m_pEditErrMsg->document()->setDocumentMargin(px(9));
-    m_pErrOk = newButton("m_pErrOk", tr("OK"));
-    m_pErrOk->setParent(m_pErrDlg); // before it becomes the default, or it were the main dialog's
-    m_pErrOk->setDefault(true);
-    m_pErrOk->setFocus();
-    connect(m_pErrOk, &QPushButton::clicked, m_pErrDlg, &QDialog::accept);
+    q->m_pErrDlg = new QDialog(q);
+    q->m_pErrDlg->setObjectName(QStringLiteral("m_pErrDlg"));
+    q->m_pErrDlg->setWindowTitle(QCorvel::tr("Error List"));
+    q->m_pErrDlg->setFont(q->font());
+    q->m_pEditErrMsg = new QTextEdit(q->m_pErrDlg);
+    q->m_pEditErrMsg->setObjectName(QStringLiteral("m_pEditErrMsg"));
+    q->m_pEditErrMsg->setFont(q->font());
+    q->m_pEditErrMsg->setReadOnly(true);
+    q->m_pEditErrMsg->setAcceptRichText(false);
+    q->m_pEditErrMsg->setTabChangesFocus(true);
+    q->m_pEditErrMsg->document()->setDocumentMargin(px(9));
+    q->m_pErrOk = newButton("m_pErrOk", QCorvel::tr("OK"));
+    q->m_pErrOk->setParent(q->m_pErrDlg); // before it becomes the default, or it were the main dialog's
+    q->m_pErrOk->setDefault(true);
+    q->m_pErrOk->setFocus();
+    QObject::connect(q->m_pErrOk, &QPushButton::clicked, q->m_pErrDlg, &QDialog::accept);
 }
 
-void QCorvel::createNmosDialog()
+void QCorvelPrivate::createNmosDialog()
 {
-    m_pNmosCfg = new QDialog(this);
-    m_pNmosCfg->setObjectName(QStringLiteral("m_pNmosCfg"));
-    m_pNmosCfg->setWindowTitle(tr("NMOS Config"));
-    m_pNmosCfg->setFont(font());
-    m_pEditNmosDmn = newLineEdit("m_pEditNmosDmn");
-    m_pLineNmosIp = newAddress("m_pLineNmosIp");
-    m_pLineNmosSrv = newAddress("m_pLineNmosSrv");
-    m_pEditNmosPort = newLineEdit("m_pEditNmosPort");
-    m_pSetNmosCfg = newButton("m_pSetNmosCfg", tr("Set"));
-    connect(m_pSetNmosCfg, &QPushButton::clicked, this, &QCorvel::onSetNmosCfg);
+    q->m_pNmosCfg = new QDialog(q);
+    q->m_pNmosCfg->setObjectName(QStringLiteral("m_pNmosCfg"));
+    q->m_pNmosCfg->setWindowTitle(QCorvel::tr("NMOS Config"));
+    q->m_pNmosCfg->setFont(q->font());
+    q->m_pEditNmosDmn = newLineEdit("m_pEditNmosDmn");
+    q->m_pLineNmosIp = newAddress("m_pLineNmosIp");
+    q->m_pLineNmosSrv = newAddress("m_pLineNmosSrv");
+    q->m_pEditNmosPort = newLineEdit("m_pEditNmosPort");
+    q->m_pSetNmosCfg = newButton("m_pSetNmosCfg", QCorvel::tr("Set"));
+    QObject::connect(q->m_pSetNmosCfg, &QPushButton::clicked, q, &QCorvel::onSetNmosCfg);
 }
 
 // ------------------------------------------------------------------------ contents of the combo boxes
 
-void QCorvel::fillTypes()
+void QCorvelPrivate::fillTypes()
 {
-    fill(m_pComboType, kTypes);
+    fill(q->m_pComboType, kTypes);
 }
 
 void QCorvel::popCombos()
@@ -345,7 +347,7 @@ void QCorvel::popCombos()
     const int channels = channelCount();
     for (int channel = 0; channel < channels; ++channel)
         m_pChannel->addItem(QString::asprintf("Channel-%d", channel), channel);
-    fillTypes();
+    d->fillTypes();
     fill(m_pComboClkSrc, kClockSources);
     fill(m_pComboReceive, kAddressFamilies);
     fill(m_pComboSend, kAddressFamilies);

@@ -4,6 +4,7 @@
 #include "app/dialog/frame.h"
 
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -62,13 +63,13 @@ void QCorvel::applyStyleSheet(const QString &resource)
     setStyleSheet(QString::fromLatin1(bytes.constData())); // up to the first zero byte
 }
 
-void QCorvel::applyFixedSize()
+void QCorvelPrivate::applyFixedSize()
 {
-    setFixedSize(px(660), px(640));
+    q->setFixedSize(px(660), px(640));
 }
 
 // Whole pixels of a length given for 96 dpi, rounded down.
-int QCorvel::px(double pixels) const
+int QCorvelPrivate::px(double pixels) const
 {
     return static_cast<int>(pixels * currentFontFactor);
 }

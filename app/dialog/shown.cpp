@@ -3,6 +3,7 @@
 // Class floor: what the dialog shows at the moment (type, element, format), and the store's values of a
 // channel by name. Loading and saving are the business of the slots.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "channel/channelstore.h"
 #include "channel/videoformats.h"
 
@@ -48,7 +49,7 @@ void QCorvel::useSetting(QCheckBox *checkBox, quint32 flags, quint32 bit)
 
 bool QCorvel::isType(quint32 type) const
 {
-    return comboData(m_pComboType) == type;
+    return d->comboData(m_pComboType) == type;
 }
 
 bool QCorvel::isMultiType(quint32 type) const
@@ -58,7 +59,7 @@ bool QCorvel::isMultiType(quint32 type) const
 
 bool QCorvel::isMultiType() const
 {
-    return isMultiType(comboData(m_pComboType));
+    return isMultiType(d->comboData(m_pComboType));
 }
 
 bool QCorvel::isVideo() const
@@ -88,7 +89,7 @@ void QCorvel::getSignalFormatValues(QString *width, QString *height, QString *ra
 {
     if (m_pComboVidFormat->currentIndex() < 0)
         return;
-    const VideoFormat *format = findVideoFormat(comboData(m_pComboVidFormat));
+    const VideoFormat *format = findVideoFormat(d->comboData(m_pComboVidFormat));
     if (!format)
         return;
     *width = QLatin1String(format->width);
@@ -96,28 +97,29 @@ void QCorvel::getSignalFormatValues(QString *width, QString *height, QString *ra
     *rate = QLatin1String(format->rate);
 }
 
-void QCorvel::showElementRadios(bool video, bool others)
+void QCorvelPrivate::showElementRadios(bool video, bool others)
 {
-    m_pVideoConfig->setVisible(video);
-    m_pAudioConfig->setVisible(others);
-    m_pAncConfig->setVisible(others);
+    q->m_pVideoConfig->setVisible(video);
+    q->m_pAudioConfig->setVisible(others);
+    q->m_pAncConfig->setVisible(others);
 }
 
-void QCorvel::showElementControls()
+void QCorvelPrivate::showElementControls()
 {
-    const bool audio = isAudio();
-    m_pAudFlowGroup->setVisible(audio);
-    m_pAudFlowSelectLbl->setVisible(audio);
+    const bool audio = q->isAudio();
+    q->m_pAudFlowGroup->setVisible(audio);
+    q->m_pAudFlowSelectLbl->setVisible(audio);
     if (audio) {
-        m_pCmdSaveElement->setText(tr("Save Audio SDP"));
+        q->m_pCmdSaveElement->setText(QCorvel::tr("Save Audio SDP"));
         enableFlowSelectors();
     } else {
-        m_pCmdSaveElement->setText(isVideo() ? tr("Save Video SDP") : tr("Save Anc SDP"));
+        q->m_pCmdSaveElement->setText(q->isVideo() ? QCorvel::tr("Save Video SDP")
+                                                   : QCorvel::tr("Save Anc SDP"));
     }
-    for (QLabel *label : {m_pAudChanLbl, m_pAudFlowLbl, m_pPTimeLblTx, m_pPTimeLblRx})
+    for (QLabel *label : {q->m_pAudChanLbl, q->m_pAudFlowLbl, q->m_pPTimeLblTx, q->m_pPTimeLblRx})
         label->setEnabled(audio);
-    m_pComboAudChan->setEnabled(audio);
-    m_pComboAudFlow->setEnabled(audio && !m_singleFlow);
-    m_pComboPTimeTx->setEnabled(audio);
-    m_pComboPTimeRx->setEnabled(audio);
+    q->m_pComboAudChan->setEnabled(audio);
+    q->m_pComboAudFlow->setEnabled(audio && !singleFlow);
+    q->m_pComboPTimeTx->setEnabled(audio);
+    q->m_pComboPTimeRx->setEnabled(audio);
 }

@@ -3,6 +3,7 @@
 // Class floor: which control runs which slot. One list, applied by connectSignals and undone by
 // disconnectSignals. The two nest: only the outermost pair touches the connections.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "theme/lineaddress.h"
 
 #include <QCheckBox>
@@ -25,18 +26,18 @@ void link(bool on, Sender *sender, Signal signal, QCorvel *receiver, Slot slot)
 
 void QCorvel::connectSignals()
 {
-    m_signalDepth = qMax(0, m_signalDepth - 1);
-    if (m_signalDepth == 0)
-        wire(true);
+    d->signalDepth = qMax(0, d->signalDepth - 1);
+    if (d->signalDepth == 0)
+        d->wire(true);
 }
 
 void QCorvel::disconnectSignals()
 {
-    if (m_signalDepth++ == 0)
-        wire(false);
+    if (d->signalDepth++ == 0)
+        d->wire(false);
 }
 
-void QCorvel::wire(bool on)
+void QCorvelPrivate::wire(bool on)
 {
     const auto toggled = &QAbstractButton::toggled;
     const auto chosen = qOverload<int>(&QComboBox::currentIndexChanged);
@@ -45,41 +46,42 @@ void QCorvel::wire(bool on)
     const auto settingInt = qOverload<int>(&QCorvel::onSettingChanged);
     const auto settingBool = qOverload<bool>(&QCorvel::onSettingChanged);
 
-    link(on, m_pNmosOverride, toggled, this, &QCorvel::onBoardSettingChanged);
-    link(on, m_pNmosOutLog, toggled, this, &QCorvel::toggleNmosLog);
-    link(on, m_pChannel, chosen, this, &QCorvel::onChannelSettingChanged);
-    link(on, m_pComboType, chosen, this, &QCorvel::onTypeSettingChanged);
-    link(on, m_pComboVidFormat, chosen, this, &QCorvel::onFormatChanged);
-    link(on, m_pComboAudChan, chosen, this, &QCorvel::enableAudChannel);
-    link(on, m_pComboAudFlow, chosen, this, &QCorvel::enableAudFlow);
-    link(on, m_pUseGmId, toggled, this, &QCorvel::onUseGmId);
-    link(on, m_pCheckLockGroup, toggled, this, &QCorvel::onLockGroup);
+    link(on, q->m_pNmosOverride, toggled, q, &QCorvel::onBoardSettingChanged);
+    link(on, q->m_pNmosOutLog, toggled, q, &QCorvel::toggleNmosLog);
+    link(on, q->m_pChannel, chosen, q, &QCorvel::onChannelSettingChanged);
+    link(on, q->m_pComboType, chosen, q, &QCorvel::onTypeSettingChanged);
+    link(on, q->m_pComboVidFormat, chosen, q, &QCorvel::onFormatChanged);
+    link(on, q->m_pComboAudChan, chosen, q, &QCorvel::enableAudChannel);
+    link(on, q->m_pComboAudFlow, chosen, q, &QCorvel::enableAudFlow);
+    link(on, q->m_pUseGmId, toggled, q, &QCorvel::onUseGmId);
+    link(on, q->m_pCheckLockGroup, toggled, q, &QCorvel::onLockGroup);
 
-    for (QComboBox *combo : {m_pComboReceive, m_pComboSend, m_pComboClkSrc, m_pComboPTimeTx, m_pComboPTimeRx})
-        link(on, combo, chosen, this, settingInt);
-    for (QLineEdit *edit : {m_pEditClockDomain, m_pEditGmId, m_pEditGmAddress})
-        link(on, edit, edited, this, setting);
-    for (QRadioButton *radio : {m_pVideoConfig, m_pAudioConfig, m_pAncConfig})
-        link(on, radio, toggled, this, &QCorvel::onSelectionChanged);
-    for (QRadioButton *radio : m_pAudFlowSelect)
-        link(on, radio, toggled, this, &QCorvel::onSelectionChanged);
+    for (QComboBox *combo :
+         {q->m_pComboReceive, q->m_pComboSend, q->m_pComboClkSrc, q->m_pComboPTimeTx, q->m_pComboPTimeRx})
+        link(on, combo, chosen, q, settingInt);
+    for (QLineEdit *edit : {q->m_pEditClockDomain, q->m_pEditGmId, q->m_pEditGmAddress})
+        link(on, edit, edited, q, setting);
+    for (QRadioButton *radio : {q->m_pVideoConfig, q->m_pAudioConfig, q->m_pAncConfig})
+        link(on, radio, toggled, q, &QCorvel::onSelectionChanged);
+    for (QRadioButton *radio : q->m_pAudFlowSelect)
+        link(on, radio, toggled, q, &QCorvel::onSelectionChanged);
 
-    for (const NetworkField &field : qAsConst(m_fields)) {
-        link(on, field.use, toggled, this, settingBool);
-        link(on, field.lock, toggled, this, &QCorvel::onLockSetting);
+    for (const NetworkField &field : qAsConst(fields)) {
+        link(on, field.use, toggled, q, settingBool);
+        link(on, field.lock, toggled, q, &QCorvel::onLockSetting);
         if (field.edit)
-            link(on, field.edit, edited, this, setting);
+            link(on, field.edit, edited, q, setting);
     }
 
     // An address saves when it changed and again when it is left: some keys change an octet without
     // addressChanged. An interface checks and stores itself, each signal with its own slot.
-    for (QLineAddress *address :
-         {m_pLineRecSrcAddr, m_pLineRecDstAddr, m_pLineSndSrcAddr, m_pLineSndDstAddr, m_pSimpleAddress}) {
-        link(on, address, &QLineAddress::addressChanged, this, setting);
-        link(on, address, &QLineAddress::processReturn, this, setting);
+    for (QLineAddress *address : {q->m_pLineRecSrcAddr, q->m_pLineRecDstAddr, q->m_pLineSndSrcAddr,
+                                  q->m_pLineSndDstAddr, q->m_pSimpleAddress}) {
+        link(on, address, &QLineAddress::addressChanged, q, setting);
+        link(on, address, &QLineAddress::processReturn, q, setting);
     }
-    for (QLineAddress *address : {m_pEditRecIFace, m_pEditSndIFace}) {
-        link(on, address, &QLineAddress::addressChanged, this, &QCorvel::onInterfaceEdit);
-        link(on, address, &QLineAddress::processReturn, this, &QCorvel::onInterfaceAlert);
+    for (QLineAddress *address : {q->m_pEditRecIFace, q->m_pEditSndIFace}) {
+        link(on, address, &QLineAddress::addressChanged, q, &QCorvel::onInterfaceEdit);
+        link(on, address, &QLineAddress::processReturn, q, &QCorvel::onInterfaceAlert);
     }
 }

@@ -2,6 +2,7 @@
 //
 // Slots, checks: do the network interfaces that the channel names exist on this machine?
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "app/localinterface.h"
 #include "channel/channelstore.h"
 #include "rkos.h"
@@ -56,7 +57,7 @@ int QCorvel::checkErrors()
     }
     if (!text.isEmpty()) {
         ErrOut("\nSMPTE2110-RiverMax:\n%s\n", text.toUtf8().constData());
-        showErrors(text);
+        d->showErrors(text);
     }
     return 1;
 }
@@ -64,16 +65,16 @@ int QCorvel::checkErrors()
 // One box at a time: the box opening takes the focus away from a field, and so does its closing, each of
 // which may raise the next alert. Whether the box is visible is not enough to know: its event loop runs a
 // little longer.
-void QCorvel::showErrors(const QString &text)
+void QCorvelPrivate::showErrors(const QString &text)
 {
-    m_pEditErrMsg->setPlainText(text);
-    if (m_showsErrors)
+    q->m_pEditErrMsg->setPlainText(text);
+    if (showsErrors)
         return;
-    m_showsErrors = true;
-    const QPointer<QCorvel> self(this); // a host may delete the dialog meanwhile
-    m_pErrDlg->exec();
+    showsErrors = true;
+    const QPointer<QCorvel> self(q); // a host may delete the dialog meanwhile
+    q->m_pErrDlg->exec();
     if (self)
-        m_showsErrors = false;
+        showsErrors = false;
 }
 
 void QCorvel::onInterfaceAlert()
@@ -82,17 +83,17 @@ void QCorvel::onInterfaceAlert()
     if (m_bClosing)
         return;
     const Side side = from == m_pEditRecIFace ? Side::Receive : Side::Send;
-    const NetworkField &field = networkField(side, Field::Interface);
+    const NetworkField &field = d->networkField(side, Field::Interface);
     const QString address = field.value();
     if (!m_pCheckErrs->isChecked())
         return;
     QString text;
     if (!interfaceExists(address))
         text = tr("The IP ") + address + tr(" does not exist!  Please correct the adapter or setting\n");
-    if (!isLocked(field))
+    if (!d->isLocked(field))
         text += tr("Warning: Lock not set, change will not be reflected in all cases");
     if (!text.isEmpty())
-        showErrors(text);
+        d->showErrors(text);
 }
 
 // An interface address is stored as it is typed once it belongs to this machine.
@@ -100,21 +101,21 @@ void QCorvel::onInterfaceEdit()
 {
     QObject *const from = sender();
     const Side side = from == m_pEditRecIFace ? Side::Receive : Side::Send;
-    const NetworkField &field = networkField(side, Field::Interface);
+    const NetworkField &field = d->networkField(side, Field::Interface);
     const QString address = field.value();
     if (!isLocalInterface(address))
         return;
     if (!isStandAlone()) {
-        if (isLocked(field))
+        if (d->isLocked(field))
             updateLockedItems(from);
         return;
     }
-    const int channel = currentChannel();
-    if (isLocked(field)) {
+    const int channel = d->currentChannel();
+    if (d->isLocked(field)) {
         for (const Element element : {Element::Video, Element::Audio, Element::Anc})
             setCfgValue(findChannelKey(element, side, Field::Interface)->name, address, true, channel);
     }
-    setCfgValue(findChannelKey(currentElement(), side, Field::Interface)->name, address, true, channel);
+    setCfgValue(findChannelKey(d->currentElement(), side, Field::Interface)->name, address, true, channel);
     commitStore();
 }
 

@@ -3,6 +3,7 @@
 // Slots, clock: keeps the software PTP client in line with the dialog and shows the clock a hundred times a
 // second.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "app/digitgroups.h"
 #include "channel/channelstore.h"
 #include "rkos.h"
@@ -41,7 +42,7 @@ void showLine(QLineEdit *edit, const char *text)
 
 void QCorvel::checkPTP()
 {
-    if (comboData(m_pComboClkSrc) != ClockSource::SoftwarePtp) {
+    if (d->comboData(m_pComboClkSrc) != ClockSource::SoftwarePtp) {
         rkPTPEnd(hPTP);
         return;
     }
@@ -71,48 +72,48 @@ void QCorvel::checkPTP()
 
 void QCorvel::timerEvent(QTimerEvent *)
 {
-    switch (comboData(m_pComboClkSrc)) {
+    switch (d->comboData(m_pComboClkSrc)) {
     case ClockSource::SoftwarePtp:
-        showSoftwareClock();
+        d->showSoftwareClock();
         break;
     case ClockSource::HardwarePtp:
-        showHardwareClock();
+        d->showHardwareClock();
         break;
     default:
-        showSystemClock();
+        d->showSystemClock();
     }
 }
 
-void QCorvel::showSoftwareClock()
+void QCorvelPrivate::showSoftwareClock()
 {
     char portId[kTextBytes] = {};
     char address[kTextBytes] = {}; // asked for like the others, not shown
     char domain[kTextBytes] = {};
     char version[kTextBytes] = {};
-    rkPTPGetSourcePortID(hPTP, portId);
-    rkPTPGetIPAddress(hPTP, address);
-    rkPTPGetDomain(hPTP, domain);
-    rkPTPGetVersion(hPTP, version);
+    rkPTPGetSourcePortID(q->hPTP, portId);
+    rkPTPGetIPAddress(q->hPTP, address);
+    rkPTPGetDomain(q->hPTP, domain);
+    rkPTPGetVersion(q->hPTP, version);
     char info[kLineBytes];
     snprintf(info, sizeof info, "%s D:%s %s", version, domain, portId);
-    showLine(m_pComboClkMstr, info);
+    showLine(q->m_pComboClkMstr, info);
 
     uint64_t seconds = 0;
     uint32_t nanoseconds = 0;
-    rkPTPGetTime_Nano(hPTP, &seconds, &nanoseconds);
+    rkPTPGetTime_Nano(q->hPTP, &seconds, &nanoseconds);
     char date[kTextBytes] = {};
     char time[kTextBytes] = {};
     rkOSGetEpochDateTimeString(seconds, date, time, nanoseconds, kPtpTimeFormat);
     int64_t offset = 0;
-    rkPTPGetOffset_Nano(hPTP, &offset);
+    rkPTPGetOffset_Nano(q->hPTP, &offset);
     char line[kLineBytes];
     snprintf(line, sizeof line, "%s %s (%s ns)", date, time, digitGroups(offset).constData());
-    showLine(m_pEditClockDomain, line);
+    showLine(q->m_pEditClockDomain, line);
 }
 
-void QCorvel::showHardwareClock()
+void QCorvelPrivate::showHardwareClock()
 {
-    showLine(m_pComboClkMstr, "Hardware/GMT Time");
+    showLine(q->m_pComboClkMstr, "Hardware/GMT Time");
     const quint64 now = rkOSGetTimePTPNano();
     char date[kTextBytes] = {};
     char time[kTextBytes] = {};
@@ -120,18 +121,18 @@ void QCorvel::showHardwareClock()
                                kPtpTimeFormat);
     char line[kLineBytes];
     snprintf(line, sizeof line, "%s %s ", date, time);
-    showLine(m_pEditClockDomain, line);
+    showLine(q->m_pEditClockDomain, line);
 }
 
-void QCorvel::showSystemClock()
+void QCorvelPrivate::showSystemClock()
 {
-    showLine(m_pComboClkMstr, "GMT Time");
+    showLine(q->m_pComboClkMstr, "GMT Time");
     char date[kTextBytes] = {};
     char time[kTextBytes] = {};
     rkOSGetDateTimeString(date, time, kSystemTimeFormat);
     char line[kLineBytes];
     snprintf(line, sizeof line, "%s %s ", date, time);
-    showLine(m_pEditClockDomain, line);
+    showLine(q->m_pEditClockDomain, line);
 }
 
 void QCorvel::onUseGmId(bool checked)

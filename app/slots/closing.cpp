@@ -2,6 +2,7 @@
 //
 // Slots, closing: "Done", "Cancel" and "Show URLs".
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "theme/lineaddress.h"
 
 #include <QCoreApplication>
@@ -12,18 +13,18 @@
 #include <cstdlib>
 
 // An address tells of a key a moment after it; what waits to be told is told now.
-void QCorvel::finishKeys()
+void QCorvelPrivate::finishKeys()
 {
-    for (QLineAddress *address : findChildren<QLineAddress *>())
+    for (QLineAddress *address : q->findChildren<QLineAddress *>())
         QCoreApplication::sendPostedEvents(address, QEvent::MetaCall);
 }
 
 // A field that still has the focus would lose it when the dialog is hidden, after everything was sent, and
 // count as edited then.
-void QCorvel::leaveField()
+void QCorvelPrivate::leaveField()
 {
     finishKeys();
-    if (QWidget *field = focusWidget())
+    if (QWidget *field = q->focusWidget())
         field->clearFocus();
 }
 
@@ -31,13 +32,13 @@ void QCorvel::ok()
 {
     m_bClosing = true;
     if (isStandAlone()) {
-        finishKeys();
+        d->finishKeys();
         saveDataStandAlone();
         checkErrors();
         shutdown();
         return;
     }
-    leaveField();
+    d->leaveField();
     updateSettings(true);
     const QPointer<QCorvel> self(this);
     checkErrors();
@@ -56,7 +57,7 @@ void QCorvel::cancel()
     }
     {
         const SignalBracket bracket(this);
-        leaveField(); // "Cancel" takes no focus; nothing listens to the field here
+        d->leaveField(); // "Cancel" takes no focus; nothing listens to the field here
         const auto restore = [this] {
             loadDataStandAlone();
             updateSettings(false);
@@ -67,7 +68,7 @@ void QCorvel::cancel()
         }
         m_pAudioConfig->setChecked(true);
         for (QRadioButton *flow : m_pAudFlowSelect) {
-            selectOnlyFlow(flow);
+            d->selectOnlyFlow(flow);
             restore();
         }
     }

@@ -3,6 +3,7 @@
 // Slots, edit: a control was changed, so the values go to the store, or to the engine of a host.
 #include "app/corvel.h"
 #include "app/dialog/frame.h"
+#include "app/dialog/private.h"
 #include "channel/channelstore.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
@@ -16,19 +17,19 @@
 
 void QCorvel::saveDataStandAlone()
 {
-    const int channel = currentChannel();
+    const int channel = d->currentChannel();
     if (channel < 0)
         return;
     const SignalBracket bracket(this);
     const auto saveNumber = [&](const char *name, quint32 value) {
         setCfgValue(name, QString::number(value), false, channel);
     };
-    saveNumber(ChannelValue::VideoType, comboData(m_pComboType));
-    saveShownElement(channel);
+    saveNumber(ChannelValue::VideoType, d->comboData(m_pComboType));
+    d->saveShownElement(channel);
     if (isType(ChannelType::ClockDomainOwner))
         setCfgValue(ChannelValue::ClockDomain, m_pEditClockDomain->text(), false, channel);
-    saveNumber(ChannelValue::ClockType, comboData(m_pComboClkSrc));
-    saveNumber(ChannelValue::SignalFormat, comboData(m_pComboVidFormat));
+    saveNumber(ChannelValue::ClockType, d->comboData(m_pComboClkSrc));
+    saveNumber(ChannelValue::SignalFormat, d->comboData(m_pComboVidFormat));
     setCfgValue(ChannelValue::ClockGrandMaster, m_pEditGmAddress->text(), true, channel);
     // Written last on purpose: this edit wins over the clock line of the type that has one.
     setCfgValue(ChannelValue::ClockDomain, m_pEditGmId->text(), false, channel);
@@ -38,14 +39,14 @@ void QCorvel::saveDataStandAlone()
     commitStore();
 }
 
-void QCorvel::saveShownElement(int channel)
+void QCorvelPrivate::saveShownElement(int channel)
 {
     const Element element = currentElement();
     const QByteArray suffix = saveFlowSuffix();
     for (const FieldStep &step : saveOrder(element)) {
         const ChannelKey *key = findChannelKey(element, step.side, step.field);
-        setCfgValue(valueName(*key, suffix).constData(), shownValue(step.side, step.field),
-                    key->stored == Stored::Text, channel);
+        q->setCfgValue(valueName(*key, suffix).constData(), shownValue(step.side, step.field),
+                       key->stored == Stored::Text, channel);
     }
     if (element == Element::Anc)
         return;
@@ -53,7 +54,7 @@ void QCorvel::saveShownElement(int channel)
     logElement(Side::Receive, channel);
 }
 
-void QCorvel::logElement(Side side, int channel) const
+void QCorvelPrivate::logElement(Side side, int channel) const
 {
     // The lower-case "video" is what the log's readers look for.
     const char *const formats[2][2] = {
@@ -69,7 +70,7 @@ void QCorvel::logElement(Side side, int channel) const
 // The formats are the ones above; the compiler cannot see that through the table.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-    ErrOut(formats[side == Side::Send][isAudio()], channel, text(Field::SourceAddress).constData(),
+    ErrOut(formats[side == Side::Send][q->isAudio()], channel, text(Field::SourceAddress).constData(),
            port(Field::SourcePort), text(Field::DestinationAddress).constData(), port(Field::DestinationPort),
            text(Field::Interface).constData(), shownFlags(side));
 #pragma GCC diagnostic pop
@@ -105,12 +106,13 @@ void QCorvel::onTypeSettingChanged(int index)
 {
     setFontFactor(scaleOf(this));
     const bool multi = isMultiType(static_cast<quint32>(m_pComboType->itemData(index).toUInt()));
-    showElementRadios(multi, multi);
+    d->showElementRadios(multi, multi);
     const bool showDomain = multi && !isType(ChannelType::ClockDomainOwner);
     m_pClockDomainLbl->setVisible(showDomain);
     m_pEditClockDomain->setVisible(showDomain);
-    applyFixedSize();
-    setCfgValue(ChannelValue::VideoType, QString::number(comboData(m_pComboType)), false, currentChannel());
+    d->applyFixedSize();
+    setCfgValue(ChannelValue::VideoType, QString::number(d->comboData(m_pComboType)), false,
+                d->currentChannel());
     commitStore();
     loadData();
     if (isType(ChannelType::Smpte2110))
@@ -119,15 +121,15 @@ void QCorvel::onTypeSettingChanged(int index)
 
 void QCorvel::onFormatChanged(int)
 {
-    setCfgValue(ChannelValue::SignalFormat, QString::number(comboData(m_pComboVidFormat)), false,
-                currentChannel());
+    setCfgValue(ChannelValue::SignalFormat, QString::number(d->comboData(m_pComboVidFormat)), false,
+                d->currentChannel());
     commitStore();
 }
 
 void QCorvel::onFileSettingChanged(bool value)
 {
     setCfgValue(ChannelValue::IpUseFileSettings, value ? QStringLiteral("1") : QStringLiteral("0"), false,
-                currentChannel());
+                d->currentChannel());
     commitStore();
     loadData();
 }
@@ -139,32 +141,32 @@ void QCorvel::onItemChanged(QTreeWidgetItem *, int) {}
 void QCorvel::enableAudChannel(int)
 {
     if (isStandAlone()) {
-        const quint32 channels = comboData(m_pComboAudChan);
-        setCfgValue("ReceiveAudChannels", QString::number(channels), false, currentChannel());
-        setCfgValue("TransmitAudChannels", QString::number(channels), false, currentChannel());
-        writeAudioTotals(comboData(m_pComboAudFlow) * channels);
+        const quint32 channels = d->comboData(m_pComboAudChan);
+        setCfgValue("ReceiveAudChannels", QString::number(channels), false, d->currentChannel());
+        setCfgValue("TransmitAudChannels", QString::number(channels), false, d->currentChannel());
+        d->writeAudioTotals(d->comboData(m_pComboAudFlow) * channels);
         commitStore();
     } else {
-        sendType(audioLayout());
+        d->sendType(d->audioLayout());
     }
     updateSettings(false);
 }
 
 void QCorvel::enableAudFlow(int)
 {
-    enableFlowSelectors();
+    d->enableFlowSelectors();
     if (isStandAlone()) {
-        writeAudioTotals(comboData(m_pComboAudFlow) * comboData(m_pComboAudChan));
+        d->writeAudioTotals(d->comboData(m_pComboAudFlow) * d->comboData(m_pComboAudChan));
         commitStore();
     } else {
-        sendType(0);
+        d->sendType(0);
     }
     updateSettings(false);
 }
 
-void QCorvel::writeAudioTotals(quint32 total)
+void QCorvelPrivate::writeAudioTotals(quint32 total)
 {
     const QString text = QString::number(total);
-    setCfgValue("ReceiveAudTotalChannels", text, false, currentChannel());
-    setCfgValue("TransmitAudTotalChannels", text, false, currentChannel());
+    q->setCfgValue("ReceiveAudTotalChannels", text, false, currentChannel());
+    q->setCfgValue("TransmitAudTotalChannels", text, false, currentChannel());
 }

@@ -2,6 +2,7 @@
 //
 // Slots, elements: another channel, element or flow is chosen.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "channel/channelstore.h"
 
 #include <QCheckBox>
@@ -26,7 +27,7 @@ void QCorvel::onSelectionChanged(bool value)
     }
     if (value)
         loadData();
-    showElementControls();
+    d->showElementControls();
 }
 
 // After a switch no flow is selected, on purpose: the values without a flow number are then the ones
@@ -35,14 +36,14 @@ void QCorvel::audChanUseSingle(bool single)
 {
     {
         const SignalBracket bracket(this);
-        m_singleFlow = single;
+        d->singleFlow = single;
         m_pAudFlowUseSingle->setChecked(single);
         setCfgValue(ChannelValue::AudioFlowType, single ? QStringLiteral("0") : QStringLiteral("1"), false,
-                    currentChannel());
+                    d->currentChannel());
         if (single) {
             m_pComboAudFlow->setCurrentIndex(0);
             m_pComboAudFlow->setEnabled(false);
-            writeAudioTotals(comboData(m_pComboAudChan));
+            d->writeAudioTotals(d->comboData(m_pComboAudChan));
         } else {
             m_pComboAudFlow->setEnabled(true);
         }
@@ -54,7 +55,7 @@ void QCorvel::audChanUseSingle(bool single)
             flow->setEnabled(!single);
         }
     }
-    m_keepNoFlow = true;
+    d->keepNoFlow = true;
     loadData();
-    m_keepNoFlow = false;
+    d->keepNoFlow = false;
 }

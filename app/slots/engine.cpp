@@ -3,6 +3,7 @@
 // Slots, engine: the embedded dialog asks the engine of its host for settings and sends them. Stand-alone
 // none of this runs.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "channel/channelstore.h"
 #include "theme/lineaddress.h"
 
@@ -38,10 +39,10 @@ void toEngine(MEDIACMD &command, int mode)
 
 // -------------------------------------------------------------------------------------------- loading
 
-void QCorvel::loadEmbedded()
+void QCorvelPrivate::loadEmbedded()
 {
     {
-        const SignalBracket bracket(this);
+        const SignalBracket bracket(q);
         MEDIACMD config = mediaCommand(MediaCode::GetConfig);
         toEngine(config, MediaMode::Ask);
         if (config.type == 0) {
@@ -55,42 +56,43 @@ void QCorvel::loadEmbedded()
             showMediaSettings(side, settings);
         }
     }
-    checkPTP();
+    q->checkPTP();
 }
 
 // The engine knows no type for the channel: the type combo says so and everything else stays as it is.
-void QCorvel::showNoType()
+void QCorvelPrivate::showNoType()
 {
-    m_pComboType->clear();
-    m_pComboType->addItem(tr("N/A"), kNoType);
+    q->m_pComboType->clear();
+    q->m_pComboType->addItem(QCorvel::tr("N/A"), kNoType);
     showElementRadios(true, false);
     showElementControls();
 }
 
 // What belongs to the channel as a whole. Its type and video format are the stored ones; an engine that
 // works on another type has to read its media again.
-void QCorvel::showMediaConfig(const MEDIACMD &config)
+void QCorvelPrivate::showMediaConfig(const MEDIACMD &config)
 {
-    const bool hadType = m_pComboType->findData(kNoType) < 0;
+    const bool hadType = q->m_pComboType->findData(kNoType) < 0;
     if (!hadType)
         fillTypes();
-    const quint32 stored = toDword(cfgValue(ChannelValue::VideoType, false, currentChannel()));
-    selectFromData(m_pComboType, stored);
+    const quint32 stored = toDword(q->cfgValue(ChannelValue::VideoType, false, currentChannel()));
+    q->selectFromData(q->m_pComboType, stored);
     if (stored != config.type)
-        reloadMedia();
+        q->reloadMedia();
     else
-        m_bReloadChannel = false;
+        q->m_bReloadChannel = false;
     if (!hadType) {
-        showElementRadios(true, isMultiType());
+        showElementRadios(true, q->isMultiType());
         showElementControls();
     }
-    selectFromData(m_pComboVidFormat, toDword(cfgValue(ChannelValue::SignalFormat, false, currentChannel())));
-    selectFromData(m_pComboClkSrc, config.clockSource);
-    m_pEditGmId->setText(QString::number(config.domain));
+    q->selectFromData(q->m_pComboVidFormat,
+                      toDword(q->cfgValue(ChannelValue::SignalFormat, false, currentChannel())));
+    q->selectFromData(q->m_pComboClkSrc, config.clockSource);
+    q->m_pEditGmId->setText(QString::number(config.domain));
     loadFlowSuffix(); // chooses flow 0 when none is chosen
 }
 
-void QCorvel::showMediaSettings(Side side, const MEDIACMD &answer)
+void QCorvelPrivate::showMediaSettings(Side side, const MEDIACMD &answer)
 {
     const QString destination = textOf(answer.destinationAddress);
     networkField(side, Field::SourceAddress).setValue(textOf(answer.sourceAddress));
@@ -100,18 +102,18 @@ void QCorvel::showMediaSettings(Side side, const MEDIACMD &answer)
     networkField(side, Field::DestinationPort).setValue(QString::number(answer.destinationPort));
     showFlags(side, answer.flags);
     showAudioLayout(side, answer.audioLayout);
-    if (side == Side::Send && isVideo())
-        m_pSimpleAddress->setAddress(destination);
+    if (side == Side::Send && q->isVideo())
+        q->m_pSimpleAddress->setAddress(destination);
 }
 
 // Shown for every element, as it is sent with every element. The number of flows is that of the receive
 // side; the send side is shown last and its channels per flow stay.
-void QCorvel::showAudioLayout(Side side, quint32 layout)
+void QCorvelPrivate::showAudioLayout(Side side, quint32 layout)
 {
     const quint32 channels = layout & 0xffff;
-    selectFromData(m_pComboAudChan, channels);
+    q->selectFromData(q->m_pComboAudChan, channels);
     if (side == Side::Receive)
-        selectFromData(m_pComboAudFlow, (layout >> 16) / (channels ? channels : kDefaultAudioChannels));
+        q->selectFromData(q->m_pComboAudFlow, (layout >> 16) / (channels ? channels : kDefaultAudioChannels));
     enableFlowSelectors();
 }
 
@@ -124,25 +126,25 @@ void QCorvel::updateSettings(bool final)
         return;
     }
     const SignalBracket bracket(this);
-    sendType(0);
-    sendMediaSettings(Side::Receive, final ? MediaCode::ReceiveFinal : MediaCode::ReceiveSettings);
-    sendMediaSettings(Side::Send, MediaCode::TransmitSettings);
-    MEDIACMD clock = mediaCommand(MediaCode::SetClock);
-    clock.clockSource = comboData(m_pComboClkSrc);
+    d->sendType(0);
+    d->sendMediaSettings(Side::Receive, final ? MediaCode::ReceiveFinal : MediaCode::ReceiveSettings);
+    d->sendMediaSettings(Side::Send, MediaCode::TransmitSettings);
+    MEDIACMD clock = d->mediaCommand(MediaCode::SetClock);
+    clock.clockSource = d->comboData(m_pComboClkSrc);
     clock.domain = toDword(m_pEditGmId->text());
     toEngine(clock, MediaMode::Tell);
 }
 
 // The channel type, and with it the layout of the audio channels when that is what changed.
-void QCorvel::sendType(quint32 layout)
+void QCorvelPrivate::sendType(quint32 layout)
 {
     MEDIACMD command = mediaCommand(MediaCode::SetType);
-    command.type = comboData(m_pComboType);
+    command.type = comboData(q->m_pComboType);
     command.audioLayout = layout;
     toEngine(command, MediaMode::Tell);
 }
 
-void QCorvel::sendMediaSettings(Side side, quint32 code)
+void QCorvelPrivate::sendMediaSettings(Side side, quint32 code)
 {
     MEDIACMD command = elementCommand(code, side);
     command.sourcePort = toDword(networkField(side, Field::SourcePort).value());
@@ -156,7 +158,7 @@ void QCorvel::sendMediaSettings(Side side, quint32 code)
 }
 
 // One field for every element of the channel: once for video and ancillary data, for each flow of audio.
-void QCorvel::sendMediaField(const NetworkField &field)
+void QCorvelPrivate::sendMediaField(const NetworkField &field)
 {
     for (const Element element : {Element::Video, Element::Audio, Element::Anc}) {
         const int flows = element == Element::Audio ? kFlowCount : 1;
@@ -176,6 +178,6 @@ void QCorvel::sendMediaField(const NetworkField &field)
 
 void QCorvel::reloadMedia()
 {
-    MEDIACMD command = mediaCommand(MediaCode::ReloadMedia);
+    MEDIACMD command = d->mediaCommand(MediaCode::ReloadMedia);
     toEngine(command, MediaMode::Tell);
 }

@@ -3,6 +3,7 @@
 // Slots, files: the commands that load and save settings files and session descriptions. What stands in them
 // is the business of files/; here values are collected, files opened and answers applied.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "channel/channelstore.h"
 #include "files/sdpreader.h"
 #include "files/sdpwriter.h"
@@ -82,7 +83,7 @@ void QCorvel::save()
     }
     const QPointer<QCorvel> self(this); // a host may delete the dialog meanwhile
     const QString answer = QDir::toNativeSeparators(QFileDialog::getSaveFileName(
-        nullptr, tr("Ini File"), folder, settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
+        nullptr, tr("Ini File"), folder, d->settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
     if (!self)
         return;
     // Before the answer is looked at, on purpose: a cancelled dialog leads to the current folder.
@@ -91,20 +92,20 @@ void QCorvel::save()
         return;
     const WaitCursor wait;
     if (isSessionDescription(answer))
-        saveSdpFiles(answer);
+        d->saveSdpFiles(answer);
     else
-        saveSettings(answer);
+        d->saveSettings(answer);
 }
 
-QString QCorvel::settingsFilter() const
+QString QCorvelPrivate::settingsFilter() const
 {
-    return tr(
+    return QCorvel::tr(
         "Settings File (*.ipp);; Session Description File (*.sdp);; Text File (*.txt);; All files (*.*)");
 }
 
 // Saving the settings ends the override, in the store and in the file, on purpose. The flow count shown
 // holds for every channel of the file. Nothing follows a section that could not be written.
-void QCorvel::saveSettings(const QString &path)
+void QCorvelPrivate::saveSettings(const QString &path)
 {
     const quint64 file = createForWriting(path);
     if (file == RKOS_INVALID_HANDLE)
@@ -114,10 +115,10 @@ void QCorvel::saveSettings(const QString &path)
     setGlobalDword(StorePath::AvHAL, "nmosoverride", 0);
     commitStore();
     const auto value = [this](const char *name, bool isString, int channel) {
-        return cfgValue(name, isString, channel);
+        return q->cfgValue(name, isString, channel);
     };
-    const int flows = m_pComboAudFlow->currentData().toInt();
-    for (int channel = 0; channel < m_pChannel->count(); ++channel) {
+    const int flows = q->m_pComboAudFlow->currentData().toInt();
+    for (int channel = 0; channel < q->m_pChannel->count(); ++channel) {
         if (rkOSfputs(settingsSection(value, channel, flows).constData(), file) < 0)
             break;
     }
@@ -125,28 +126,28 @@ void QCorvel::saveSettings(const QString &path)
 }
 
 // What is shown goes into a session description, except for the values: those come from the store.
-SdpInput QCorvel::sdpInput(int channel) const
+SdpInput QCorvelPrivate::sdpInput(int channel) const
 {
     SdpInput input;
     input.value = [this, channel](const char *name, bool isString) {
-        return cfgValue(name, isString, channel);
+        return q->cfgValue(name, isString, channel);
     };
-    getSignalFormatValues(&input.width, &input.height, &input.rate);
-    input.recSrc = m_pCheckRecSrcAddr->isChecked();
-    input.recDst = m_pCheckRecDstAddr->isChecked();
-    input.sndSrc = m_pCheckSndSrcAddr->isChecked();
-    input.sndDst = m_pCheckSndDstAddr->isChecked();
-    input.useGmId = m_pUseGmId->isChecked();
-    input.clockIndex = m_pComboClkSrc->currentIndex();
-    input.gmAddress = m_pEditGmAddress->text();
-    input.gmDomain = m_pEditGmId->text();
-    input.flows = m_pComboAudFlow->currentData().toInt();
+    q->getSignalFormatValues(&input.width, &input.height, &input.rate);
+    input.recSrc = q->m_pCheckRecSrcAddr->isChecked();
+    input.recDst = q->m_pCheckRecDstAddr->isChecked();
+    input.sndSrc = q->m_pCheckSndSrcAddr->isChecked();
+    input.sndDst = q->m_pCheckSndDstAddr->isChecked();
+    input.useGmId = q->m_pUseGmId->isChecked();
+    input.clockIndex = q->m_pComboClkSrc->currentIndex();
+    input.gmAddress = q->m_pEditGmAddress->text();
+    input.gmDomain = q->m_pEditGmId->text();
+    input.flows = q->m_pComboAudFlow->currentData().toInt();
     input.sessionId = rkOSGetMicro();
     return input;
 }
 
 // All three elements, always of channel 0.
-void QCorvel::saveSdpFiles(const QString &answer)
+void QCorvelPrivate::saveSdpFiles(const QString &answer)
 {
     const SdpFileNames names = sdpFileNames(answer);
     const SdpInput input = sdpInput(0);
@@ -156,7 +157,7 @@ void QCorvel::saveSdpFiles(const QString &answer)
 
 void QCorvel::saveElement()
 {
-    const int channel = currentChannel();
+    const int channel = d->currentChannel();
     const QPointer<QCorvel> self(this);
     const QString answer = QDir::toNativeSeparators(
         QFileDialog::getSaveFileName(nullptr, tr("Save Current Element"), QString(),
@@ -165,7 +166,7 @@ void QCorvel::saveElement()
     if (!self)
         return;
     const SdpFileNames names = sdpFileNames(answer);
-    const SdpInput input = sdpInput(channel);
+    const SdpInput input = d->sdpInput(channel);
     char grandmaster[64] = {}; // asked for with the identifier, not part of the text
     char domain[64] = {};
     rkPTPGetGrandmasterID(hPTP, grandmaster);
@@ -175,12 +176,12 @@ void QCorvel::saveElement()
     const SdpElement element = isVideo()   ? SdpElement::Video
                                : isAudio() ? SdpElement::Audio
                                            : SdpElement::Anc;
-    writeSdpFile(names.rx, writeElementSdp(input, element, SdpSide::Receive));
-    writeSdpFile(names.tx, writeElementSdp(input, element, SdpSide::Send));
+    d->writeSdpFile(names.rx, writeElementSdp(input, element, SdpSide::Receive));
+    d->writeSdpFile(names.tx, writeElementSdp(input, element, SdpSide::Send));
 }
 
 // A file that cannot be created is passed over; the other one of the pair is still tried.
-void QCorvel::writeSdpFile(const QString &path, const QString &text)
+void QCorvelPrivate::writeSdpFile(const QString &path, const QString &text)
 {
     const quint64 file = createForWriting(path);
     if (file != RKOS_INVALID_HANDLE)
@@ -196,7 +197,7 @@ void QCorvel::load()
     const QString folder = m_lastPath.isEmpty() ? settingsFolder() : m_lastPath;
     const QPointer<QCorvel> self(this);
     const QString answer = QDir::toNativeSeparators(QFileDialog::getOpenFileName(
-        nullptr, tr("Ini File"), folder, settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
+        nullptr, tr("Ini File"), folder, d->settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
     if (!self || answer.isEmpty() || !rkOSFileExists(answer.toUtf8().constData()))
         return;
     const quint64 file = openForReading(answer);
@@ -208,7 +209,7 @@ void QCorvel::load()
     QByteArray line;
     if (readLine(file, line)) {
         if (isSettingsSignature(line))
-            toTheEnd = loadSettings(file);
+            toTheEnd = d->loadSettings(file);
         else if (isSessionDescription(answer))
             loadSdp(file);
         else
@@ -223,7 +224,7 @@ void QCorvel::load()
 }
 
 // Stores value by value, without regard to locks. False when a section below the first one ended it.
-bool QCorvel::loadSettings(quint64 file)
+bool QCorvelPrivate::loadSettings(quint64 file)
 {
     SettingsReader reader;
     SettingsValue value;
@@ -238,7 +239,7 @@ bool QCorvel::loadSettings(quint64 file)
             if (value.global)
                 setGlobalDword(StorePath::AvHal, value.key.constData(), globalSettingsNumber(value.text));
             else
-                setCfgValue(value.key.constData(), value.text, value.isString, value.channel);
+                q->setCfgValue(value.key.constData(), value.text, value.isString, value.channel);
         }
     }
     return true;
@@ -249,7 +250,7 @@ bool QCorvel::loadSettings(quint64 file)
 void QCorvel::loadSdp(quint64 file)
 {
     const SignalBracket bracket(this);
-    const int channel = currentChannel();
+    const int channel = d->currentChannel();
     struct Tick {
         SdpTick box;
         Field field;
@@ -268,7 +269,7 @@ void QCorvel::loadSdp(quint64 file)
         for (const Tick &tick : ticks) {
             if (tick.box != value.box)
                 continue;
-            networkField(Side::Receive, tick.field).use->setChecked(true);
+            d->networkField(Side::Receive, tick.field).use->setChecked(true);
             ticked |= flagBit(tick.field);
         }
     }

@@ -3,6 +3,7 @@
 // Slots, locks: a locked field holds one value for all elements of its channel. Locks live in the dialog
 // only.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "channel/channelstore.h"
 
 #include <QCheckBox>
@@ -47,54 +48,54 @@ const FieldStep kGroupOrder[] = {
 
 // Interfaces are locked from the start, on every channel, on purpose: a machine's elements normally
 // share their network interfaces.
-void QCorvel::lockInterfaces()
+void QCorvelPrivate::lockInterfaces()
 {
-    m_pCheckLockRecDstIFace->setChecked(true);
-    m_pCheckLockSndDstIFace->setChecked(true);
+    q->m_pCheckLockRecDstIFace->setChecked(true);
+    q->m_pCheckLockSndDstIFace->setChecked(true);
     const int channels = channelCount();
     for (int channel = 0; channel < channels; ++channel) {
-        m_LockValues[QStringLiteral("ReceiveInterface%1").arg(channel)] = true;
-        m_LockValues[QStringLiteral("TransmitInterface%1").arg(channel)] = true;
+        q->m_LockValues[QStringLiteral("ReceiveInterface%1").arg(channel)] = true;
+        q->m_LockValues[QStringLiteral("TransmitInterface%1").arg(channel)] = true;
     }
 }
 
 // The video value name stands for the field of all elements, with the channel number behind it.
-QString QCorvel::lockName(const NetworkField &field, int channel) const
+QString QCorvelPrivate::lockName(const NetworkField &field, int channel) const
 {
     const ChannelKey *key = findChannelKey(Element::Video, field.side, field.field);
     return QLatin1String(key->name) + QString::number(channel);
 }
 
-bool QCorvel::isLocked(const NetworkField &field) const
+bool QCorvelPrivate::isLocked(const NetworkField &field) const
 {
-    return m_LockValues.value(lockName(field, currentChannel()), false);
+    return q->m_LockValues.value(lockName(field, currentChannel()), false);
 }
 
 // A field is copied when it changed itself, when its lock was set, or when all locks were.
-bool QCorvel::concerns(const NetworkField &field, const QObject *sender) const
+bool QCorvelPrivate::concerns(const NetworkField &field, const QObject *sender) const
 {
-    return sender && (sender == field.control() || sender == field.lock || sender == m_pCheckLockGroup);
+    return sender && (sender == field.control() || sender == field.lock || sender == q->m_pCheckLockGroup);
 }
 
 void QCorvel::checkLocksForConfig()
 {
     const SignalBracket bracket(this);
-    const int channel = currentChannel();
-    for (const NetworkField &field : qAsConst(m_fields))
-        field.lock->setChecked(m_LockValues[lockName(field, channel)]);
+    const int channel = d->currentChannel();
+    for (const NetworkField &field : qAsConst(d->fields))
+        field.lock->setChecked(m_LockValues[d->lockName(field, channel)]);
 }
 
 void QCorvel::onLockSetting(bool)
 {
-    recordLocks(sender());
+    d->recordLocks(sender());
 }
 
-void QCorvel::recordLocks(QObject *from)
+void QCorvelPrivate::recordLocks(QObject *from)
 {
     const int channel = currentChannel();
-    for (const NetworkField &field : qAsConst(m_fields))
-        m_LockValues[lockName(field, channel)] = field.lock->isChecked();
-    updateLockedItems(from);
+    for (const NetworkField &field : qAsConst(fields))
+        q->m_LockValues[lockName(field, channel)] = field.lock->isChecked();
+    q->updateLockedItems(from);
 }
 
 void QCorvel::onLockGroup(bool)
@@ -103,9 +104,9 @@ void QCorvel::onLockGroup(bool)
     {
         const SignalBracket bracket(this);
         for (const FieldStep &step : kGroupOrder)
-            networkField(step.side, step.field).lock->setChecked(m_pCheckLockGroup->isChecked());
+            d->networkField(step.side, step.field).lock->setChecked(m_pCheckLockGroup->isChecked());
     }
-    recordLocks(from);
+    d->recordLocks(from);
 }
 
 void QCorvel::updateLockedItems(QObject *sender)
@@ -115,13 +116,13 @@ void QCorvel::updateLockedItems(QObject *sender)
         return;
     }
     const SignalBracket bracket(this);
-    const int channel = currentChannel();
+    const int channel = d->currentChannel();
     bool copied = false;
     for (const FieldStep &step : kCopyOrder) {
-        const NetworkField &field = networkField(step.side, step.field);
-        if (!concerns(field, sender) || !isLocked(field))
+        const NetworkField &field = d->networkField(step.side, step.field);
+        if (!d->concerns(field, sender) || !d->isLocked(field))
             continue;
-        propagate(field, channel);
+        d->propagate(field, channel);
         copied = true;
     }
     if (copied)
@@ -129,12 +130,12 @@ void QCorvel::updateLockedItems(QObject *sender)
 }
 
 // Flow 0 is written once more before all flows, as always.
-void QCorvel::propagate(const NetworkField &field, int channel)
+void QCorvelPrivate::propagate(const NetworkField &field, int channel)
 {
     const QString value = field.value();
     const auto write = [&](Element element, const QByteArray &suffix) {
         const ChannelKey *key = findChannelKey(element, field.side, field.field);
-        setCfgValue(valueName(*key, suffix).constData(), value, key->stored == Stored::Text, channel);
+        q->setCfgValue(valueName(*key, suffix).constData(), value, key->stored == Stored::Text, channel);
     };
     write(Element::Audio, "0");
     for (int flow = 0; flow < kFlowCount; ++flow)
@@ -148,9 +149,9 @@ void QCorvel::updateLockedItemsForScopes(QObject *sender)
 {
     const SignalBracket bracket(this);
     const auto sendLocked = [&](const FieldStep &step) {
-        const NetworkField &field = networkField(step.side, step.field);
-        if (concerns(field, sender) && isLocked(field))
-            sendMediaField(field);
+        const NetworkField &field = d->networkField(step.side, step.field);
+        if (d->concerns(field, sender) && d->isLocked(field))
+            d->sendMediaField(field);
     };
     for (const FieldStep &step : kCopyOrder)
         sendLocked(step);

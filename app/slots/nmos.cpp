@@ -3,6 +3,7 @@
 // Slots, NMOS: the node's connection settings, the override switch, and session descriptions pushed from
 // outside. The node itself runs in a service of its own; it hears of a change by a named event.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "app/localinterface.h"
 #include "app/nmosthread.h"
 #include "channel/channelstore.h"
@@ -96,7 +97,7 @@ void QCorvel::onSetNmosCfg()
 // ------------------------------------------------------------------------------------------- switches
 
 // Both switches exist in the store after the first start: one that could not be read is written back.
-void QCorvel::loadNmosSwitches()
+void QCorvelPrivate::loadNmosSwitches()
 {
     struct Switch {
         const char *path;
@@ -104,8 +105,8 @@ void QCorvel::loadNmosSwitches()
         QCheckBox *box;
     };
     const Switch switches[] = {
-        {StorePath::AvHAL, "nmosoverride", m_pNmosOverride},
-        {StorePath::Debug, "NMOSUseLog", m_pNmosOutLog},
+        {StorePath::AvHAL, "nmosoverride", q->m_pNmosOverride},
+        {StorePath::Debug, "NMOSUseLog", q->m_pNmosOutLog},
     };
     void *const store = reinterpret_cast<void *>(static_cast<intptr_t>(-1));
     for (const Switch &row : switches) {
@@ -116,7 +117,7 @@ void QCorvel::loadNmosSwitches()
         }
         row.box->setChecked(value != 0);
     }
-    bNmosUseLog = m_pNmosOutLog->isChecked();
+    q->bNmosUseLog = q->m_pNmosOutLog->isChecked();
 }
 
 void QCorvel::overrideNmos(bool checked)
@@ -153,8 +154,8 @@ void QCorvel::onBoardSettingChanged(bool value)
     QPushButton *no = new QPushButton(tr("CANCEL"), &confirmation);
     row->addStretch(1);
     for (QPushButton *button : {yes, no}) {
-        button->setFont(controlFont());
-        button->setFixedSize(px(100), px(28));
+        button->setFont(d->controlFont());
+        button->setFixedSize(d->px(100), d->px(28));
         row->addWidget(button, 0, Qt::AlignCenter);
     }
     row->addStretch(1);

@@ -2,6 +2,7 @@
 //
 // View: the eight flow selectors.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 
 #include <QComboBox>
 #include <QRadioButton>
@@ -13,50 +14,50 @@ constexpr int kLastFlow = kFlowCount - 1;
 } // namespace
 
 // In single-flow mode no flow can be selected.
-void QCorvel::enableFlowSelectors()
+void QCorvelPrivate::enableFlowSelectors()
 {
-    const quint32 flows = m_singleFlow ? 0 : comboData(m_pComboAudFlow);
+    const quint32 flows = singleFlow ? 0 : comboData(q->m_pComboAudFlow);
     for (quint32 flow = 0; flow < kFlowCount; ++flow)
-        m_pAudFlowSelect[flow]->setEnabled(flow < flows);
+        q->m_pAudFlowSelect[flow]->setEnabled(flow < flows);
 }
 
 // In single-flow mode the selectors do not exclude each other, so the others are unchecked by hand.
-void QCorvel::selectOnlyFlow(QRadioButton *flow)
+void QCorvelPrivate::selectOnlyFlow(QRadioButton *flow)
 {
     flow->setChecked(true);
-    for (QRadioButton *other : m_pAudFlowSelect)
+    for (QRadioButton *other : q->m_pAudFlowSelect)
         other->setChecked(other == flow);
 }
 
 // The first checked flow. With none, flow 0 is chosen, except in single-flow mode, whose values carry no
 // number.
-QByteArray QCorvel::loadFlowSuffix()
+QByteArray QCorvelPrivate::loadFlowSuffix()
 {
     for (int flow = 0; flow < kFlowCount; ++flow) {
-        if (m_pAudFlowSelect[flow]->isChecked())
+        if (q->m_pAudFlowSelect[flow]->isChecked())
             return QByteArray::number(flow);
     }
-    if (m_singleFlow || m_keepNoFlow)
+    if (singleFlow || keepNoFlow)
         return QByteArray();
-    m_pAudFlowSelect[0]->setChecked(true);
+    q->m_pAudFlowSelect[0]->setChecked(true);
     return QByteArrayLiteral("0");
 }
 
 // The last checked flow, on purpose the other way round than in loading; none in single-flow mode.
-QByteArray QCorvel::saveFlowSuffix() const
+QByteArray QCorvelPrivate::saveFlowSuffix() const
 {
     for (int flow = kLastFlow; flow >= 0; --flow) {
-        if (m_pAudFlowSelect[flow]->isChecked())
+        if (q->m_pAudFlowSelect[flow]->isChecked())
             return QByteArray::number(flow);
     }
     return QByteArray();
 }
 
 // The first checked flow, flow 0 when none is.
-int QCorvel::engineFlow() const
+int QCorvelPrivate::engineFlow() const
 {
     for (int flow = 0; flow < kFlowCount; ++flow) {
-        if (m_pAudFlowSelect[flow]->isChecked())
+        if (q->m_pAudFlowSelect[flow]->isChecked())
             return flow;
     }
     return 0;

@@ -2,40 +2,41 @@
 //
 // View: the element that is shown, and its values on the screen. Knows no store.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "channel/channelstore.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 
-quint32 QCorvel::comboData(const QComboBox *combo) const
+quint32 QCorvelPrivate::comboData(const QComboBox *combo) const
 {
     return combo->currentData().toUInt();
 }
 
-int QCorvel::currentChannel() const
+int QCorvelPrivate::currentChannel() const
 {
-    return m_pChannel->currentIndex();
+    return q->m_pChannel->currentIndex();
 }
 
-Element QCorvel::currentElement() const
+Element QCorvelPrivate::currentElement() const
 {
-    if (isAnc())
+    if (q->isAnc())
         return Element::Anc;
-    return isAudio() ? Element::Audio : Element::Video;
+    return q->isAudio() ? Element::Audio : Element::Video;
 }
 
 // Both sides share one combo of channels per flow; the send side is read last and stays.
-void QCorvel::showValue(Side side, Field field, const QString &value)
+void QCorvelPrivate::showValue(Side side, Field field, const QString &value)
 {
     switch (field) {
     case Field::Flags:
         showFlags(side, toDword(value));
         break;
     case Field::Channels:
-        selectFromData(m_pComboAudChan, toDword(value));
+        q->selectFromData(q->m_pComboAudChan, toDword(value));
         break;
     case Field::PacketTime:
-        selectFromData(side == Side::Receive ? m_pComboPTimeRx : m_pComboPTimeTx, toDword(value));
+        q->selectFromData(side == Side::Receive ? q->m_pComboPTimeRx : q->m_pComboPTimeTx, toDword(value));
         break;
     case Field::SourceAddress:
     case Field::SourcePort:
@@ -49,25 +50,25 @@ void QCorvel::showValue(Side side, Field field, const QString &value)
     }
 }
 
-void QCorvel::showFlags(Side side, quint32 flags)
+void QCorvelPrivate::showFlags(Side side, quint32 flags)
 {
     for (const FlagBit &row : flagBits())
-        useSetting(networkField(side, row.field).use, flags, row.bit);
+        q->useSetting(networkField(side, row.field).use, flags, row.bit);
 }
 
 // What a save writes for one field, as text.
-QString QCorvel::shownValue(Side side, Field field) const
+QString QCorvelPrivate::shownValue(Side side, Field field) const
 {
     const bool receive = side == Side::Receive;
     switch (field) {
     case Field::Flags:
         return QString::number(shownFlags(side));
     case Field::Channels:
-        return QString::number(comboData(m_pComboAudChan));
+        return QString::number(comboData(q->m_pComboAudChan));
     case Field::PacketTime:
-        return QString::number(comboData(receive ? m_pComboPTimeRx : m_pComboPTimeTx));
+        return QString::number(comboData(receive ? q->m_pComboPTimeRx : q->m_pComboPTimeTx));
     case Field::TotalChannels:
-        return QString::number(comboData(m_pComboAudFlow) * comboData(m_pComboAudChan));
+        return QString::number(comboData(q->m_pComboAudFlow) * comboData(q->m_pComboAudChan));
     case Field::SourceAddress:
     case Field::SourcePort:
     case Field::DestinationAddress:
@@ -78,7 +79,7 @@ QString QCorvel::shownValue(Side side, Field field) const
     return networkField(side, field).value();
 }
 
-quint32 QCorvel::shownFlags(Side side) const
+quint32 QCorvelPrivate::shownFlags(Side side) const
 {
     quint32 flags = 0;
     for (const FlagBit &row : flagBits()) {

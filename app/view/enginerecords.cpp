@@ -2,10 +2,11 @@
 //
 // View: media commands, filled from what is shown.
 #include "app/corvel.h"
+#include "app/dialog/private.h"
 
 #include <QComboBox>
 
-MEDIACMD QCorvel::mediaCommand(quint32 code) const
+MEDIACMD QCorvelPrivate::mediaCommand(quint32 code) const
 {
     MEDIACMD command;
     command.code = code;
@@ -14,19 +15,19 @@ MEDIACMD QCorvel::mediaCommand(quint32 code) const
 }
 
 // A command about one side of the element that is shown.
-MEDIACMD QCorvel::elementCommand(quint32 code, Side side) const
+MEDIACMD QCorvelPrivate::elementCommand(quint32 code, Side side) const
 {
     MEDIACMD command = mediaCommand(code);
     quint32 receive = 0;
     quint32 transmit = 0;
-    getRecSndTypes(&receive, &transmit);
+    q->getRecSndTypes(&receive, &transmit);
     command.element = side == Side::Receive ? receive : transmit;
-    command.flow = isAudio() ? engineFlow() : 0;
+    command.flow = q->isAudio() ? engineFlow() : 0;
     return command;
 }
 
-quint32 QCorvel::audioLayout() const
+quint32 QCorvelPrivate::audioLayout() const
 {
-    const quint32 channels = comboData(m_pComboAudChan);
-    return (comboData(m_pComboAudFlow) * channels) << 16 | channels;
+    const quint32 channels = comboData(q->m_pComboAudChan);
+    return (comboData(q->m_pComboAudFlow) * channels) << 16 | channels;
 }
