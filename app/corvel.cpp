@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The roof: construction of the whole dialog. It calls every floor below and nothing calls it.
+// Roof: construction of the whole dialog. It calls every floor below, and nothing calls it.
 #include "app/corvel.h"
+
 #include "app/dialog/frame.h"
 #include "app/dialog/private.h"
 
@@ -69,8 +70,10 @@ void QCorvel::init(bool standAlone)
     setFontFactor(qMax(1.0, scaleOf(this)));
     m_fontFamily = QApplication::font().family();
     initCtrls();
+    d->connectButtons(); // after findConfigs, or filling the list would switch configurations
     popCombos();
     loadData();
+    d->listConnections();
     connectSignals();
 
     m_pComboReceive->setEnabled(false);
@@ -88,6 +91,8 @@ void QCorvel::initCtrls()
 {
     setFont(QFont(m_fontFamily, m_fontSize));
     d->createHeader();
+    if (m_pConfig)
+        findConfigs();
     d->createNmosRow();
     d->createFormatRows();
     d->createElementRow();
@@ -98,7 +103,7 @@ void QCorvel::initCtrls()
     d->createCommands();
     d->createErrorDialog();
     d->createNmosDialog();
-    d->fields = d->networkFields();
+    d->takeView();
     d->loadNmosSwitches();
     d->lockInterfaces();
     d->buildLayout();

@@ -8,6 +8,7 @@ include(CMakePackageConfigHelpers)
 
 add_library(corvel_library SHARED
   $<TARGET_OBJECTS:corvel_app>
+  $<TARGET_OBJECTS:corvel_view>
   $<TARGET_OBJECTS:corvel_channel>
   $<TARGET_OBJECTS:corvel_files>
   $<TARGET_OBJECTS:corvel_theme>)

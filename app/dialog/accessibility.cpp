@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Class floor: what assistive tools and the keyboard see: accessible names, tool tips, buddies, tab order.
-#include "app/corvel.h"
+// Class floor: what assistive tools and the keyboard see: accessible names, tool tips, buddies, tab
+// order.
 #include "app/dialog/private.h"
 #include "theme/lineaddress.h"
 
@@ -32,7 +32,7 @@ void QCorvelPrivate::describeControls()
 {
     const QString sides[] = {QCorvel::tr("Receive"), QCorvel::tr("Send")};
     int row = 0;
-    for (const NetworkField &field : qAsConst(fields)) {
+    for (const NetworkField &field : view.fields()) {
         const QString side = sides[field.side == Side::Receive ? 0 : 1];
         const QString what = rowLabels[row++]->text().toLower();
         const QString name = QCorvel::tr("%1 %2").arg(side, what);
@@ -130,7 +130,7 @@ void QCorvelPrivate::setTabOrders()
         appendFocus(chain, flow);
     appendFocus(chain, q->m_pCheckLockGroup);
     Side side = Side::Send;
-    for (const NetworkField &field : qAsConst(fields)) {
+    for (const NetworkField &field : view.fields()) {
         if (field.side != side) {
             side = field.side;
             appendFocus(chain, side == Side::Receive ? q->m_pComboPTimeRx : q->m_pComboPTimeTx);

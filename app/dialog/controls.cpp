@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Class floor: makes the controls and fills the combo boxes. Places are in layout.cpp, signals in
-// wiring.cpp.
-#include "app/corvel.h"
+// Class floor: makes the controls and fills the combo boxes. It leaves their places to layout.cpp and what
+// they do to connections.cpp.
 #include "app/dialog/private.h"
 #include "channel/channelstore.h"
 #include "channel/videoformats.h"
@@ -17,6 +16,9 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTextEdit>
+
+#include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -138,19 +140,15 @@ QRadioButton *QCorvelPrivate::newRadio(const char *name, const QString &text, QW
     return radio;
 }
 
-// --------------------------------------------------------------------------- the blocks of the dialog
+// --------------------------------------------------------------------------------- the blocks of the dialog
 
 void QCorvelPrivate::createHeader()
 {
     q->m_pChannelLbl = newLabel("m_pChannelLbl", QCorvel::isStandAlone() ? QCorvel::tr("Channel/Instance")
                                                                          : QCorvel::tr("Channel"));
     q->m_pChannel = newCombo("m_pChannel");
-    if (!QCorvel::isStandAlone())
-        return;
-    // Filled before it is wired, or filling it would switch configurations.
-    q->m_pConfig = newCombo("m_pConfig");
-    q->findConfigs();
-    QObject::connect(q->m_pConfig, qOverload<int>(&QComboBox::currentIndexChanged), q, &QCorvel::onSetConfig);
+    if (QCorvel::isStandAlone())
+        q->m_pConfig = newCombo("m_pConfig");
 }
 
 void QCorvelPrivate::createNmosRow()
@@ -160,7 +158,6 @@ void QCorvelPrivate::createNmosRow()
     for (QCheckBox *box : {q->m_pNmosOverride, q->m_pNmosOutLog})
         box->setStyleSheet(QLatin1String(kNmosBoxStyle));
     q->m_pOpenNmosCfg = newButton("m_pOpenNmosCfg", QCorvel::tr("NMOS Config"));
-    QObject::connect(q->m_pOpenNmosCfg, &QPushButton::clicked, q, &QCorvel::onShowNmosCfg);
     q->m_pCheckErrs = newCheckBox("m_pCheckErrs", QCorvel::tr("Check and display errors"));
     q->m_pCheckErrs->setStyleSheet(QLatin1String(kNmosBoxStyle));
 
@@ -180,8 +177,8 @@ void QCorvelPrivate::createFormatRows()
     q->m_pComboAudChan = newCombo("m_pComboAudChan");
     q->m_pAudFlowLbl = newLabel("m_pAudFlowLbl", QCorvel::tr("Audio Flows"));
     q->m_pComboAudFlow = newCombo("m_pComboAudFlow");
-    // Shows the mode that audChanUseSingle was last called with. Nobody clicks it: the switch belongs to
-    // the host, which calls the slot by name.
+    // Shows the mode that audChanUseSingle was last called with. Nobody clicks it: the switch belongs to the
+    // host, which calls the slot by name.
     q->m_pAudFlowUseSingle = newCheckBox("m_pAudFlowUseSingle", QCorvel::tr("Single flow"));
     q->m_pAudFlowUseSingle->setEnabled(false);
 }
@@ -288,16 +285,9 @@ void QCorvelPrivate::createCommands()
     q->m_pCmdCancel = newButton("m_pCmdCancel", QCorvel::tr("Cancel"));
     q->m_pCmdSaveElement->setFocusPolicy(Qt::NoFocus);
     q->m_pCmdCancel->setFocusPolicy(Qt::NoFocus);
-    QObject::connect(q->m_pCmdLoad, &QPushButton::clicked, q, &QCorvel::load);
-    QObject::connect(q->m_pCmdSave, &QPushButton::clicked, q, &QCorvel::save);
-    QObject::connect(q->m_pCmdSaveElement, &QPushButton::clicked, q, &QCorvel::saveElement);
-    QObject::connect(q->m_pCmdAccept, &QPushButton::clicked, q, &QCorvel::ok);
-    QObject::connect(q->m_pCmdCancel, &QPushButton::clicked, q, &QCorvel::cancel);
     q->m_pCmdCancel->setVisible(!QCorvel::isStandAlone());
-    if (QCorvel::isStandAlone())
-        return;
-    q->m_pCmdURLs = newButton("m_pCmdURLs", QCorvel::tr("Show URLs"));
-    QObject::connect(q->m_pCmdURLs, &QPushButton::clicked, q, &QCorvel::showurls);
+    if (!QCorvel::isStandAlone())
+        q->m_pCmdURLs = newButton("m_pCmdURLs", QCorvel::tr("Show URLs"));
 }
 
 void QCorvelPrivate::createErrorDialog()
@@ -314,7 +304,7 @@ void QCorvelPrivate::createErrorDialog()
     q->m_pEditErrMsg->setTabChangesFocus(true);
     q->m_pEditErrMsg->document()->setDocumentMargin(px(9));
     q->m_pErrOk = newButton("m_pErrOk", QCorvel::tr("OK"));
-    q->m_pErrOk->setParent(q->m_pErrDlg); // before it becomes the default, or it were the main dialog's
+    q->m_pErrOk->setParent(q->m_pErrDlg); // first: a default button belongs to the dialog that it is in
     q->m_pErrOk->setDefault(true);
     q->m_pErrOk->setFocus();
     QObject::connect(q->m_pErrOk, &QPushButton::clicked, q->m_pErrDlg, &QDialog::accept);
@@ -331,10 +321,37 @@ void QCorvelPrivate::createNmosDialog()
     q->m_pLineNmosSrv = newAddress("m_pLineNmosSrv");
     q->m_pEditNmosPort = newLineEdit("m_pEditNmosPort");
     q->m_pSetNmosCfg = newButton("m_pSetNmosCfg", QCorvel::tr("Set"));
-    QObject::connect(q->m_pSetNmosCfg, &QPushButton::clicked, q, &QCorvel::onSetNmosCfg);
 }
 
-// ------------------------------------------------------------------------ contents of the combo boxes
+// The view gets the controls that show a channel; from here on it is asked for what they hold.
+void QCorvelPrivate::takeView()
+{
+    const Side rx = Side::Receive;
+    const Side tx = Side::Send;
+    // clang-format off
+    const QVector<NetworkField> rows = {
+        // side, field,                  address,              text,                 use box,                lock box
+        {rx, Field::SourceAddress,      q->m_pLineRecSrcAddr, nullptr,              q->m_pCheckRecSrcAddr,  q->m_pCheckLockRecSrcAddr},
+        {rx, Field::SourcePort,         nullptr,              q->m_pEditRecSrcPort, q->m_pCheckRecSrcPort,  q->m_pCheckLockRecSrcPort},
+        {rx, Field::DestinationAddress, q->m_pLineRecDstAddr, nullptr,              q->m_pCheckRecDstAddr,  q->m_pCheckLockRecDstAddr},
+        {rx, Field::DestinationPort,    nullptr,              q->m_pEditRecDstPort, q->m_pCheckRecDstPort,  q->m_pCheckLockRecDstPort},
+        {rx, Field::Interface,          q->m_pEditRecIFace,   nullptr,              q->m_pCheckRecDstIFace, q->m_pCheckLockRecDstIFace},
+        {tx, Field::SourceAddress,      q->m_pLineSndSrcAddr, nullptr,              q->m_pCheckSndSrcAddr,  q->m_pCheckLockSndSrcAddr},
+        {tx, Field::SourcePort,         nullptr,              q->m_pEditSndSrcPort, q->m_pCheckSndSrcPort,  q->m_pCheckLockSndSrcPort},
+        {tx, Field::DestinationAddress, q->m_pLineSndDstAddr, nullptr,              q->m_pCheckSndDstAddr,  q->m_pCheckLockSndDstAddr},
+        {tx, Field::DestinationPort,    nullptr,              q->m_pEditSndDstPort, q->m_pCheckSndDstPort,  q->m_pCheckLockSndDstPort},
+        {tx, Field::Interface,          q->m_pEditSndIFace,   nullptr,              q->m_pCheckSndDstIFace, q->m_pCheckLockSndDstIFace},
+    };
+    // clang-format on
+    AudioFlows::Buttons flows;
+    std::copy(std::begin(q->m_pAudFlowSelect), std::end(q->m_pAudFlowSelect), flows.begin());
+    const ChannelView::Controls controls = {q->m_pChannel,      q->m_pComboType,    q->m_pVideoConfig,
+                                            q->m_pAudioConfig,  q->m_pAncConfig,    q->m_pComboAudChan,
+                                            q->m_pComboAudFlow, q->m_pComboPTimeRx, q->m_pComboPTimeTx};
+    view = ChannelView(controls, NetworkFields(rows), AudioFlows(flows));
+}
+
+// ------------------------------------------------------------------------------ contents of the combo boxes
 
 void QCorvelPrivate::fillTypes()
 {

@@ -3,7 +3,6 @@
 // Class floor: the window itself, its mode, style sheet, scale, size and place.
 #include "app/dialog/frame.h"
 
-#include "app/corvel.h"
 #include "app/dialog/private.h"
 
 #include <QFile>

@@ -2,10 +2,9 @@
 //
 // Class floor: where the controls stand. All lengths are for 96 dpi and scaled by the font factor.
 //
-// From the top: header band 40, NMOS row 34, page 522, command band 44; 660 wide. The full page is a
-// grid of four columns (label, field, use, lock) with the receive block in rows 4 to 9, the send block
-// in rows 10 to 15 and the clock in rows 16 to 19.
-#include "app/corvel.h"
+// From the top: header band 40, NMOS row 34, page 522, command band 44; 660 wide. The full page is a grid
+// of four columns (label, field, use, lock) with the receive block in rows 4 to 9, the send block in rows
+// 10 to 15 and the clock in rows 16 to 19.
 #include "app/dialog/private.h"
 #include "theme/lineaddress.h"
 
@@ -76,12 +75,12 @@ QWidget *firstOctet(QLineAddress *address)
 
 void QCorvelPrivate::buildLayout()
 {
-    headerBand = new QFrame(q);
+    QFrame *headerBand = new QFrame(q);
     headerBand->setProperty("role", QStringLiteral("band"));
-    commandBand = new QFrame(q);
+    QFrame *commandBand = new QFrame(q);
     commandBand->setProperty("role", QStringLiteral("commands"));
     fullPage = new QWidget(q);
-    simplePage = new QWidget(q);
+    QWidget *simplePage = new QWidget(q);
 
     QVBoxLayout *root = new QVBoxLayout(q);
     root->setContentsMargins(0, 0, 0, 0);
@@ -221,7 +220,6 @@ void QCorvelPrivate::layoutBlock(Side side, int row)
     head->addWidget(timeLabel);
     head->addWidget(time);
     QLabel *useHead = newLabel(receive ? "m_pUseHead0" : "m_pUseHead1", QCorvel::tr("use"));
-    useHeads[receive ? 0 : 1] = useHead;
     q->m_pFullLayout->addWidget(receive ? q->m_pReceiveLbl : q->m_pSendLbl, row, LabelColumn);
     q->m_pFullLayout->addLayout(head, row, FieldColumn);
     q->m_pFullLayout->addWidget(useHead, row, UseColumn);
@@ -255,7 +253,7 @@ void QCorvelPrivate::layoutBlockRows(Side side, int row)
     };
     const int sideIndex = side == Side::Receive ? 0 : 1;
     int index = 0;
-    for (const NetworkField &field : qAsConst(fields)) {
+    for (const NetworkField &field : view.fields()) {
         if (field.side != side)
             continue;
         const bool last = index == 4;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// Class floor: what the dialog shows at the moment (type, element, format), and the store's values of a
-// channel by name. Loading and saving are the business of the slots.
-#include "app/corvel.h"
+// Class floor: what the dialog shows at the moment (type, element, format), and a channel's stored values
+// by name. It leaves loading and saving to the slots.
 #include "app/dialog/private.h"
+#include "app/view/combos.h"
 #include "channel/channelstore.h"
 #include "channel/videoformats.h"
 
@@ -29,15 +29,9 @@ QString QCorvel::channelIpKeyName(int channel) const
     return ::channelIpKeyName(channel);
 }
 
-// Selects the first entry with this item data; without one the selection stays as it was.
 void QCorvel::selectFromData(QComboBox *combo, quint32 value)
 {
-    for (int index = 0; index < combo->count(); ++index) {
-        if (combo->itemData(index).toUInt() == value) {
-            combo->setCurrentIndex(index);
-            return;
-        }
-    }
+    selectData(combo, value);
 }
 
 void QCorvel::useSetting(QCheckBox *checkBox, quint32 flags, quint32 bit)
@@ -45,36 +39,36 @@ void QCorvel::useSetting(QCheckBox *checkBox, quint32 flags, quint32 bit)
     checkBox->setChecked((flags & bit) != 0);
 }
 
-// ----------------------------------------------------------------------------- which element is shown
+// ----------------------------------------------------------------------------------- which element is shown
 
 bool QCorvel::isType(quint32 type) const
 {
-    return d->comboData(m_pComboType) == type;
+    return d->view.isType(type);
 }
 
 bool QCorvel::isMultiType(quint32 type) const
 {
-    return type == ChannelType::Smpte2110 || type == ChannelType::ClockDomainOwner;
+    return d->view.isMultiType(type);
 }
 
 bool QCorvel::isMultiType() const
 {
-    return isMultiType(d->comboData(m_pComboType));
+    return d->view.isMultiType();
 }
 
 bool QCorvel::isVideo() const
 {
-    return !isMultiType() || m_pVideoConfig->isChecked();
+    return d->view.isVideo();
 }
 
 bool QCorvel::isAudio() const
 {
-    return isMultiType() && m_pAudioConfig->isChecked();
+    return d->view.isAudio();
 }
 
 bool QCorvel::isAnc() const
 {
-    return isMultiType() && m_pAncConfig->isChecked();
+    return d->view.isAnc();
 }
 
 void QCorvel::getRecSndTypes(quint32 *receive, quint32 *send) const
@@ -89,7 +83,7 @@ void QCorvel::getSignalFormatValues(QString *width, QString *height, QString *ra
 {
     if (m_pComboVidFormat->currentIndex() < 0)
         return;
-    const VideoFormat *format = findVideoFormat(d->comboData(m_pComboVidFormat));
+    const VideoFormat *format = findVideoFormat(comboData(m_pComboVidFormat));
     if (!format)
         return;
     *width = QLatin1String(format->width);
@@ -102,6 +96,11 @@ void QCorvelPrivate::showElementRadios(bool video, bool others)
     q->m_pVideoConfig->setVisible(video);
     q->m_pAudioConfig->setVisible(others);
     q->m_pAncConfig->setVisible(others);
+}
+
+void QCorvelPrivate::enableFlowSelectors()
+{
+    view.flows().enable(comboData(q->m_pComboAudFlow));
 }
 
 void QCorvelPrivate::showElementControls()
@@ -119,7 +118,7 @@ void QCorvelPrivate::showElementControls()
     for (QLabel *label : {q->m_pAudChanLbl, q->m_pAudFlowLbl, q->m_pPTimeLblTx, q->m_pPTimeLblRx})
         label->setEnabled(audio);
     q->m_pComboAudChan->setEnabled(audio);
-    q->m_pComboAudFlow->setEnabled(audio && !singleFlow);
+    q->m_pComboAudFlow->setEnabled(audio && !view.flows().isSingle());
     q->m_pComboPTimeTx->setEnabled(audio);
     q->m_pComboPTimeRx->setEnabled(audio);
 }

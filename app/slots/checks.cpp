@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Slots, checks: do the network interfaces that the channel names exist on this machine?
-#include "app/corvel.h"
 #include "app/dialog/private.h"
-#include "app/localinterface.h"
+#include "app/view/localinterface.h"
 #include "channel/channelstore.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
@@ -110,12 +109,12 @@ void QCorvel::onInterfaceEdit()
             updateLockedItems(from);
         return;
     }
-    const int channel = d->currentChannel();
+    const int channel = d->channel();
     if (d->isLocked(field)) {
         for (const Element element : {Element::Video, Element::Audio, Element::Anc})
             setCfgValue(findChannelKey(element, side, Field::Interface)->name, address, true, channel);
     }
-    setCfgValue(findChannelKey(d->currentElement(), side, Field::Interface)->name, address, true, channel);
+    setCfgValue(findChannelKey(d->view.element(), side, Field::Interface)->name, address, true, channel);
     commitStore();
 }
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// Slots, clock: keeps the software PTP client in line with the dialog and shows the clock a hundred times a
-// second.
+// Slots, clock: keeps the software PTP client in line with the dialog and shows the clock a hundred times
+// a second.
 #include "app/corvel.h"
-#include "app/dialog/private.h"
-#include "app/digitgroups.h"
+#include "app/view/clocktext.h"
+#include "app/view/combos.h"
 #include "channel/channelstore.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
@@ -14,12 +14,10 @@
 #include <QLineEdit>
 #include <QTimerEvent>
 
-#include <cstdio>
 #include <cstring>
 
 namespace {
 
-constexpr int kLineBytes = 512;
 constexpr int kTextBytes = 64;
 constexpr quint64 kNanosPerSecond = 1000000000;
 constexpr quint32 kPtpTimeFormat = 0x210200;   // date, time with nanoseconds
@@ -29,7 +27,7 @@ constexpr char kDisabledStyle[] = "background-color:#404040;";
 
 // A line that did not change is not set again: it would be painted and announced again. The start of a
 // line that is too long is what shows.
-void showLine(QLineEdit *edit, const char *text)
+void showLine(QLineEdit *edit, const QByteArray &text)
 {
     const QString line = QString::fromUtf8(text);
     if (edit->text() == line)
@@ -38,11 +36,54 @@ void showLine(QLineEdit *edit, const char *text)
     edit->setCursorPosition(0);
 }
 
+void showSoftwareClock(QCorvel *q)
+{
+    char portId[kTextBytes] = {};
+    char address[kTextBytes] = {}; // asked for like the others, not shown
+    char domain[kTextBytes] = {};
+    char version[kTextBytes] = {};
+    rkPTPGetSourcePortID(q->hPTP, portId);
+    rkPTPGetIPAddress(q->hPTP, address);
+    rkPTPGetDomain(q->hPTP, domain);
+    rkPTPGetVersion(q->hPTP, version);
+    showLine(q->m_pComboClkMstr, ptpClockInfo(version, domain, portId));
+
+    uint64_t seconds = 0;
+    uint32_t nanoseconds = 0;
+    rkPTPGetTime_Nano(q->hPTP, &seconds, &nanoseconds);
+    char date[kTextBytes] = {};
+    char time[kTextBytes] = {};
+    rkOSGetEpochDateTimeString(seconds, date, time, nanoseconds, kPtpTimeFormat);
+    int64_t offset = 0;
+    rkPTPGetOffset_Nano(q->hPTP, &offset);
+    showLine(q->m_pEditClockDomain, ptpClockTime(date, time, offset));
+}
+
+void showHardwareClock(QCorvel *q)
+{
+    showLine(q->m_pComboClkMstr, "Hardware/GMT Time");
+    const quint64 now = rkOSGetTimePTPNano();
+    char date[kTextBytes] = {};
+    char time[kTextBytes] = {};
+    rkOSGetEpochDateTimeString(now / kNanosPerSecond, date, time, static_cast<quint32>(now % kNanosPerSecond),
+                               kPtpTimeFormat);
+    showLine(q->m_pEditClockDomain, clockTime(date, time));
+}
+
+void showSystemClock(QCorvel *q)
+{
+    showLine(q->m_pComboClkMstr, "GMT Time");
+    char date[kTextBytes] = {};
+    char time[kTextBytes] = {};
+    rkOSGetDateTimeString(date, time, kSystemTimeFormat);
+    showLine(q->m_pEditClockDomain, clockTime(date, time));
+}
+
 } // namespace
 
 void QCorvel::checkPTP()
 {
-    if (d->comboData(m_pComboClkSrc) != ClockSource::SoftwarePtp) {
+    if (comboData(m_pComboClkSrc) != ClockSource::SoftwarePtp) {
         rkPTPEnd(hPTP);
         return;
     }
@@ -72,67 +113,16 @@ void QCorvel::checkPTP()
 
 void QCorvel::timerEvent(QTimerEvent *)
 {
-    switch (d->comboData(m_pComboClkSrc)) {
+    switch (comboData(m_pComboClkSrc)) {
     case ClockSource::SoftwarePtp:
-        d->showSoftwareClock();
+        showSoftwareClock(this);
         break;
     case ClockSource::HardwarePtp:
-        d->showHardwareClock();
+        showHardwareClock(this);
         break;
     default:
-        d->showSystemClock();
+        showSystemClock(this);
     }
-}
-
-void QCorvelPrivate::showSoftwareClock()
-{
-    char portId[kTextBytes] = {};
-    char address[kTextBytes] = {}; // asked for like the others, not shown
-    char domain[kTextBytes] = {};
-    char version[kTextBytes] = {};
-    rkPTPGetSourcePortID(q->hPTP, portId);
-    rkPTPGetIPAddress(q->hPTP, address);
-    rkPTPGetDomain(q->hPTP, domain);
-    rkPTPGetVersion(q->hPTP, version);
-    char info[kLineBytes];
-    snprintf(info, sizeof info, "%s D:%s %s", version, domain, portId);
-    showLine(q->m_pComboClkMstr, info);
-
-    uint64_t seconds = 0;
-    uint32_t nanoseconds = 0;
-    rkPTPGetTime_Nano(q->hPTP, &seconds, &nanoseconds);
-    char date[kTextBytes] = {};
-    char time[kTextBytes] = {};
-    rkOSGetEpochDateTimeString(seconds, date, time, nanoseconds, kPtpTimeFormat);
-    int64_t offset = 0;
-    rkPTPGetOffset_Nano(q->hPTP, &offset);
-    char line[kLineBytes];
-    snprintf(line, sizeof line, "%s %s (%s ns)", date, time, digitGroups(offset).constData());
-    showLine(q->m_pEditClockDomain, line);
-}
-
-void QCorvelPrivate::showHardwareClock()
-{
-    showLine(q->m_pComboClkMstr, "Hardware/GMT Time");
-    const quint64 now = rkOSGetTimePTPNano();
-    char date[kTextBytes] = {};
-    char time[kTextBytes] = {};
-    rkOSGetEpochDateTimeString(now / kNanosPerSecond, date, time, static_cast<quint32>(now % kNanosPerSecond),
-                               kPtpTimeFormat);
-    char line[kLineBytes];
-    snprintf(line, sizeof line, "%s %s ", date, time);
-    showLine(q->m_pEditClockDomain, line);
-}
-
-void QCorvelPrivate::showSystemClock()
-{
-    showLine(q->m_pComboClkMstr, "GMT Time");
-    char date[kTextBytes] = {};
-    char time[kTextBytes] = {};
-    rkOSGetDateTimeString(date, time, kSystemTimeFormat);
-    char line[kLineBytes];
-    snprintf(line, sizeof line, "%s %s ", date, time);
-    showLine(q->m_pEditClockDomain, line);
 }
 
 void QCorvel::onUseGmId(bool checked)

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // Slots, closing: "Done", "Cancel" and "Show URLs".
-#include "app/corvel.h"
 #include "app/dialog/private.h"
 #include "theme/lineaddress.h"
 
@@ -12,33 +11,38 @@
 
 #include <cstdlib>
 
-// An address tells of a key a moment after it; what waits to be told is told now.
-void QCorvelPrivate::finishKeys()
+namespace {
+
+// An address tells of a key only when the event loop gets to it. A key just before the button is told
+// now.
+void finishKeys(QCorvel *q)
 {
     for (QLineAddress *address : q->findChildren<QLineAddress *>())
         QCoreApplication::sendPostedEvents(address, QEvent::MetaCall);
 }
 
-// A field that still has the focus would lose it when the dialog is hidden, after everything was sent, and
-// count as edited then.
-void QCorvelPrivate::leaveField()
+// A field that still has the focus would lose it when the dialog is hidden, after everything was sent,
+// and count as edited then.
+void leaveField(QCorvel *q)
 {
-    finishKeys();
+    finishKeys(q);
     if (QWidget *field = q->focusWidget())
         field->clearFocus();
 }
+
+} // namespace
 
 void QCorvel::ok()
 {
     m_bClosing = true;
     if (isStandAlone()) {
-        d->finishKeys();
+        finishKeys(this);
         saveDataStandAlone();
         checkErrors();
         shutdown();
         return;
     }
-    d->leaveField();
+    leaveField(this);
     updateSettings(true);
     const QPointer<QCorvel> self(this);
     checkErrors();
@@ -46,8 +50,8 @@ void QCorvel::ok()
         done(1);
 }
 
-// Embedded: edits went to the engine and not to the store, so the engine gets back what is stored, element
-// by element and flow by flow.
+// Embedded: edits went to the engine and not to the store, so the engine gets back what is stored,
+// element by element and flow by flow.
 void QCorvel::cancel()
 {
     if (isStandAlone()) {
@@ -57,7 +61,7 @@ void QCorvel::cancel()
     }
     {
         const SignalBracket bracket(this);
-        d->leaveField(); // "Cancel" takes no focus; nothing listens to the field here
+        leaveField(this); // "Cancel" takes no focus; nothing listens to the field here
         const auto restore = [this] {
             loadDataStandAlone();
             updateSettings(false);
@@ -67,8 +71,8 @@ void QCorvel::cancel()
             restore();
         }
         m_pAudioConfig->setChecked(true);
-        for (QRadioButton *flow : m_pAudFlowSelect) {
-            d->selectOnlyFlow(flow);
+        for (int flow = 0; flow < kFlowCount; ++flow) {
+            d->view.flows().selectOnly(flow);
             restore();
         }
     }

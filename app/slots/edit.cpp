@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// Slots, edit: a control was changed, so the values go to the store, or to the engine of a host.
-#include "app/corvel.h"
+// Slots, edit: a control was changed, so what is shown goes to the store, or to the engine of a host. It
+// leaves the interface fields to checks.cpp and what a lock copies to locks.cpp.
 #include "app/dialog/frame.h"
 #include "app/dialog/private.h"
+#include "app/view/combos.h"
+#include "app/view/enginerecords.h"
 #include "channel/channelstore.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
@@ -13,70 +15,95 @@
 #include <QLabel>
 #include <QLineEdit>
 
-// --------------------------------------------------------------------------------------------- saving
+namespace {
 
-void QCorvel::saveDataStandAlone()
+void logElement(const QCorvelPrivate *d, Side side)
 {
-    const int channel = d->currentChannel();
-    if (channel < 0)
-        return;
-    const SignalBracket bracket(this);
-    const auto saveNumber = [&](const char *name, quint32 value) {
-        setCfgValue(name, QString::number(value), false, channel);
-    };
-    saveNumber(ChannelValue::VideoType, d->comboData(m_pComboType));
-    d->saveShownElement(channel);
-    if (isType(ChannelType::ClockDomainOwner))
-        setCfgValue(ChannelValue::ClockDomain, m_pEditClockDomain->text(), false, channel);
-    saveNumber(ChannelValue::ClockType, d->comboData(m_pComboClkSrc));
-    saveNumber(ChannelValue::SignalFormat, d->comboData(m_pComboVidFormat));
-    setCfgValue(ChannelValue::ClockGrandMaster, m_pEditGmAddress->text(), true, channel);
-    // Written last on purpose: this edit wins over the clock line of the type that has one.
-    setCfgValue(ChannelValue::ClockDomain, m_pEditGmId->text(), false, channel);
-    // While NMOS is in charge the simple page's address is the one that is sent to.
-    if (!m_pNmosOverride->isChecked())
-        setCfgValue("TransmitDestinationIp", m_pSimpleAddress->address(), true, channel);
-    commitStore();
-}
-
-void QCorvelPrivate::saveShownElement(int channel)
-{
-    const Element element = currentElement();
-    const QByteArray suffix = saveFlowSuffix();
-    for (const FieldStep &step : saveOrder(element)) {
-        const ChannelKey *key = findChannelKey(element, step.side, step.field);
-        q->setCfgValue(valueName(*key, suffix).constData(), shownValue(step.side, step.field),
-                       key->stored == Stored::Text, channel);
-    }
-    if (element == Element::Anc)
-        return;
-    logElement(Side::Send, channel);
-    logElement(Side::Receive, channel);
-}
-
-void QCorvelPrivate::logElement(Side side, int channel) const
-{
-    // The lower-case "video" is what the log's readers look for.
+    // One of the four spells "video" with a small letter.
     const char *const formats[2][2] = {
         {"\nReceive video Chan %d Source %s:%d Dest %s:%d interface %s Flags (0x%08X) ",
          "\nReceive Audio Chan %d Source %s:%d Dest %s:%d interface %s Flags (0x%08X) "},
         {"\nTransmit Video Chan %d Source %s:%d Dest %s:%d interface %s Flags (0x%08X) ",
          "\nTransmit Audio Chan %d Source %s:%d Dest %s:%d interface %s Flags (0x%08X) "},
     };
-    const auto text = [&](Field field) { return networkField(side, field).value().toUtf8(); };
+    const auto text = [&](Field field) { return d->networkField(side, field).value().toUtf8(); };
     const auto port = [&](Field field) {
-        return static_cast<int>(toDword(networkField(side, field).value()));
+        return static_cast<int>(toDword(d->networkField(side, field).value()));
     };
 // The formats are the ones above; the compiler cannot see that through the table.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-    ErrOut(formats[side == Side::Send][q->isAudio()], channel, text(Field::SourceAddress).constData(),
-           port(Field::SourcePort), text(Field::DestinationAddress).constData(), port(Field::DestinationPort),
-           text(Field::Interface).constData(), shownFlags(side));
+    ErrOut(formats[side == Side::Send][d->view.isAudio()], d->channel(),
+           text(Field::SourceAddress).constData(), port(Field::SourcePort),
+           text(Field::DestinationAddress).constData(), port(Field::DestinationPort),
+           text(Field::Interface).constData(), d->view.fields().flags(side));
 #pragma GCC diagnostic pop
 }
 
-// --------------------------------------------------------------------------- network fields and clock
+void saveShownElement(QCorvelPrivate *d)
+{
+    const Element element = d->view.element();
+    const QByteArray suffix = d->view.flows().saveSuffix();
+    for (const FieldStep &step : saveOrder(element)) {
+        const ChannelKey *key = findChannelKey(element, step.side, step.field);
+        d->q->setCfgValue(valueName(*key, suffix).constData(), d->view.value(step.side, step.field),
+                          key->stored == Stored::Text, d->channel());
+    }
+    if (element == Element::Anc)
+        return;
+    logElement(d, Side::Send);
+    logElement(d, Side::Receive);
+}
+
+void saveChannel(QCorvelPrivate *d)
+{
+    QCorvel *const q = d->q;
+    const int channel = d->channel();
+    const auto saveNumber = [&](const char *name, quint32 value) {
+        q->setCfgValue(name, QString::number(value), false, channel);
+    };
+    saveNumber(ChannelValue::VideoType, comboData(q->m_pComboType));
+    saveShownElement(d);
+    if (q->isType(ChannelType::ClockDomainOwner))
+        q->setCfgValue(ChannelValue::ClockDomain, q->m_pEditClockDomain->text(), false, channel);
+    saveNumber(ChannelValue::ClockType, comboData(q->m_pComboClkSrc));
+    saveNumber(ChannelValue::SignalFormat, comboData(q->m_pComboVidFormat));
+    q->setCfgValue(ChannelValue::ClockGrandMaster, q->m_pEditGmAddress->text(), true, channel);
+    // Last, so that the domain's own edit wins over the clock line of the type that has one.
+    q->setCfgValue(ChannelValue::ClockDomain, q->m_pEditGmId->text(), false, channel);
+    // While NMOS is in charge the simple page's address is the one that is sent to.
+    if (!q->m_pNmosOverride->isChecked())
+        q->setCfgValue("TransmitDestinationIp", q->m_pSimpleAddress->address(), true, channel);
+}
+
+void writeAudioTotals(QCorvelPrivate *d)
+{
+    const quint32 total = comboData(d->q->m_pComboAudFlow) * comboData(d->q->m_pComboAudChan);
+    d->q->setCfgValue("ReceiveAudTotalChannels", QString::number(total), false, d->channel());
+    d->q->setCfgValue("TransmitAudTotalChannels", QString::number(total), false, d->channel());
+}
+
+} // namespace
+
+// ------------------------------------------------------------------------------------------------ the whole
+
+void QCorvel::saveDataStandAlone()
+{
+    if (d->channel() < 0)
+        return;
+    const SignalBracket bracket(this);
+    d->write([this] { saveChannel(d.get()); });
+}
+
+void QCorvel::updateSettings(bool final)
+{
+    if (isStandAlone())
+        saveDataStandAlone();
+    else
+        d->sendSettings(final);
+}
+
+// --------------------------------------------------------------------------------- network fields and clock
 
 void QCorvel::onSettingChanged()
 {
@@ -98,10 +125,12 @@ void QCorvel::onSettingChanged(bool)
     updateSettings(false);
 }
 
-// ------------------------------------------------------------------------------------ type and format
+void QCorvel::onItemChanged(QTreeWidgetItem *, int) {}
+
+// ------------------------------------------------------------------------------------------ type and format
 
 // The type decides which elements can be shown. Unlike at start the scale has no lower bound here, and
-// the clock line is hidden for the one type whose load and save use it; both on purpose.
+// the clock line is hidden for the one type whose load and save use it.
 void QCorvel::onTypeSettingChanged(int index)
 {
     setFontFactor(scaleOf(this));
@@ -111,9 +140,9 @@ void QCorvel::onTypeSettingChanged(int index)
     m_pClockDomainLbl->setVisible(showDomain);
     m_pEditClockDomain->setVisible(showDomain);
     d->applyFixedSize();
-    setCfgValue(ChannelValue::VideoType, QString::number(d->comboData(m_pComboType)), false,
-                d->currentChannel());
-    commitStore();
+    d->write([this] {
+        setCfgValue(ChannelValue::VideoType, QString::number(comboData(m_pComboType)), false, d->channel());
+    });
     loadData();
     if (isType(ChannelType::Smpte2110))
         checkErrors();
@@ -121,33 +150,34 @@ void QCorvel::onTypeSettingChanged(int index)
 
 void QCorvel::onFormatChanged(int)
 {
-    setCfgValue(ChannelValue::SignalFormat, QString::number(d->comboData(m_pComboVidFormat)), false,
-                d->currentChannel());
-    commitStore();
+    d->write([this] {
+        setCfgValue(ChannelValue::SignalFormat, QString::number(comboData(m_pComboVidFormat)), false,
+                    d->channel());
+    });
 }
 
 void QCorvel::onFileSettingChanged(bool value)
 {
-    setCfgValue(ChannelValue::IpUseFileSettings, value ? QStringLiteral("1") : QStringLiteral("0"), false,
-                d->currentChannel());
-    commitStore();
+    d->write([&] {
+        setCfgValue(ChannelValue::IpUseFileSettings, value ? QStringLiteral("1") : QStringLiteral("0"), false,
+                    d->channel());
+    });
     loadData();
 }
 
-void QCorvel::onItemChanged(QTreeWidgetItem *, int) {}
-
-// ------------------------------------------------------------------------------------ layout of audio
+// ------------------------------------------------------------------------------------------ layout of audio
 
 void QCorvel::enableAudChannel(int)
 {
+    const quint32 channels = comboData(m_pComboAudChan);
     if (isStandAlone()) {
-        const quint32 channels = d->comboData(m_pComboAudChan);
-        setCfgValue("ReceiveAudChannels", QString::number(channels), false, d->currentChannel());
-        setCfgValue("TransmitAudChannels", QString::number(channels), false, d->currentChannel());
-        d->writeAudioTotals(d->comboData(m_pComboAudFlow) * channels);
-        commitStore();
+        d->write([&] {
+            setCfgValue("ReceiveAudChannels", QString::number(channels), false, d->channel());
+            setCfgValue("TransmitAudChannels", QString::number(channels), false, d->channel());
+            writeAudioTotals(d.get());
+        });
     } else {
-        d->sendType(d->audioLayout());
+        d->sendType(audioLayout(comboData(m_pComboAudFlow), channels));
     }
     updateSettings(false);
 }
@@ -155,18 +185,9 @@ void QCorvel::enableAudChannel(int)
 void QCorvel::enableAudFlow(int)
 {
     d->enableFlowSelectors();
-    if (isStandAlone()) {
-        d->writeAudioTotals(d->comboData(m_pComboAudFlow) * d->comboData(m_pComboAudChan));
-        commitStore();
-    } else {
+    if (isStandAlone())
+        d->write([this] { writeAudioTotals(d.get()); });
+    else
         d->sendType(0);
-    }
     updateSettings(false);
-}
-
-void QCorvelPrivate::writeAudioTotals(quint32 total)
-{
-    const QString text = QString::number(total);
-    q->setCfgValue("ReceiveAudTotalChannels", text, false, currentChannel());
-    q->setCfgValue("TransmitAudTotalChannels", text, false, currentChannel());
 }

@@ -1,61 +1,65 @@
 // SPDX-License-Identifier: MIT
 //
-// Slots, elements: another channel, element or flow is chosen.
-#include "app/corvel.h"
+// Slots, elements: another channel, element or flow is chosen and shown, or single-flow mode is switched.
 #include "app/dialog/private.h"
+#include "app/view/combos.h"
 #include "channel/channelstore.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QRadioButton>
 #include <QSignalBlocker>
+
+namespace {
+
+// "lock all" says what was last done to the shown element; another one starts without it.
+void uncheckLockAll(QCheckBox *lockAll)
+{
+    const QSignalBlocker blocker(lockAll);
+    lockAll->setChecked(false);
+}
+
+void writeSingleFlow(QCorvel *q, bool single, int channel)
+{
+    q->setCfgValue(ChannelValue::AudioFlowType, single ? QStringLiteral("0") : QStringLiteral("1"), false,
+                   channel);
+    if (!single)
+        return;
+    const QString total = QString::number(comboData(q->m_pComboAudChan));
+    q->setCfgValue("ReceiveAudTotalChannels", total, false, channel);
+    q->setCfgValue("TransmitAudTotalChannels", total, false, channel);
+}
+
+} // namespace
 
 void QCorvel::onChannelSettingChanged(int)
 {
-    {
-        const QSignalBlocker blocker(m_pCheckLockGroup);
-        m_pCheckLockGroup->setChecked(false);
-    }
+    uncheckLockAll(m_pCheckLockGroup);
     loadData();
 }
 
 void QCorvel::onSelectionChanged(bool value)
 {
-    {
-        const QSignalBlocker blocker(m_pCheckLockGroup);
-        m_pCheckLockGroup->setChecked(false);
-    }
+    uncheckLockAll(m_pCheckLockGroup);
     if (value)
         loadData();
     d->showElementControls();
 }
 
-// After a switch no flow is selected, on purpose: the values without a flow number are then the ones
-// edited.
+// After a switch no flow is selected: the values without a flow number are then the ones edited.
 void QCorvel::audChanUseSingle(bool single)
 {
+    AudioFlows &flows = d->view.flows();
     {
         const SignalBracket bracket(this);
-        d->singleFlow = single;
+        flows.setSingle(single);
         m_pAudFlowUseSingle->setChecked(single);
-        setCfgValue(ChannelValue::AudioFlowType, single ? QStringLiteral("0") : QStringLiteral("1"), false,
-                    d->currentChannel());
-        if (single) {
+        if (single)
             m_pComboAudFlow->setCurrentIndex(0);
-            m_pComboAudFlow->setEnabled(false);
-            d->writeAudioTotals(d->comboData(m_pComboAudChan));
-        } else {
-            m_pComboAudFlow->setEnabled(true);
-        }
-        commitStore();
-        for (QRadioButton *flow : m_pAudFlowSelect) {
-            flow->setAutoExclusive(false); // the checked button of an exclusive set cannot be unchecked
-            flow->setChecked(false);
-            flow->setAutoExclusive(!single);
-            flow->setEnabled(!single);
-        }
+        m_pComboAudFlow->setEnabled(!single);
+        d->write([&] { writeSingleFlow(this, single, d->channel()); });
+        flows.clear();
     }
-    d->keepNoFlow = true;
+    flows.setKeepNone(true);
     loadData();
-    d->keepNoFlow = false;
+    flows.setKeepNone(false);
 }

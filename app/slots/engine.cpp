@@ -2,8 +2,9 @@
 //
 // Slots, engine: the embedded dialog asks the engine of its host for settings and sends them. Stand-alone
 // none of this runs.
-#include "app/corvel.h"
 #include "app/dialog/private.h"
+#include "app/view/combos.h"
+#include "app/view/enginerecords.h"
 #include "channel/channelstore.h"
 #include "theme/lineaddress.h"
 
@@ -13,20 +14,6 @@
 namespace {
 
 constexpr int kNoType = -1; // item data of "N/A"
-constexpr quint32 kDefaultAudioChannels = 2;
-
-template<int Size>
-void copyText(char (&target)[Size], const QString &text)
-{
-    qstrncpy(target, text.toLatin1().constData(), Size);
-}
-
-// An answer comes from outside: its text may lack the terminating zero.
-template<int Size>
-QString textOf(const char (&source)[Size])
-{
-    return QString::fromLatin1(source, static_cast<int>(qstrnlen(source, Size)));
-}
 
 // A machine without channels has nobody to talk to.
 void toEngine(MEDIACMD &command, int mode)
@@ -35,149 +22,153 @@ void toEngine(MEDIACMD &command, int mode)
         ipSetMode(&command, mode);
 }
 
-} // namespace
-
-// -------------------------------------------------------------------------------------------- loading
-
-void QCorvelPrivate::loadEmbedded()
+// A command about one side of the element that is shown; of audio about the first checked flow, flow 0
+// when none is.
+MEDIACMD elementRecord(QCorvelPrivate *d, quint32 code, Side side)
 {
-    {
-        const SignalBracket bracket(q);
-        MEDIACMD config = mediaCommand(MediaCode::GetConfig);
-        toEngine(config, MediaMode::Ask);
-        if (config.type == 0) {
-            showNoType();
-            return;
-        }
-        showMediaConfig(config);
-        for (const Side side : {Side::Receive, Side::Send}) {
-            MEDIACMD settings = elementCommand(MediaCode::GetSettings, side);
-            toEngine(settings, MediaMode::Ask);
-            showMediaSettings(side, settings);
-        }
-    }
-    q->checkPTP();
+    MEDIACMD record = engineRecord(code, d->channel());
+    quint32 receive = 0;
+    quint32 transmit = 0;
+    d->q->getRecSndTypes(&receive, &transmit);
+    record.element = side == Side::Receive ? receive : transmit;
+    record.flow = d->view.isAudio() ? qMax(0, d->view.flows().first()) : 0;
+    return record;
 }
 
 // The engine knows no type for the channel: the type combo says so and everything else stays as it is.
-void QCorvelPrivate::showNoType()
+void showNoType(QCorvelPrivate *d)
 {
-    q->m_pComboType->clear();
-    q->m_pComboType->addItem(QCorvel::tr("N/A"), kNoType);
-    showElementRadios(true, false);
-    showElementControls();
+    d->q->m_pComboType->clear();
+    d->q->m_pComboType->addItem(QCorvel::tr("N/A"), kNoType);
+    d->showElementRadios(true, false);
+    d->showElementControls();
 }
 
 // What belongs to the channel as a whole. Its type and video format are the stored ones; an engine that
 // works on another type has to read its media again.
-void QCorvelPrivate::showMediaConfig(const MEDIACMD &config)
+void showConfig(QCorvelPrivate *d, const MEDIACMD &config)
 {
+    QCorvel *const q = d->q;
     const bool hadType = q->m_pComboType->findData(kNoType) < 0;
     if (!hadType)
-        fillTypes();
-    const quint32 stored = toDword(q->cfgValue(ChannelValue::VideoType, false, currentChannel()));
-    q->selectFromData(q->m_pComboType, stored);
+        d->fillTypes();
+    const quint32 stored = toDword(q->cfgValue(ChannelValue::VideoType, false, d->channel()));
+    selectData(q->m_pComboType, stored);
     if (stored != config.type)
         q->reloadMedia();
     else
         q->m_bReloadChannel = false;
     if (!hadType) {
-        showElementRadios(true, q->isMultiType());
-        showElementControls();
+        d->showElementRadios(true, q->isMultiType());
+        d->showElementControls();
     }
-    q->selectFromData(q->m_pComboVidFormat,
-                      toDword(q->cfgValue(ChannelValue::SignalFormat, false, currentChannel())));
-    q->selectFromData(q->m_pComboClkSrc, config.clockSource);
+    selectData(q->m_pComboVidFormat, toDword(q->cfgValue(ChannelValue::SignalFormat, false, d->channel())));
+    selectData(q->m_pComboClkSrc, config.clockSource);
     q->m_pEditGmId->setText(QString::number(config.domain));
-    loadFlowSuffix(); // chooses flow 0 when none is chosen
-}
-
-void QCorvelPrivate::showMediaSettings(Side side, const MEDIACMD &answer)
-{
-    const QString destination = textOf(answer.destinationAddress);
-    networkField(side, Field::SourceAddress).setValue(textOf(answer.sourceAddress));
-    networkField(side, Field::DestinationAddress).setValue(destination);
-    networkField(side, Field::Interface).setValue(textOf(answer.interfaceAddress));
-    networkField(side, Field::SourcePort).setValue(QString::number(answer.sourcePort));
-    networkField(side, Field::DestinationPort).setValue(QString::number(answer.destinationPort));
-    showFlags(side, answer.flags);
-    showAudioLayout(side, answer.audioLayout);
-    if (side == Side::Send && q->isVideo())
-        q->m_pSimpleAddress->setAddress(destination);
+    d->view.flows().loadSuffix(); // chooses flow 0 when none is chosen
 }
 
 // Shown for every element, as it is sent with every element. The number of flows is that of the receive
 // side; the send side is shown last and its channels per flow stay.
-void QCorvelPrivate::showAudioLayout(Side side, quint32 layout)
+void showAudioLayout(QCorvelPrivate *d, Side side, quint32 layout)
 {
-    const quint32 channels = layout & 0xffff;
-    q->selectFromData(q->m_pComboAudChan, channels);
+    selectData(d->q->m_pComboAudChan, layoutChannels(layout));
     if (side == Side::Receive)
-        q->selectFromData(q->m_pComboAudFlow, (layout >> 16) / (channels ? channels : kDefaultAudioChannels));
-    enableFlowSelectors();
+        selectData(d->q->m_pComboAudFlow, layoutFlows(layout));
+    d->enableFlowSelectors();
 }
 
-// -------------------------------------------------------------------------------------------- sending
-
-void QCorvel::updateSettings(bool final)
+void showSettings(QCorvelPrivate *d, Side side, const EngineSettings &settings)
 {
-    if (isStandAlone()) {
-        saveDataStandAlone();
-        return;
+    d->networkField(side, Field::SourceAddress).setValue(settings.sourceAddress);
+    d->networkField(side, Field::DestinationAddress).setValue(settings.destinationAddress);
+    d->networkField(side, Field::Interface).setValue(settings.interfaceAddress);
+    d->networkField(side, Field::SourcePort).setValue(QString::number(settings.sourcePort));
+    d->networkField(side, Field::DestinationPort).setValue(QString::number(settings.destinationPort));
+    d->view.fields().showFlags(side, settings.flags);
+    showAudioLayout(d, side, settings.audioLayout);
+    if (side == Side::Send && d->view.isVideo())
+        d->q->m_pSimpleAddress->setAddress(settings.destinationAddress);
+}
+
+EngineSettings shownSettings(const QCorvelPrivate *d, Side side)
+{
+    const auto text = [&](Field field) { return d->networkField(side, field).value(); };
+    EngineSettings settings;
+    settings.sourceAddress = text(Field::SourceAddress);
+    settings.destinationAddress = text(Field::DestinationAddress);
+    settings.interfaceAddress = text(Field::Interface);
+    settings.sourcePort = toDword(text(Field::SourcePort));
+    settings.destinationPort = toDword(text(Field::DestinationPort));
+    settings.audioLayout = audioLayout(comboData(d->q->m_pComboAudFlow), comboData(d->q->m_pComboAudChan));
+    settings.flags = d->view.fields().flags(side);
+    return settings;
+}
+
+void sendSide(QCorvelPrivate *d, Side side, quint32 code)
+{
+    MEDIACMD record = elementRecord(d, code, side);
+    putSettings(record, shownSettings(d, side));
+    toEngine(record, MediaMode::Tell);
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------- loading
+
+void QCorvelPrivate::loadEmbedded()
+{
+    {
+        const SignalBracket bracket(q);
+        MEDIACMD config = engineRecord(MediaCode::GetConfig, channel());
+        toEngine(config, MediaMode::Ask);
+        if (config.type == 0) {
+            showNoType(this);
+            return;
+        }
+        showConfig(this, config);
+        for (const Side side : {Side::Receive, Side::Send}) {
+            MEDIACMD settings = elementRecord(this, MediaCode::GetSettings, side);
+            toEngine(settings, MediaMode::Ask);
+            showSettings(this, side, settingsOf(settings));
+        }
     }
-    const SignalBracket bracket(this);
-    d->sendType(0);
-    d->sendMediaSettings(Side::Receive, final ? MediaCode::ReceiveFinal : MediaCode::ReceiveSettings);
-    d->sendMediaSettings(Side::Send, MediaCode::TransmitSettings);
-    MEDIACMD clock = d->mediaCommand(MediaCode::SetClock);
-    clock.clockSource = d->comboData(m_pComboClkSrc);
-    clock.domain = toDword(m_pEditGmId->text());
+    q->checkPTP();
+}
+
+// -------------------------------------------------------------------------------------------------- sending
+
+// final: the dialog closes with "Done".
+void QCorvelPrivate::sendSettings(bool final)
+{
+    const SignalBracket bracket(q);
+    sendType(0);
+    sendSide(this, Side::Receive, final ? MediaCode::ReceiveFinal : MediaCode::ReceiveSettings);
+    sendSide(this, Side::Send, MediaCode::TransmitSettings);
+    MEDIACMD clock = engineRecord(MediaCode::SetClock, channel());
+    clock.clockSource = comboData(q->m_pComboClkSrc);
+    clock.domain = toDword(q->m_pEditGmId->text());
     toEngine(clock, MediaMode::Tell);
 }
 
 // The channel type, and with it the layout of the audio channels when that is what changed.
-void QCorvelPrivate::sendType(quint32 layout)
+void QCorvelPrivate::sendType(quint32 audioLayout)
 {
-    MEDIACMD command = mediaCommand(MediaCode::SetType);
-    command.type = comboData(q->m_pComboType);
-    command.audioLayout = layout;
-    toEngine(command, MediaMode::Tell);
+    MEDIACMD record = engineRecord(MediaCode::SetType, channel());
+    record.type = comboData(q->m_pComboType);
+    record.audioLayout = audioLayout;
+    toEngine(record, MediaMode::Tell);
 }
 
-void QCorvelPrivate::sendMediaSettings(Side side, quint32 code)
+// One field for every element of the channel and every flow of audio.
+void QCorvelPrivate::sendField(const NetworkField &field)
 {
-    MEDIACMD command = elementCommand(code, side);
-    command.sourcePort = toDword(networkField(side, Field::SourcePort).value());
-    command.destinationPort = toDword(networkField(side, Field::DestinationPort).value());
-    command.audioLayout = audioLayout();
-    copyText(command.destinationAddress, networkField(side, Field::DestinationAddress).value());
-    copyText(command.sourceAddress, networkField(side, Field::SourceAddress).value());
-    copyText(command.interfaceAddress, networkField(side, Field::Interface).value());
-    command.flags = shownFlags(side);
-    toEngine(command, MediaMode::Tell);
-}
-
-// One field for every element of the channel: once for video and ancillary data, for each flow of audio.
-void QCorvelPrivate::sendMediaField(const NetworkField &field)
-{
-    for (const Element element : {Element::Video, Element::Audio, Element::Anc}) {
-        const int flows = element == Element::Audio ? kFlowCount : 1;
-        for (int flow = 0; flow < flows; ++flow) {
-            MEDIACMD command = mediaCommand(MediaCode::SetField);
-            command.element = elementCode(element, field.side);
-            command.flow = flow;
-            command.field = flagBit(field.field);
-            if (field.edit)
-                command.value = toDword(field.value());
-            else
-                copyText(command.text, field.value());
-            toEngine(command, MediaMode::Tell);
-        }
-    }
+    for (MEDIACMD record : fieldRecords(channel(), field.side, field.field, field.value()))
+        toEngine(record, MediaMode::Tell);
 }
 
 void QCorvel::reloadMedia()
 {
-    MEDIACMD command = d->mediaCommand(MediaCode::ReloadMedia);
-    toEngine(command, MediaMode::Tell);
+    MEDIACMD record = engineRecord(MediaCode::ReloadMedia, d->channel());
+    toEngine(record, MediaMode::Tell);
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Slots, files: the commands that load and save settings files and session descriptions. What stands in them
-// is the business of files/; here values are collected, files opened and answers applied.
-#include "app/corvel.h"
+// Slots, files: the commands that load and save settings files and session descriptions. What stands in
+// them is the business of files/; here values are collected, files opened and answers applied.
 #include "app/dialog/private.h"
 #include "channel/channelstore.h"
 #include "files/sdpreader.h"
@@ -69,43 +68,15 @@ QString settingsFolder()
     return QString::fromUtf8(folder) + QLatin1String("2110/");
 }
 
-} // namespace
-
-// ------------------------------------------------------------------------------------------- saving
-
-void QCorvel::save()
-{
-    QString folder = m_lastPath;
-    if (folder.isEmpty()) {
-        folder = settingsFolder();
-        if (!rkOSFileExists(folder.toUtf8().constData()))
-            rkOSMakeDir(folder.toUtf8().constData(), kFolderMode);
-    }
-    const QPointer<QCorvel> self(this); // a host may delete the dialog meanwhile
-    const QString answer = QDir::toNativeSeparators(QFileDialog::getSaveFileName(
-        nullptr, tr("Ini File"), folder, d->settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
-    if (!self)
-        return;
-    // Before the answer is looked at, on purpose: a cancelled dialog leads to the current folder.
-    m_lastPath = QFileInfo(answer).absoluteDir().absolutePath();
-    if (answer.isEmpty())
-        return;
-    const WaitCursor wait;
-    if (isSessionDescription(answer))
-        d->saveSdpFiles(answer);
-    else
-        d->saveSettings(answer);
-}
-
-QString QCorvelPrivate::settingsFilter() const
+QString settingsFilter()
 {
     return QCorvel::tr(
         "Settings File (*.ipp);; Session Description File (*.sdp);; Text File (*.txt);; All files (*.*)");
 }
 
-// Saving the settings ends the override, in the store and in the file, on purpose. The flow count shown
-// holds for every channel of the file. Nothing follows a section that could not be written.
-void QCorvelPrivate::saveSettings(const QString &path)
+// Saving the settings ends the override, in the store and in the file. The flow count shown holds for
+// every channel of the file. Nothing follows a section that could not be written.
+void saveSettings(QCorvel *q, const QString &path)
 {
     const quint64 file = createForWriting(path);
     if (file == RKOS_INVALID_HANDLE)
@@ -114,7 +85,7 @@ void QCorvelPrivate::saveSettings(const QString &path)
         rkOSfputs(piece.constData(), file);
     setGlobalDword(StorePath::AvHAL, "nmosoverride", 0);
     commitStore();
-    const auto value = [this](const char *name, bool isString, int channel) {
+    const auto value = [q](const char *name, bool isString, int channel) {
         return q->cfgValue(name, isString, channel);
     };
     const int flows = q->m_pComboAudFlow->currentData().toInt();
@@ -125,11 +96,20 @@ void QCorvelPrivate::saveSettings(const QString &path)
     rkOSCloseFile(file);
 }
 
+// A file that cannot be created is passed over; the other one of the pair is still tried.
+void writeSdpFile(const QString &path, const QString &text)
+{
+    const quint64 file = createForWriting(path);
+    if (file != RKOS_INVALID_HANDLE)
+        rkOSfputs(text.toLocal8Bit().constData(), file);
+    rkOSCloseFile(file);
+}
+
 // What is shown goes into a session description, except for the values: those come from the store.
-SdpInput QCorvelPrivate::sdpInput(int channel) const
+SdpInput sdpInput(const QCorvel *q, int channel)
 {
     SdpInput input;
-    input.value = [this, channel](const char *name, bool isString) {
+    input.value = [q, channel](const char *name, bool isString) {
         return q->cfgValue(name, isString, channel);
     };
     q->getSignalFormatValues(&input.width, &input.height, &input.rate);
@@ -147,84 +127,16 @@ SdpInput QCorvelPrivate::sdpInput(int channel) const
 }
 
 // All three elements, always of channel 0.
-void QCorvelPrivate::saveSdpFiles(const QString &answer)
+void saveSdpFiles(const QCorvel *q, const QString &answer)
 {
     const SdpFileNames names = sdpFileNames(answer);
-    const SdpInput input = sdpInput(0);
+    const SdpInput input = sdpInput(q, 0);
     writeSdpFile(names.rx, writeFileSdp(input, SdpSide::Receive));
     writeSdpFile(names.tx, writeFileSdp(input, SdpSide::Send));
 }
 
-void QCorvel::saveElement()
-{
-    const int channel = d->currentChannel();
-    const QPointer<QCorvel> self(this);
-    const QString answer = QDir::toNativeSeparators(
-        QFileDialog::getSaveFileName(nullptr, tr("Save Current Element"), QString(),
-                                     tr("Session File(*.sdp);; Text File (*.txt);; All files (*.*)"), nullptr,
-                                     QFileDialog::DontUseNativeDialog));
-    if (!self)
-        return;
-    const SdpFileNames names = sdpFileNames(answer);
-    const SdpInput input = d->sdpInput(channel);
-    char grandmaster[64] = {}; // asked for with the identifier, not part of the text
-    char domain[64] = {};
-    rkPTPGetGrandmasterID(hPTP, grandmaster);
-    rkPTPGetDomain(hPTP, domain);
-    if (answer.isEmpty())
-        return;
-    const SdpElement element = isVideo()   ? SdpElement::Video
-                               : isAudio() ? SdpElement::Audio
-                                           : SdpElement::Anc;
-    d->writeSdpFile(names.rx, writeElementSdp(input, element, SdpSide::Receive));
-    d->writeSdpFile(names.tx, writeElementSdp(input, element, SdpSide::Send));
-}
-
-// A file that cannot be created is passed over; the other one of the pair is still tried.
-void QCorvelPrivate::writeSdpFile(const QString &path, const QString &text)
-{
-    const quint64 file = createForWriting(path);
-    if (file != RKOS_INVALID_HANDLE)
-        rkOSfputs(text.toLocal8Bit().constData(), file);
-    rkOSCloseFile(file);
-}
-
-// ------------------------------------------------------------------------------------------ loading
-
-// Only saving moves the folder that both dialogs start in.
-void QCorvel::load()
-{
-    const QString folder = m_lastPath.isEmpty() ? settingsFolder() : m_lastPath;
-    const QPointer<QCorvel> self(this);
-    const QString answer = QDir::toNativeSeparators(QFileDialog::getOpenFileName(
-        nullptr, tr("Ini File"), folder, d->settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
-    if (!self || answer.isEmpty() || !rkOSFileExists(answer.toUtf8().constData()))
-        return;
-    const quint64 file = openForReading(answer);
-    if (file == RKOS_INVALID_HANDLE)
-        return;
-    const WaitCursor wait;
-    setCfgValue("lastConfigPath", QFileInfo(answer).absoluteDir().absolutePath(), true, 0);
-    bool toTheEnd = true;
-    QByteArray line;
-    if (readLine(file, line)) {
-        if (isSettingsSignature(line))
-            toTheEnd = d->loadSettings(file);
-        else if (isSessionDescription(answer))
-            loadSdp(file);
-        else
-            ErrOut("Not a valid config file");
-    }
-    rkOSCloseFile(file);
-    commitStore();
-    if (toTheEnd)
-        loadDataStandAlone();
-    else
-        loadData();
-}
-
 // Stores value by value, without regard to locks. False when a section below the first one ended it.
-bool QCorvelPrivate::loadSettings(quint64 file)
+bool loadSettings(QCorvel *q, quint64 file)
 {
     SettingsReader reader;
     SettingsValue value;
@@ -245,12 +157,99 @@ bool QCorvelPrivate::loadSettings(quint64 file)
     return true;
 }
 
+} // namespace
+
+// --------------------------------------------------------------------------------------------------- saving
+
+void QCorvel::save()
+{
+    QString folder = m_lastPath;
+    if (folder.isEmpty()) {
+        folder = settingsFolder();
+        if (!rkOSFileExists(folder.toUtf8().constData()))
+            rkOSMakeDir(folder.toUtf8().constData(), kFolderMode);
+    }
+    const QPointer<QCorvel> self(this); // a host may delete the dialog meanwhile
+    const QString answer = QDir::toNativeSeparators(QFileDialog::getSaveFileName(
+        nullptr, tr("Ini File"), folder, settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
+    if (!self)
+        return;
+    // Before the answer is looked at: a cancelled dialog leads to the current folder.
+    m_lastPath = QFileInfo(answer).absoluteDir().absolutePath();
+    if (answer.isEmpty())
+        return;
+    const WaitCursor wait;
+    if (isSessionDescription(answer))
+        saveSdpFiles(this, answer);
+    else
+        saveSettings(this, answer);
+}
+
+void QCorvel::saveElement()
+{
+    const int channel = d->channel();
+    const QPointer<QCorvel> self(this);
+    const QString answer = QDir::toNativeSeparators(
+        QFileDialog::getSaveFileName(nullptr, tr("Save Current Element"), QString(),
+                                     tr("Session File(*.sdp);; Text File (*.txt);; All files (*.*)"), nullptr,
+                                     QFileDialog::DontUseNativeDialog));
+    if (!self)
+        return;
+    const SdpFileNames names = sdpFileNames(answer);
+    const SdpInput input = sdpInput(this, channel);
+    char grandmaster[64] = {}; // asked for with the identifier, not part of the text
+    char domain[64] = {};
+    rkPTPGetGrandmasterID(hPTP, grandmaster);
+    rkPTPGetDomain(hPTP, domain);
+    if (answer.isEmpty())
+        return;
+    const SdpElement element = isVideo()   ? SdpElement::Video
+                               : isAudio() ? SdpElement::Audio
+                                           : SdpElement::Anc;
+    writeSdpFile(names.rx, writeElementSdp(input, element, SdpSide::Receive));
+    writeSdpFile(names.tx, writeElementSdp(input, element, SdpSide::Send));
+}
+
+// -------------------------------------------------------------------------------------------------- loading
+
+// Only saving moves the folder that both dialogs start in.
+void QCorvel::load()
+{
+    const QString folder = m_lastPath.isEmpty() ? settingsFolder() : m_lastPath;
+    const QPointer<QCorvel> self(this);
+    const QString answer = QDir::toNativeSeparators(QFileDialog::getOpenFileName(
+        nullptr, tr("Ini File"), folder, settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
+    if (!self || answer.isEmpty() || !rkOSFileExists(answer.toUtf8().constData()))
+        return;
+    const quint64 file = openForReading(answer);
+    if (file == RKOS_INVALID_HANDLE)
+        return;
+    const WaitCursor wait;
+    setCfgValue("lastConfigPath", QFileInfo(answer).absoluteDir().absolutePath(), true, 0);
+    bool toTheEnd = true;
+    QByteArray line;
+    if (readLine(file, line)) {
+        if (isSettingsSignature(line))
+            toTheEnd = loadSettings(this, file);
+        else if (isSessionDescription(answer))
+            loadSdp(file);
+        else
+            ErrOut("Not a valid config file");
+    }
+    rkOSCloseFile(file);
+    commitStore();
+    if (toTheEnd)
+        loadDataStandAlone();
+    else
+        loadData();
+}
+
 // A value whose lock is set stays as it is and ticks nothing. What was ticked is stored as well, so that
 // the refresh that follows shows it.
 void QCorvel::loadSdp(quint64 file)
 {
     const SignalBracket bracket(this);
-    const int channel = d->currentChannel();
+    const int channel = d->channel();
     struct Tick {
         SdpTick box;
         Field field;

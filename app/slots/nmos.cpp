@@ -2,10 +2,9 @@
 //
 // Slots, NMOS: the node's connection settings, the override switch, and session descriptions pushed from
 // outside. The node itself runs in a service of its own; it hears of a change by a named event.
-#include "app/corvel.h"
 #include "app/dialog/private.h"
-#include "app/localinterface.h"
 #include "app/nmosthread.h"
+#include "app/view/localinterface.h"
 #include "channel/channelstore.h"
 #include "rkcfg.h"
 #include "rkos.h"
@@ -13,13 +12,10 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QTimer>
-#include <QVBoxLayout>
 
 #include <cstdio>
 #include <cstdlib>
@@ -62,7 +58,7 @@ bool writeDescription(const char *path, const void *data, int size)
 
 } // namespace
 
-// -------------------------------------------------------------------------------------- node settings
+// -------------------------------------------------------------------------------------------- node settings
 
 void QCorvel::loadNmosCfg()
 {
@@ -94,7 +90,7 @@ void QCorvel::onSetNmosCfg()
     m_pNmosCfg->close();
 }
 
-// ------------------------------------------------------------------------------------------- switches
+// ------------------------------------------------------------------------------------------------- switches
 
 // Both switches exist in the store after the first start: one that could not be read is written back.
 void QCorvelPrivate::loadNmosSwitches()
@@ -130,40 +126,14 @@ void QCorvel::overrideNmos(bool checked)
         restartNmos();
 }
 
-// Switching the override off asks first. When the answer is no, the box is checked again, which runs
-// this slot once more for the checked state; the outer run then still ends with its own value, on purpose.
+// Switching the override off asks first. When the answer is no, the box is checked again, which runs this
+// slot once more for the checked state; the outer run then still ends with its own value, on purpose.
 void QCorvel::onBoardSettingChanged(bool value)
 {
     setGlobalDword(StorePath::AvHal, "nmosoverride", value ? 1 : 0);
     commitStore();
     QDialog confirmation(this);
-    QVBoxLayout *column = new QVBoxLayout(&confirmation);
-    column->setContentsMargins(10, 10, 10, 10);
-    column->setSpacing(10);
-    QLabel *question =
-        new QLabel(tr("Using NMOS may over write your current settings. Continue?"), &confirmation);
-    QFont questionFont = font();
-    questionFont.setPointSize(10);
-    question->setObjectName(QStringLiteral("m_pNmosQuestion"));
-    question->setFont(questionFont);
-    column->addWidget(question, 0, Qt::AlignCenter);
-    QHBoxLayout *row = new QHBoxLayout;
-    row->setContentsMargins(10, 10, 10, 10);
-    row->setSpacing(10);
-    QPushButton *yes = new QPushButton(tr("OK"), &confirmation);
-    QPushButton *no = new QPushButton(tr("CANCEL"), &confirmation);
-    row->addStretch(1);
-    for (QPushButton *button : {yes, no}) {
-        button->setFont(d->controlFont());
-        button->setFixedSize(d->px(100), d->px(28));
-        row->addWidget(button, 0, Qt::AlignCenter);
-    }
-    row->addStretch(1);
-    column->addLayout(row);
-    connect(yes, &QPushButton::clicked, &confirmation, &QDialog::accept);
-    connect(no, &QPushButton::clicked, &confirmation, &QDialog::close);
-    no->setDefault(true);
-    no->setFocus();
+    d->fillNmosQuestion(&confirmation);
 
     if (value)
         overrideNmos(true);
@@ -183,7 +153,7 @@ void QCorvel::toggleNmosLog(bool on)
         restartNmos();
 }
 
-// -------------------------------------------------------------------------------- pushed descriptions
+// -------------------------------------------------------------------------------------- pushed descriptions
 
 // The description is applied even while NMOS is overridden; only the notification is then left out, on
 // purpose.

@@ -1,64 +1,79 @@
 // SPDX-License-Identifier: MIT
-//
-// View: the eight flow selectors.
-#include "app/corvel.h"
-#include "app/dialog/private.h"
+#include "app/view/audioflows.h"
 
-#include <QComboBox>
 #include <QRadioButton>
+
+#include <algorithm>
 
 namespace {
 
 constexpr int kLastFlow = kFlowCount - 1;
 
+bool isChecked(const QRadioButton *button)
+{
+    return button->isChecked();
+}
+
+QByteArray suffix(int flow)
+{
+    return flow < 0 ? QByteArray() : QByteArray::number(flow);
+}
+
 } // namespace
 
-// In single-flow mode no flow can be selected.
-void QCorvelPrivate::enableFlowSelectors()
+void AudioFlows::enable(quint32 flows) const
 {
-    const quint32 flows = singleFlow ? 0 : comboData(q->m_pComboAudFlow);
+    const quint32 enabled = m_single ? 0 : flows;
     for (quint32 flow = 0; flow < kFlowCount; ++flow)
-        q->m_pAudFlowSelect[flow]->setEnabled(flow < flows);
+        m_buttons[flow]->setEnabled(flow < enabled);
 }
 
-// In single-flow mode the selectors do not exclude each other, so the others are unchecked by hand.
-void QCorvelPrivate::selectOnlyFlow(QRadioButton *flow)
+void AudioFlows::disablePast(quint32 flows) const
 {
-    flow->setChecked(true);
-    for (QRadioButton *other : q->m_pAudFlowSelect)
-        other->setChecked(other == flow);
+    for (quint32 flow = flows + 1; flow < kLastFlow; ++flow)
+        m_buttons[flow]->setEnabled(false);
 }
 
-// The first checked flow. With none, flow 0 is chosen, except in single-flow mode, whose values carry no
-// number.
-QByteArray QCorvelPrivate::loadFlowSuffix()
+void AudioFlows::selectOnly(int flow) const
 {
-    for (int flow = 0; flow < kFlowCount; ++flow) {
-        if (q->m_pAudFlowSelect[flow]->isChecked())
-            return QByteArray::number(flow);
+    QRadioButton *const chosen = m_buttons[static_cast<std::size_t>(flow)];
+    chosen->setChecked(true);
+    for (QRadioButton *button : m_buttons)
+        button->setChecked(button == chosen);
+}
+
+void AudioFlows::clear() const
+{
+    for (QRadioButton *button : m_buttons) {
+        button->setAutoExclusive(false); // the checked button of an exclusive set cannot be unchecked
+        button->setChecked(false);
+        button->setAutoExclusive(!m_single);
+        button->setEnabled(!m_single);
     }
-    if (singleFlow || keepNoFlow)
-        return QByteArray();
-    q->m_pAudFlowSelect[0]->setChecked(true);
-    return QByteArrayLiteral("0");
 }
 
-// The last checked flow, on purpose the other way round than in loading; none in single-flow mode.
-QByteArray QCorvelPrivate::saveFlowSuffix() const
+int AudioFlows::first() const
 {
-    for (int flow = kLastFlow; flow >= 0; --flow) {
-        if (q->m_pAudFlowSelect[flow]->isChecked())
-            return QByteArray::number(flow);
-    }
-    return QByteArray();
+    const auto found = std::find_if(m_buttons.begin(), m_buttons.end(), isChecked);
+    return found == m_buttons.end() ? -1 : static_cast<int>(found - m_buttons.begin());
 }
 
-// The first checked flow, flow 0 when none is.
-int QCorvelPrivate::engineFlow() const
+int AudioFlows::last() const
 {
-    for (int flow = 0; flow < kFlowCount; ++flow) {
-        if (q->m_pAudFlowSelect[flow]->isChecked())
-            return flow;
-    }
-    return 0;
+    const auto found = std::find_if(m_buttons.rbegin(), m_buttons.rend(), isChecked);
+    return static_cast<int>(m_buttons.rend() - found) - 1;
+}
+
+QByteArray AudioFlows::loadSuffix() const
+{
+    const int flow = first();
+    if (flow >= 0 || m_single || m_keepNone)
+        return suffix(flow);
+    m_buttons[0]->setChecked(true);
+    return suffix(0);
+}
+
+QByteArray AudioFlows::saveSuffix() const
+{
+    return suffix(last());
 }

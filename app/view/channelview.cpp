@@ -1,74 +1,95 @@
 // SPDX-License-Identifier: MIT
-//
-// View: the element that is shown, and its values on the screen. Knows no store.
-#include "app/corvel.h"
-#include "app/dialog/private.h"
+#include "app/view/channelview.h"
+
+#include "app/view/combos.h"
 #include "channel/channelstore.h"
 
-#include <QCheckBox>
 #include <QComboBox>
+#include <QRadioButton>
 
-quint32 QCorvelPrivate::comboData(const QComboBox *combo) const
+ChannelView::ChannelView(const Controls &controls, const NetworkFields &fields, const AudioFlows &flows)
+    : m_controls(controls), m_fields(fields), m_flows(flows)
 {
-    return combo->currentData().toUInt();
 }
 
-int QCorvelPrivate::currentChannel() const
+int ChannelView::channel() const
 {
-    return q->m_pChannel->currentIndex();
+    return m_controls.channel->currentIndex();
 }
 
-Element QCorvelPrivate::currentElement() const
+bool ChannelView::isType(quint32 type) const
 {
-    if (q->isAnc())
+    return comboData(m_controls.type) == type;
+}
+
+bool ChannelView::isMultiType(quint32 type)
+{
+    return type == ChannelType::Smpte2110 || type == ChannelType::ClockDomainOwner;
+}
+
+bool ChannelView::isMultiType() const
+{
+    return isMultiType(comboData(m_controls.type));
+}
+
+bool ChannelView::isVideo() const
+{
+    return !isMultiType() || m_controls.video->isChecked();
+}
+
+bool ChannelView::isAudio() const
+{
+    return isMultiType() && m_controls.audio->isChecked();
+}
+
+bool ChannelView::isAnc() const
+{
+    return isMultiType() && m_controls.anc->isChecked();
+}
+
+Element ChannelView::element() const
+{
+    if (isAnc())
         return Element::Anc;
-    return q->isAudio() ? Element::Audio : Element::Video;
+    return isAudio() ? Element::Audio : Element::Video;
 }
 
-// Both sides share one combo of channels per flow; the send side is read last and stays.
-void QCorvelPrivate::showValue(Side side, Field field, const QString &value)
+void ChannelView::show(Side side, Field field, const QString &text)
 {
     switch (field) {
     case Field::Flags:
-        showFlags(side, toDword(value));
+        m_fields.showFlags(side, toDword(text));
         break;
     case Field::Channels:
-        q->selectFromData(q->m_pComboAudChan, toDword(value));
+        selectData(m_controls.audioChannels, toDword(text));
         break;
     case Field::PacketTime:
-        q->selectFromData(side == Side::Receive ? q->m_pComboPTimeRx : q->m_pComboPTimeTx, toDword(value));
+        selectData(packetTime(side), toDword(text));
         break;
     case Field::SourceAddress:
     case Field::SourcePort:
     case Field::DestinationAddress:
     case Field::DestinationPort:
     case Field::Interface:
-        networkField(side, field).setValue(value);
+        m_fields.at(side, field).setValue(text);
         break;
-    case Field::TotalChannels: // shown as the number of flows, by loadFlowCount
+    case Field::TotalChannels: // shown as the number of flows, which needs the channels per flow as well
         break;
     }
 }
 
-void QCorvelPrivate::showFlags(Side side, quint32 flags)
+QString ChannelView::value(Side side, Field field) const
 {
-    for (const FlagBit &row : flagBits())
-        q->useSetting(networkField(side, row.field).use, flags, row.bit);
-}
-
-// What a save writes for one field, as text.
-QString QCorvelPrivate::shownValue(Side side, Field field) const
-{
-    const bool receive = side == Side::Receive;
+    const quint32 channels = comboData(m_controls.audioChannels);
     switch (field) {
     case Field::Flags:
-        return QString::number(shownFlags(side));
+        return QString::number(m_fields.flags(side));
     case Field::Channels:
-        return QString::number(comboData(q->m_pComboAudChan));
+        return QString::number(channels);
     case Field::PacketTime:
-        return QString::number(comboData(receive ? q->m_pComboPTimeRx : q->m_pComboPTimeTx));
+        return QString::number(comboData(packetTime(side)));
     case Field::TotalChannels:
-        return QString::number(comboData(q->m_pComboAudFlow) * comboData(q->m_pComboAudChan));
+        return QString::number(comboData(m_controls.audioFlows) * channels);
     case Field::SourceAddress:
     case Field::SourcePort:
     case Field::DestinationAddress:
@@ -76,15 +97,10 @@ QString QCorvelPrivate::shownValue(Side side, Field field) const
     case Field::Interface:
         break;
     }
-    return networkField(side, field).value();
+    return m_fields.at(side, field).value();
 }
 
-quint32 QCorvelPrivate::shownFlags(Side side) const
+QComboBox *ChannelView::packetTime(Side side) const
 {
-    quint32 flags = 0;
-    for (const FlagBit &row : flagBits()) {
-        if (networkField(side, row.field).use->isChecked())
-            flags |= row.bit;
-    }
-    return flags;
+    return side == Side::Receive ? m_controls.receivePacketTime : m_controls.sendPacketTime;
 }

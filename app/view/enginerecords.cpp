@@ -1,33 +1,96 @@
 // SPDX-License-Identifier: MIT
-//
-// View: media commands, filled from what is shown.
-#include "app/corvel.h"
-#include "app/dialog/private.h"
+#include "app/view/enginerecords.h"
 
-#include <QComboBox>
+#include "channel/channelstore.h"
 
-MEDIACMD QCorvelPrivate::mediaCommand(quint32 code) const
+namespace {
+
+constexpr quint32 kDefaultChannels = 2;
+
+template<int Size>
+void copyText(char (&target)[Size], const QString &text)
 {
-    MEDIACMD command;
-    command.code = code;
-    command.channel = currentChannel();
-    return command;
+    qstrncpy(target, text.toLatin1().constData(), Size);
 }
 
-// A command about one side of the element that is shown.
-MEDIACMD QCorvelPrivate::elementCommand(quint32 code, Side side) const
+// An answer comes from outside: its text may lack the terminating zero.
+template<int Size>
+QString textOf(const char (&source)[Size])
 {
-    MEDIACMD command = mediaCommand(code);
-    quint32 receive = 0;
-    quint32 transmit = 0;
-    q->getRecSndTypes(&receive, &transmit);
-    command.element = side == Side::Receive ? receive : transmit;
-    command.flow = q->isAudio() ? engineFlow() : 0;
-    return command;
+    return QString::fromLatin1(source, static_cast<int>(qstrnlen(source, Size)));
 }
 
-quint32 QCorvelPrivate::audioLayout() const
+bool isPort(Field field)
 {
-    const quint32 channels = comboData(q->m_pComboAudChan);
-    return (comboData(q->m_pComboAudFlow) * channels) << 16 | channels;
+    return field == Field::SourcePort || field == Field::DestinationPort;
+}
+
+} // namespace
+
+quint32 audioLayout(quint32 flows, quint32 channels)
+{
+    return (flows * channels) << 16 | channels;
+}
+
+quint32 layoutChannels(quint32 layout)
+{
+    return layout & 0xffff;
+}
+
+quint32 layoutFlows(quint32 layout)
+{
+    const quint32 channels = layoutChannels(layout);
+    return (layout >> 16) / (channels ? channels : kDefaultChannels);
+}
+
+MEDIACMD engineRecord(quint32 code, int channel)
+{
+    MEDIACMD record;
+    record.code = code;
+    record.channel = channel;
+    return record;
+}
+
+void putSettings(MEDIACMD &record, const EngineSettings &settings)
+{
+    record.sourcePort = settings.sourcePort;
+    record.destinationPort = settings.destinationPort;
+    record.audioLayout = settings.audioLayout;
+    copyText(record.destinationAddress, settings.destinationAddress);
+    copyText(record.sourceAddress, settings.sourceAddress);
+    copyText(record.interfaceAddress, settings.interfaceAddress);
+    record.flags = settings.flags;
+}
+
+EngineSettings settingsOf(const MEDIACMD &answer)
+{
+    EngineSettings settings;
+    settings.sourceAddress = textOf(answer.sourceAddress);
+    settings.destinationAddress = textOf(answer.destinationAddress);
+    settings.interfaceAddress = textOf(answer.interfaceAddress);
+    settings.sourcePort = answer.sourcePort;
+    settings.destinationPort = answer.destinationPort;
+    settings.audioLayout = answer.audioLayout;
+    settings.flags = answer.flags;
+    return settings;
+}
+
+QVector<MEDIACMD> fieldRecords(int channel, Side side, Field field, const QString &text)
+{
+    QVector<MEDIACMD> records;
+    for (const Element element : {Element::Video, Element::Audio, Element::Anc}) {
+        const int flows = element == Element::Audio ? kFlowCount : 1;
+        for (int flow = 0; flow < flows; ++flow) {
+            MEDIACMD record = engineRecord(MediaCode::SetField, channel);
+            record.element = elementCode(element, side);
+            record.flow = flow;
+            record.field = flagBit(field);
+            if (isPort(field))
+                record.value = toDword(text);
+            else
+                copyText(record.text, text);
+            records.append(record);
+        }
+    }
+    return records;
 }
