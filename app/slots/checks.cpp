@@ -3,7 +3,8 @@
 // Slots, checks: do the network interfaces that the channel names exist on this machine?
 #include "app/dialog/private.h"
 #include "app/view/localinterface.h"
-#include "channel/channelstore.h"
+#include "channel/elementvalues.h"
+#include "channel/interfacecheck.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
 
@@ -12,32 +13,6 @@
 #include <QPointer>
 #include <QTextEdit>
 
-namespace {
-
-struct InterfaceCheck {
-    Element element;
-    Side side;
-    const char *label;
-};
-
-// clang-format off
-const InterfaceCheck kInterfaceChecks[] = {
-    {Element::Video, Side::Receive, QT_TRANSLATE_NOOP("QCorvel", "Video IP ")},
-    {Element::Video, Side::Send,    QT_TRANSLATE_NOOP("QCorvel", "Video IP ")},
-    {Element::Audio, Side::Receive, QT_TRANSLATE_NOOP("QCorvel", "Audio IP ")},
-    {Element::Audio, Side::Send,    QT_TRANSLATE_NOOP("QCorvel", "Audio IP ")},
-    {Element::Anc,   Side::Receive, QT_TRANSLATE_NOOP("QCorvel", "Anc IP ")},
-    {Element::Anc,   Side::Send,    QT_TRANSLATE_NOOP("QCorvel", "Anc IP ")},
-};
-// clang-format on
-
-bool interfaceExists(const QString &address)
-{
-    return rkOSIPExists(address.toUtf8().constData()) != 0;
-}
-
-} // namespace
-
 // Reports, never corrects. Runs only while NMOS is overridden: otherwise NMOS decides the interfaces.
 int QCorvel::checkErrors()
 {
@@ -45,14 +20,9 @@ int QCorvel::checkErrors()
         return 1;
     QString text;
     if (m_pCheckErrs->isChecked()) {
-        const int channel = m_pChannel->currentData().toInt();
-        for (const InterfaceCheck &row : kInterfaceChecks) {
-            const char *key = findChannelKey(row.element, row.side, Field::Interface)->name;
-            const QString address = cfgValue(key, true, channel);
-            if (!interfaceExists(address))
-                text +=
-                    tr(row.label) + address + tr(" does not exist!  Please correct the adapter or setting\n");
-        }
+        for (const MissingInterface &missing : missingInterfaces(m_pChannel->currentData().toInt()))
+            text += tr(interfaceLabel(missing.element)) + missing.address +
+                    tr(" does not exist!  Please correct the adapter or setting\n");
     }
     if (!text.isEmpty()) {
         ErrOut("\nSMPTE2110-RiverMax:\n%s\n", text.toUtf8().constData());
@@ -109,13 +79,13 @@ void QCorvel::onInterfaceEdit()
             updateLockedItems(from);
         return;
     }
-    const int channel = d->channel();
-    if (d->isLocked(field)) {
-        for (const Element element : {Element::Video, Element::Audio, Element::Anc})
-            setCfgValue(findChannelKey(element, side, Field::Interface)->name, address, true, channel);
-    }
-    setCfgValue(findChannelKey(d->view.element(), side, Field::Interface)->name, address, true, channel);
-    commitStore();
+    d->write([&] {
+        if (d->isLocked(field)) {
+            for (const Element element : elementOrder())
+                setElementValue(element, side, Field::Interface, address, d->channel());
+        }
+        setElementValue(d->view.element(), side, Field::Interface, address, d->channel());
+    });
 }
 
 int QCorvel::findDefaultInterface()

@@ -7,6 +7,7 @@
 #include "app/view/combos.h"
 #include "app/view/enginerecords.h"
 #include "channel/channelstore.h"
+#include "channel/elementvalues.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
 
@@ -43,12 +44,7 @@ void logElement(const QCorvelPrivate *d, Side side)
 void saveShownElement(QCorvelPrivate *d)
 {
     const Element element = d->view.element();
-    const QByteArray suffix = d->view.flows().saveSuffix();
-    for (const FieldStep &step : saveOrder(element)) {
-        const ChannelKey *key = findChannelKey(element, step.side, step.field);
-        d->q->setCfgValue(valueName(*key, suffix).constData(), d->view.value(step.side, step.field),
-                          key->stored == Stored::Text, d->channel());
-    }
+    saveElementValues(d->view, element, d->channel(), d->view.flows().saveSuffix());
     if (element == Element::Anc)
         return;
     logElement(d, Side::Send);
@@ -73,14 +69,15 @@ void saveChannel(QCorvelPrivate *d)
     q->setCfgValue(ChannelValue::ClockDomain, q->m_pEditGmId->text(), false, channel);
     // While NMOS is in charge the simple page's address is the one that is sent to.
     if (!q->m_pNmosOverride->isChecked())
-        q->setCfgValue("TransmitDestinationIp", q->m_pSimpleAddress->address(), true, channel);
+        setElementValue(Element::Video, Side::Send, Field::DestinationAddress, q->m_pSimpleAddress->address(),
+                        channel);
 }
 
-void writeAudioTotals(QCorvelPrivate *d)
+// A number of audio that holds for both sides and all flows.
+void writeAudioNumber(const QCorvelPrivate *d, Field field, quint32 number)
 {
-    const quint32 total = comboData(d->q->m_pComboAudFlow) * comboData(d->q->m_pComboAudChan);
-    d->q->setCfgValue("ReceiveAudTotalChannels", QString::number(total), false, d->channel());
-    d->q->setCfgValue("TransmitAudTotalChannels", QString::number(total), false, d->channel());
+    for (const Side side : sideOrder())
+        setElementValue(Element::Audio, side, field, QString::number(number), d->channel());
 }
 
 } // namespace
@@ -170,14 +167,14 @@ void QCorvel::onFileSettingChanged(bool value)
 void QCorvel::enableAudChannel(int)
 {
     const quint32 channels = comboData(m_pComboAudChan);
+    const quint32 flows = comboData(m_pComboAudFlow);
     if (isStandAlone()) {
         d->write([&] {
-            setCfgValue("ReceiveAudChannels", QString::number(channels), false, d->channel());
-            setCfgValue("TransmitAudChannels", QString::number(channels), false, d->channel());
-            writeAudioTotals(d.get());
+            writeAudioNumber(d.get(), Field::Channels, channels);
+            writeAudioNumber(d.get(), Field::TotalChannels, flows * channels);
         });
     } else {
-        d->sendType(audioLayout(comboData(m_pComboAudFlow), channels));
+        d->sendType(audioLayout(flows, channels));
     }
     updateSettings(false);
 }
@@ -185,8 +182,9 @@ void QCorvel::enableAudChannel(int)
 void QCorvel::enableAudFlow(int)
 {
     d->enableFlowSelectors();
+    const quint32 total = comboData(m_pComboAudFlow) * comboData(m_pComboAudChan);
     if (isStandAlone())
-        d->write([this] { writeAudioTotals(d.get()); });
+        d->write([&] { writeAudioNumber(d.get(), Field::TotalChannels, total); });
     else
         d->sendType(0);
     updateSettings(false);

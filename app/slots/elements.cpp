@@ -3,7 +3,7 @@
 // Slots, elements: another channel, element or flow is chosen and shown, or single-flow mode is switched.
 #include "app/dialog/private.h"
 #include "app/view/combos.h"
-#include "channel/channelstore.h"
+#include "channel/elementvalues.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -25,8 +25,8 @@ void writeSingleFlow(QCorvel *q, bool single, int channel)
     if (!single)
         return;
     const QString total = QString::number(comboData(q->m_pComboAudChan));
-    q->setCfgValue("ReceiveAudTotalChannels", total, false, channel);
-    q->setCfgValue("TransmitAudTotalChannels", total, false, channel);
+    for (const Side side : sideOrder())
+        setElementValue(Element::Audio, side, Field::TotalChannels, total, channel);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 // them is the business of files/; here values are collected, files opened and answers applied.
 #include "app/dialog/private.h"
 #include "channel/channelstore.h"
+#include "files/fileload.h"
 #include "files/sdpreader.h"
 #include "files/sdpwriter.h"
 #include "files/settingsfile.h"
@@ -83,7 +84,7 @@ void saveSettings(QCorvel *q, const QString &path)
         return;
     for (const QByteArray &piece : settingsHeader())
         rkOSfputs(piece.constData(), file);
-    setGlobalDword(StorePath::AvHAL, "nmosoverride", 0);
+    setGlobalDword(StorePath::AvHAL, MachineValue::NmosOverride, 0);
     commitStore();
     const auto value = [q](const char *name, bool isString, int channel) {
         return q->cfgValue(name, isString, channel);
@@ -131,30 +132,8 @@ void saveSdpFiles(const QCorvel *q, const QString &answer)
 {
     const SdpFileNames names = sdpFileNames(answer);
     const SdpInput input = sdpInput(q, 0);
-    writeSdpFile(names.rx, writeFileSdp(input, SdpSide::Receive));
-    writeSdpFile(names.tx, writeFileSdp(input, SdpSide::Send));
-}
-
-// Stores value by value, without regard to locks. False when a section below the first one ended it.
-bool loadSettings(QCorvel *q, quint64 file)
-{
-    SettingsReader reader;
-    SettingsValue value;
-    QByteArray line;
-    while (readLine(file, line)) {
-        switch (reader.feed(line, &value)) {
-        case SettingsReader::Result::Ignored:
-            break;
-        case SettingsReader::Result::Stop:
-            return false;
-        case SettingsReader::Result::Value:
-            if (value.global)
-                setGlobalDword(StorePath::AvHal, value.key.constData(), globalSettingsNumber(value.text));
-            else
-                q->setCfgValue(value.key.constData(), value.text, value.isString, value.channel);
-        }
-    }
-    return true;
+    writeSdpFile(names.rx, writeFileSdp(input, Side::Receive));
+    writeSdpFile(names.tx, writeFileSdp(input, Side::Send));
 }
 
 } // namespace
@@ -203,11 +182,9 @@ void QCorvel::saveElement()
     rkPTPGetDomain(hPTP, domain);
     if (answer.isEmpty())
         return;
-    const SdpElement element = isVideo()   ? SdpElement::Video
-                               : isAudio() ? SdpElement::Audio
-                                           : SdpElement::Anc;
-    writeSdpFile(names.rx, writeElementSdp(input, element, SdpSide::Receive));
-    writeSdpFile(names.tx, writeElementSdp(input, element, SdpSide::Send));
+    const Element element = isVideo() ? Element::Video : isAudio() ? Element::Audio : Element::Anc;
+    writeSdpFile(names.rx, writeElementSdp(input, element, Side::Receive));
+    writeSdpFile(names.tx, writeElementSdp(input, element, Side::Send));
 }
 
 // -------------------------------------------------------------------------------------------------- loading
@@ -225,12 +202,13 @@ void QCorvel::load()
     if (file == RKOS_INVALID_HANDLE)
         return;
     const WaitCursor wait;
-    setCfgValue("lastConfigPath", QFileInfo(answer).absoluteDir().absolutePath(), true, 0);
+    setCfgValue(FirstChannelValue::LastConfigPath, QFileInfo(answer).absoluteDir().absolutePath(), true, 0);
     bool toTheEnd = true;
     QByteArray line;
     if (readLine(file, line)) {
         if (isSettingsSignature(line))
-            toTheEnd = loadSettings(this, file);
+            toTheEnd = loadSettingsFile([file](QByteArray &next) { return readLine(file, next); }).end ==
+                       SettingsLoadEnd::EndOfFile;
         else if (isSessionDescription(answer))
             loadSdp(file);
         else
@@ -244,37 +222,16 @@ void QCorvel::load()
         loadData();
 }
 
-// A value whose lock is set stays as it is and ticks nothing. What was ticked is stored as well, so that
-// the refresh that follows shows it.
+// A value whose lock is set stays as it is and ticks nothing. What was ticked is stored as well, so that the
+// refresh that follows shows it.
 void QCorvel::loadSdp(quint64 file)
 {
     const SignalBracket bracket(this);
-    const int channel = d->channel();
-    struct Tick {
-        SdpTick box;
-        Field field;
-    };
-    const Tick ticks[] = {
-        {SdpTick::RecDstAddr, Field::DestinationAddress},
-        {SdpTick::RecSrcAddr, Field::SourceAddress},
-        {SdpTick::RecDstPort, Field::DestinationPort},
-    };
-    quint32 ticked = 0;
     const QList<SdpStore> values = readSdp([file](QByteArray &line) { return readLine(file, line); });
-    for (const SdpStore &value : values) {
-        if (m_LockValues.value(QString::fromLatin1(value.lockName) + QString::number(channel), false))
-            continue;
-        setCfgValue(value.valueName.constData(), value.text, value.isString, channel);
-        for (const Tick &tick : ticks) {
-            if (tick.box != value.box)
-                continue;
-            d->networkField(Side::Receive, tick.field).use->setChecked(true);
-            ticked |= flagBit(tick.field);
-        }
-    }
-    if (ticked) {
-        const quint32 flags = toDword(cfgValue("ReceiveFlags", false, channel)) | ticked;
-        setCfgValue("ReceiveFlags", QString::number(flags), false, channel);
+    const quint32 ticked = storeSessionDescription(values, m_LockValues, d->channel());
+    for (const FlagBit &row : flagBits()) {
+        if (ticked & row.bit)
+            d->networkField(Side::Receive, row.field).use->setChecked(true);
     }
     commitStore();
 }

@@ -5,36 +5,13 @@
 #include "app/dialog/private.h"
 #include "app/view/combos.h"
 #include "channel/channelstore.h"
+#include "channel/elementvalues.h"
 #include "theme/lineaddress.h"
 
 #include <QGroupBox>
 #include <QLineEdit>
 
 namespace {
-
-constexpr quint32 kDefaultAudioChannels = 2;
-
-void loadFlowCount(QCorvelPrivate *d)
-{
-    const quint32 total = toDword(d->q->cfgValue("ReceiveAudTotalChannels", false, d->channel()));
-    const quint32 channels = toDword(d->q->cfgValue("ReceiveAudChannels", false, d->channel()));
-    const quint32 flows = total / (channels ? channels : kDefaultAudioChannels);
-    selectData(d->q->m_pComboAudFlow, flows);
-    d->view.flows().disablePast(flows);
-}
-
-void loadElement(QCorvelPrivate *d, const QByteArray &suffix)
-{
-    const Element element = d->view.element();
-    for (const FieldStep &step : loadOrder(element)) {
-        const ChannelKey *key = findChannelKey(element, step.side, step.field);
-        // The flags of audio are the same for all flows and are read from flow 0.
-        const QByteArray name = valueName(*key, step.field == Field::Flags ? "0" : suffix);
-        const bool isText = key->stored == Stored::Text;
-        const bool isPort = step.field == Field::SourcePort || step.field == Field::DestinationPort;
-        d->view.show(step.side, step.field, d->q->cfgValue(name.constData(), isText, d->channel(), isPort));
-    }
-}
 
 void loadClock(QCorvel *q, int channel)
 {
@@ -48,13 +25,15 @@ void loadCommon(QCorvel *q, int channel)
     q->m_pEditGmId->setText(q->cfgValue(ChannelValue::ClockDomain, false, channel));
     q->m_pEditGmAddress->setText(q->cfgValue(ChannelValue::ClockGrandMaster, true, channel));
     q->m_pEditGmAddress->setCursorPosition(0);
-    q->m_pSimpleAddress->setAddress(q->cfgValue("TransmitDestinationIp", true, channel));
+    // The simple page shows where video is sent to.
+    q->m_pSimpleAddress->setAddress(
+        elementValue(Element::Video, Side::Send, Field::DestinationAddress, channel));
 }
 
 void lookForInterfaces(QCorvel *q)
 {
     const QString unset = QStringLiteral("1.0.0.0");
-    const bool noNode = isTextEmpty(q->channelIpKeyName(0), "nmosip");
+    const bool noNode = isTextEmpty(q->channelIpKeyName(0), FirstChannelValue::NmosIp);
     if (q->m_pEditRecIFace->address() == unset || q->m_pEditSndIFace->address() == unset ||
         q->m_pSimpleAddress->address() == unset || noNode)
         q->findDefaultInterface();
@@ -76,12 +55,14 @@ void QCorvel::loadDataStandAlone()
     {
         const SignalBracket bracket(this);
         const int channel = d->channel();
-        loadFlowCount(d.get());
+        const quint32 flows = storedFlowCount(channel);
+        selectData(m_pComboAudFlow, flows);
+        d->view.flows().disablePast(flows);
         const QByteArray suffix = d->view.flows().loadSuffix();
         selectData(m_pComboType, toDword(cfgValue(ChannelValue::VideoType, false, channel)));
-        const quint32 nmosOverride = globalDword(StorePath::AvHAL, "nmosoverride", 0);
+        const quint32 nmosOverride = globalDword(StorePath::AvHAL, MachineValue::NmosOverride, 0);
         selectData(m_pComboVidFormat, toDword(cfgValue(ChannelValue::SignalFormat, false, channel)));
-        loadElement(d.get(), suffix);
+        loadElementValues(d->view, d->view.element(), channel, suffix);
         loadClock(this, channel);
         m_pBoardSettings->setChecked(nmosOverride != 0);
         loadCommon(this, channel);

@@ -4,63 +4,12 @@
 // only.
 #include "app/dialog/private.h"
 #include "channel/channelstore.h"
+#include "channel/elementvalues.h"
+#include "channel/lockbook.h"
 
 #include <QCheckBox>
 
-#include <iterator>
-
 namespace {
-
-// The order in which locked fields are copied. In the store interfaces are not copied with them: their
-// own slot does that. The engine gets the interfaces as well, last.
-// clang-format off
-const FieldStep kCopyOrder[] = {
-    {Side::Receive, Field::DestinationAddress},
-    {Side::Receive, Field::SourceAddress},
-    {Side::Send,    Field::DestinationAddress},
-    {Side::Send,    Field::SourceAddress},
-    {Side::Receive, Field::DestinationPort},
-    {Side::Receive, Field::SourcePort},
-    {Side::Send,    Field::DestinationPort},
-    {Side::Send,    Field::SourcePort},
-};
-
-// The order in which "lock all" sets the boxes.
-const FieldStep kGroupOrder[] = {
-    {Side::Receive, Field::SourceAddress},
-    {Side::Receive, Field::SourcePort},
-    {Side::Receive, Field::DestinationPort},
-    {Side::Receive, Field::DestinationAddress},
-    {Side::Receive, Field::Interface},
-    {Side::Send,    Field::SourceAddress},
-    {Side::Send,    Field::SourcePort},
-    {Side::Send,    Field::DestinationAddress},
-    {Side::Send,    Field::DestinationPort},
-    {Side::Send,    Field::Interface},
-};
-
-const FieldStep kInterfaces[] = {
-    {Side::Receive, Field::Interface},
-    {Side::Send,    Field::Interface},
-};
-// clang-format on
-
-TableView<FieldStep> lockedCopyOrder()
-{
-    return {kCopyOrder, std::size(kCopyOrder)};
-}
-
-TableView<FieldStep> lockedInterfaceOrder()
-{
-    return {kInterfaces, std::size(kInterfaces)};
-}
-
-// The video value name stands for the field of all elements, with the channel number behind it.
-QString lockName(const NetworkField &field, int channel)
-{
-    const ChannelKey *key = findChannelKey(Element::Video, field.side, field.field);
-    return QLatin1String(key->name) + QString::number(channel);
-}
 
 // A field is copied when it changed itself, when its lock was set, or when all locks were.
 bool concerns(const QCorvel *q, const NetworkField &field, const QObject *sender)
@@ -71,7 +20,7 @@ bool concerns(const QCorvel *q, const NetworkField &field, const QObject *sender
 void recordLocks(QCorvelPrivate *d, QObject *from)
 {
     for (const NetworkField &field : d->view.fields())
-        d->q->m_LockValues[lockName(field, d->channel())] = field.lock->isChecked();
+        setLocked(d->q->m_LockValues, field.side, field.field, d->channel(), field.lock->isChecked());
     d->q->updateLockedItems(from);
 }
 
@@ -87,21 +36,6 @@ QVector<NetworkField> fieldsToCopy(const QCorvelPrivate *d, TableView<FieldStep>
     return fields;
 }
 
-// Flow 0 is written once more before all flows.
-void propagate(QCorvel *q, const NetworkField &field, int channel)
-{
-    const QString value = field.value();
-    const auto write = [&](Element element, const QByteArray &suffix) {
-        const ChannelKey *key = findChannelKey(element, field.side, field.field);
-        q->setCfgValue(valueName(*key, suffix).constData(), value, key->stored == Stored::Text, channel);
-    };
-    write(Element::Audio, "0");
-    for (int flow = 0; flow < kFlowCount; ++flow)
-        write(Element::Audio, QByteArray::number(flow));
-    write(Element::Anc, QByteArray());
-    write(Element::Video, QByteArray());
-}
-
 } // namespace
 
 // Interfaces are locked from the start, on every channel: a machine's elements normally share their
@@ -110,16 +44,12 @@ void QCorvelPrivate::lockInterfaces()
 {
     q->m_pCheckLockRecDstIFace->setChecked(true);
     q->m_pCheckLockSndDstIFace->setChecked(true);
-    const int channels = channelCount();
-    for (int channel = 0; channel < channels; ++channel) {
-        q->m_LockValues[QStringLiteral("ReceiveInterface%1").arg(channel)] = true;
-        q->m_LockValues[QStringLiteral("TransmitInterface%1").arg(channel)] = true;
-    }
+    ::lockInterfaces(q->m_LockValues, channelCount());
 }
 
 bool QCorvelPrivate::isLocked(const NetworkField &field) const
 {
-    return q->m_LockValues.value(lockName(field, channel()), false);
+    return ::isLocked(q->m_LockValues, field.side, field.field, channel());
 }
 
 // Asks the map with [], so that every lock of the channel stands in it from now on.
@@ -127,7 +57,7 @@ void QCorvel::checkLocksForConfig()
 {
     const SignalBracket bracket(this);
     for (const NetworkField &field : d->view.fields())
-        field.lock->setChecked(m_LockValues[lockName(field, d->channel())]);
+        field.lock->setChecked(m_LockValues[lockName(field.side, field.field, d->channel())]);
 }
 
 void QCorvel::onLockSetting(bool)
@@ -140,7 +70,7 @@ void QCorvel::onLockGroup(bool)
     QObject *const from = sender();
     {
         const SignalBracket bracket(this);
-        for (const FieldStep &step : kGroupOrder)
+        for (const FieldStep &step : lockAllOrder())
             d->networkField(step.side, step.field).lock->setChecked(m_pCheckLockGroup->isChecked());
     }
     recordLocks(d.get(), from);
@@ -158,7 +88,7 @@ void QCorvel::updateLockedItems(QObject *sender)
         return;
     d->write([&] {
         for (const NetworkField &field : fields)
-            propagate(this, field, d->channel());
+            copyToAllElements(field.side, field.field, field.value(), d->channel());
     });
 }
 

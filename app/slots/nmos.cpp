@@ -62,10 +62,10 @@ bool writeDescription(const char *path, const void *data, int size)
 
 void QCorvel::loadNmosCfg()
 {
-    m_pEditNmosDmn->setText(cfgValue("nmosdomain", true, 0));
-    m_pLineNmosIp->setAddress(cfgValue("nmosip", true, 0));
-    m_pLineNmosSrv->setAddress(cfgValue("nmosserverip", true, 0));
-    m_pEditNmosPort->setText(cfgValue("nmosserverport", true, 0));
+    m_pEditNmosDmn->setText(cfgValue(FirstChannelValue::NmosDomain, true, 0));
+    m_pLineNmosIp->setAddress(cfgValue(FirstChannelValue::NmosIp, true, 0));
+    m_pLineNmosSrv->setAddress(cfgValue(FirstChannelValue::NmosServerIp, true, 0));
+    m_pEditNmosPort->setText(cfgValue(FirstChannelValue::NmosServerPort, true, 0));
 }
 
 void QCorvel::onShowNmosCfg()
@@ -79,12 +79,12 @@ void QCorvel::onShowNmosCfg()
 // All node settings belong to channel 0. A node address this machine does not have is left out.
 void QCorvel::onSetNmosCfg()
 {
-    setCfgValue("nmosdomain", m_pEditNmosDmn->text(), true, 0);
+    setCfgValue(FirstChannelValue::NmosDomain, m_pEditNmosDmn->text(), true, 0);
     const QString node = m_pLineNmosIp->address();
     if (isLocalInterface(node))
-        setCfgValue("nmosip", node, true, 0);
-    setCfgValue("nmosserverip", m_pLineNmosSrv->address(), true, 0);
-    setCfgValue("nmosserverport", m_pEditNmosPort->text(), true, 0);
+        setCfgValue(FirstChannelValue::NmosIp, node, true, 0);
+    setCfgValue(FirstChannelValue::NmosServerIp, m_pLineNmosSrv->address(), true, 0);
+    setCfgValue(FirstChannelValue::NmosServerPort, m_pEditNmosPort->text(), true, 0);
     commitStore();
     restartNmos();
     m_pNmosCfg->close();
@@ -101,10 +101,10 @@ void QCorvelPrivate::loadNmosSwitches()
         QCheckBox *box;
     };
     const Switch switches[] = {
-        {StorePath::AvHAL, "nmosoverride", q->m_pNmosOverride},
-        {StorePath::Debug, "NMOSUseLog", q->m_pNmosOutLog},
+        {StorePath::AvHAL, MachineValue::NmosOverride, q->m_pNmosOverride},
+        {StorePath::Debug, MachineValue::NmosUseLog, q->m_pNmosOutLog},
     };
-    void *const store = reinterpret_cast<void *>(static_cast<intptr_t>(-1));
+    void *const store = defaultStore();
     for (const Switch &row : switches) {
         quint32 value = 0;
         if (rkCFGValueDword(store, row.path, row.name, &value, 0) != 0) {
@@ -119,7 +119,7 @@ void QCorvelPrivate::loadNmosSwitches()
 void QCorvel::overrideNmos(bool checked)
 {
     loadData();
-    setCfgValue("nmosoverride", checked ? QStringLiteral("1") : QStringLiteral("0"), false, 0);
+    setCfgValue(MachineValue::NmosOverride, checked ? QStringLiteral("1") : QStringLiteral("0"), false, 0);
     commitStore();
     m_pSwapLayout->setCurrentIndex(checked ? 0 : 1);
     if (!checked)
@@ -130,7 +130,7 @@ void QCorvel::overrideNmos(bool checked)
 // slot once more for the checked state; the outer run then still ends with its own value, on purpose.
 void QCorvel::onBoardSettingChanged(bool value)
 {
-    setGlobalDword(StorePath::AvHal, "nmosoverride", value ? 1 : 0);
+    setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0);
     commitStore();
     QDialog confirmation(this);
     d->fillNmosQuestion(&confirmation);
@@ -147,7 +147,7 @@ void QCorvel::onBoardSettingChanged(bool value)
 void QCorvel::toggleNmosLog(bool on)
 {
     bNmosUseLog = on;
-    if (setGlobalDword(StorePath::Debug, "NMOSUseLog", on ? 1 : 0))
+    if (setGlobalDword(StorePath::Debug, MachineValue::NmosUseLog, on ? 1 : 0))
         commitStore();
     if (!m_pNmosOverride->isChecked())
         restartNmos();

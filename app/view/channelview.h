@@ -7,11 +7,12 @@
 
 #include "app/view/audioflows.h"
 #include "app/view/networkfields.h"
+#include "channel/elementvalues.h"
 
 class QComboBox;
 class QRadioButton;
 
-class ChannelView {
+class ChannelView : public ElementValues {
 public:
     struct Controls {
         QComboBox *channel;
@@ -47,8 +48,8 @@ public:
 
     // One value of the shown element, as the store has it. Both sides share one combo of channels per
     // flow.
-    void show(Side side, Field field, const QString &text);
-    QString value(Side side, Field field) const;
+    void show(Side side, Field field, const QString &text) override;
+    QString value(Side side, Field field) const override;
 
 private:
     QComboBox *packetTime(Side side) const;

@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr quint32 kDefaultChannels = 2;
-
 template<int Size>
 void copyText(char (&target)[Size], const QString &text)
 {
@@ -40,7 +38,7 @@ quint32 layoutChannels(quint32 layout)
 quint32 layoutFlows(quint32 layout)
 {
     const quint32 channels = layoutChannels(layout);
-    return (layout >> 16) / (channels ? channels : kDefaultChannels);
+    return (layout >> 16) / (channels ? channels : kDefaultAudioChannels);
 }
 
 MEDIACMD engineRecord(quint32 code, int channel)
@@ -78,7 +76,7 @@ EngineSettings settingsOf(const MEDIACMD &answer)
 QVector<MEDIACMD> fieldRecords(int channel, Side side, Field field, const QString &text)
 {
     QVector<MEDIACMD> records;
-    for (const Element element : {Element::Video, Element::Audio, Element::Anc}) {
+    for (const Element element : elementOrder()) {
         const int flows = element == Element::Audio ? kFlowCount : 1;
         for (int flow = 0; flow < flows; ++flow) {
             MEDIACMD record = engineRecord(MediaCode::SetField, channel);

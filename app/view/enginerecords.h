@@ -13,7 +13,7 @@
 // The audio of a channel as one number: channels of all flows << 16 | channels per flow.
 quint32 audioLayout(quint32 flows, quint32 channels);
 quint32 layoutChannels(quint32 layout);
-// An engine that names no channels per flow means kDefaultChannels.
+// An engine that names no channels per flow means kDefaultAudioChannels.
 quint32 layoutFlows(quint32 layout);
 
 // The settings of one side of an element.
