@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr int kLastFlow = kFlowCount - 1;
-
 bool isChecked(const QRadioButton *button)
 {
     return button->isChecked();
@@ -30,7 +28,9 @@ void AudioFlows::enable(quint32 flows) const
 
 void AudioFlows::disablePast(quint32 flows) const
 {
-    for (quint32 flow = flows + 1; flow < kLastFlow; ++flow)
+    if (flows >= kFlowCount) // a damaged store may name any number
+        return;
+    for (quint32 flow = flows + 1; flow < kFlowCount; ++flow)
         m_buttons[flow]->setEnabled(false);
 }
 

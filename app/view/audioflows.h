@@ -27,8 +27,7 @@ public:
     // The first flows can be chosen, the others cannot; none in single-flow mode.
     void enable(quint32 flows) const;
 
-    // Takes away what lies past the last flow, and enables nothing. The selector next to the last flow
-    // and the eighth one stay as they are.
+    // Disables what lies past the last flow, but for the selector next to it, and enables nothing.
     void disablePast(quint32 flows) const;
 
     // Checks this selector and no other one, also while they do not exclude each other.
