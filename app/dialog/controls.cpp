@@ -3,6 +3,7 @@
 // Class floor: makes the controls and fills the combo boxes. It leaves their places to layout.cpp and what
 // they do to connections.cpp.
 #include "app/dialog/private.h"
+#include "app/dialog/styles.h"
 #include "channel/channelstore.h"
 #include "channel/videoformats.h"
 #include "theme/lineaddress.h"
@@ -26,7 +27,6 @@ namespace {
 constexpr char kTightStyle[] = "padding-top: 2px; padding-bottom: 2px;";
 constexpr char kGroupStyle[] = "QGroupBox{margin-top:0px}";
 constexpr char kNmosBoxStyle[] = "QCheckBox{padding-top:10px;}";
-constexpr char kDisabledStyle[] = "background-color:#404040;";
 
 struct Entry {
     const char *text;

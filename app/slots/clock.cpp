@@ -3,6 +3,7 @@
 // Slots, clock: keeps the software PTP client in line with the dialog and shows the clock a hundred times
 // a second.
 #include "app/corvel.h"
+#include "app/dialog/styles.h"
 #include "app/view/clocktext.h"
 #include "app/view/combos.h"
 #include "channel/channelstore.h"
@@ -22,8 +23,6 @@ constexpr int kTextBytes = 64;
 constexpr quint64 kNanosPerSecond = 1000000000;
 constexpr quint32 kPtpTimeFormat = 0x210200;   // date, time with nanoseconds
 constexpr quint32 kSystemTimeFormat = 0x10080; // date, time
-constexpr char kEnabledStyle[] = "background-color: #131313;";
-constexpr char kDisabledStyle[] = "background-color:#404040;";
 
 // A line that did not change is not set again: it would be painted and announced again. The start of a
 // line that is too long is what shows.

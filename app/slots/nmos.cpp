@@ -127,7 +127,8 @@ void QCorvel::overrideNmos(bool checked)
 }
 
 // Switching the override off asks first. When the answer is no, the box is checked again, which runs this
-// slot once more for the checked state; the outer run then still ends with its own value, on purpose.
+// slot once more for the checked state; the outer run then still ends with its own value, so that "Load File"
+// stays disabled until the box is next changed.
 void QCorvel::onBoardSettingChanged(bool value)
 {
     setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0);
@@ -155,8 +156,7 @@ void QCorvel::toggleNmosLog(bool on)
 
 // -------------------------------------------------------------------------------------- pushed descriptions
 
-// The description is applied even while NMOS is overridden; only the notification is then left out, on
-// purpose.
+// The description is applied even while NMOS is overridden; only the notification is left out then.
 void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
 {
     HeapBlock block(sdp, std::free);
