@@ -21,18 +21,20 @@ QString configurationInUse()
     return QString::fromUtf8(name);
 }
 
-QStringList configurations()
+QStringList configurations(QString *inUse)
 {
     char folder[kPathBytes] = {};
     rkOSGetConfigDir(folder);
-    const QString inUse = configurationInUse();
+    const QString current = configurationInUse();
     const QString suffix = QLatin1String(kConfigurationSuffix);
     QStringList names;
     const QDir dir(QString::fromUtf8(folder));
     for (const QString &file : dir.entryList({QLatin1Char('*') + suffix}, QDir::Files, QDir::Name))
         names.append(file.left(file.size() - suffix.size()));
-    if (!inUse.isEmpty() && !names.contains(inUse))
-        names.prepend(inUse);
+    if (!current.isEmpty() && !names.contains(current))
+        names.prepend(current);
+    if (inUse)
+        *inUse = current;
     return names;
 }
 

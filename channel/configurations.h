@@ -15,8 +15,8 @@ constexpr char kConfigurationSuffix[] = ".rkcfg";
 QString configurationInUse();
 
 // All configurations on disk by name. The one in use is always among them: without a file of its own it
-// comes first.
-QStringList configurations();
+// comes first. inUse, when given, gets its name; it is empty when the store cannot tell.
+QStringList configurations(QString *inUse = nullptr);
 
 // Closes the store, saving first, and puts another configuration in use. A name that the store refuses
 // changes nothing.

@@ -8,6 +8,7 @@ include(CMakePackageConfigHelpers)
 
 add_library(corvel_library SHARED
   $<TARGET_OBJECTS:corvel_app>
+  $<TARGET_OBJECTS:corvel_view>
   $<TARGET_OBJECTS:corvel_keys>
   $<TARGET_OBJECTS:corvel_store>
   $<TARGET_OBJECTS:corvel_files>

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// Clock status: keeps the software PTP client in line with the dialog and shows the clock ten
-// milliseconds by ten milliseconds.
+// Slots, clock: keeps the software PTP client in line with the dialog and shows the clock a hundred times
+// a second.
 #include "app/corvel.h"
-#include "app/digitgroups.h"
+#include "app/dialog/styles.h"
+#include "app/view/clocktext.h"
+#include "app/view/combos.h"
 #include "channel/channelstore.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
@@ -13,28 +15,67 @@
 #include <QLineEdit>
 #include <QTimerEvent>
 
-#include <cstdio>
 #include <cstring>
 
 namespace {
 
-constexpr int kLineBytes = 512;
 constexpr int kTextBytes = 64;
 constexpr quint64 kNanosPerSecond = 1000000000;
 constexpr quint32 kPtpTimeFormat = 0x210200;   // date, time with nanoseconds
 constexpr quint32 kSystemTimeFormat = 0x10080; // date, time
-constexpr char kEnabledStyle[] = "background-color: #131313;";
-constexpr char kDisabledStyle[] = "background-color:#404040;";
 
 // A line that did not change is not set again: it would be painted and announced again. The start of a
 // line that is too long is what shows.
-void showLine(QLineEdit *edit, const char *text)
+void showLine(QLineEdit *edit, const QByteArray &text)
 {
     const QString line = QString::fromUtf8(text);
     if (edit->text() == line)
         return;
     edit->setText(line);
     edit->setCursorPosition(0);
+}
+
+void showSoftwareClock(QCorvel *q)
+{
+    char portId[kTextBytes] = {};
+    char address[kTextBytes] = {}; // asked for like the others, not shown
+    char domain[kTextBytes] = {};
+    char version[kTextBytes] = {};
+    rkPTPGetSourcePortID(q->hPTP, portId);
+    rkPTPGetIPAddress(q->hPTP, address);
+    rkPTPGetDomain(q->hPTP, domain);
+    rkPTPGetVersion(q->hPTP, version);
+    showLine(q->m_pComboClkMstr, ptpClockInfo(version, domain, portId));
+
+    uint64_t seconds = 0;
+    uint32_t nanoseconds = 0;
+    rkPTPGetTime_Nano(q->hPTP, &seconds, &nanoseconds);
+    char date[kTextBytes] = {};
+    char time[kTextBytes] = {};
+    rkOSGetEpochDateTimeString(seconds, date, time, nanoseconds, kPtpTimeFormat);
+    int64_t offset = 0;
+    rkPTPGetOffset_Nano(q->hPTP, &offset);
+    showLine(q->m_pEditClockDomain, ptpClockTime(date, time, offset));
+}
+
+void showHardwareClock(QCorvel *q)
+{
+    showLine(q->m_pComboClkMstr, "Hardware/GMT Time");
+    const quint64 now = rkOSGetTimePTPNano();
+    char date[kTextBytes] = {};
+    char time[kTextBytes] = {};
+    rkOSGetEpochDateTimeString(now / kNanosPerSecond, date, time, static_cast<quint32>(now % kNanosPerSecond),
+                               kPtpTimeFormat);
+    showLine(q->m_pEditClockDomain, clockTime(date, time));
+}
+
+void showSystemClock(QCorvel *q)
+{
+    showLine(q->m_pComboClkMstr, "GMT Time");
+    char date[kTextBytes] = {};
+    char time[kTextBytes] = {};
+    rkOSGetDateTimeString(date, time, kSystemTimeFormat);
+    showLine(q->m_pEditClockDomain, clockTime(date, time));
 }
 
 } // namespace
@@ -73,65 +114,14 @@ void QCorvel::timerEvent(QTimerEvent *)
 {
     switch (comboData(m_pComboClkSrc)) {
     case ClockSource::SoftwarePtp:
-        showSoftwareClock();
+        showSoftwareClock(this);
         break;
     case ClockSource::HardwarePtp:
-        showHardwareClock();
+        showHardwareClock(this);
         break;
     default:
-        showSystemClock();
+        showSystemClock(this);
     }
-}
-
-void QCorvel::showSoftwareClock()
-{
-    char portId[kTextBytes] = {};
-    char address[kTextBytes] = {}; // asked for like the others, not shown
-    char domain[kTextBytes] = {};
-    char version[kTextBytes] = {};
-    rkPTPGetSourcePortID(hPTP, portId);
-    rkPTPGetIPAddress(hPTP, address);
-    rkPTPGetDomain(hPTP, domain);
-    rkPTPGetVersion(hPTP, version);
-    char info[kLineBytes];
-    snprintf(info, sizeof info, "%s D:%s %s", version, domain, portId);
-    showLine(m_pComboClkMstr, info);
-
-    uint64_t seconds = 0;
-    uint32_t nanoseconds = 0;
-    rkPTPGetTime_Nano(hPTP, &seconds, &nanoseconds);
-    char date[kTextBytes] = {};
-    char time[kTextBytes] = {};
-    rkOSGetEpochDateTimeString(seconds, date, time, nanoseconds, kPtpTimeFormat);
-    int64_t offset = 0;
-    rkPTPGetOffset_Nano(hPTP, &offset);
-    char line[kLineBytes];
-    snprintf(line, sizeof line, "%s %s (%s ns)", date, time, digitGroups(offset).constData());
-    showLine(m_pEditClockDomain, line);
-}
-
-void QCorvel::showHardwareClock()
-{
-    showLine(m_pComboClkMstr, "Hardware/GMT Time");
-    const quint64 now = rkOSGetTimePTPNano();
-    char date[kTextBytes] = {};
-    char time[kTextBytes] = {};
-    rkOSGetEpochDateTimeString(now / kNanosPerSecond, date, time, static_cast<quint32>(now % kNanosPerSecond),
-                               kPtpTimeFormat);
-    char line[kLineBytes];
-    snprintf(line, sizeof line, "%s %s ", date, time);
-    showLine(m_pEditClockDomain, line);
-}
-
-void QCorvel::showSystemClock()
-{
-    showLine(m_pComboClkMstr, "GMT Time");
-    char date[kTextBytes] = {};
-    char time[kTextBytes] = {};
-    rkOSGetDateTimeString(date, time, kSystemTimeFormat);
-    char line[kLineBytes];
-    snprintf(line, sizeof line, "%s %s ", date, time);
-    showLine(m_pEditClockDomain, line);
 }
 
 void QCorvel::onUseGmId(bool checked)

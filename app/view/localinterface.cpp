@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/localinterface.h"
+#include "app/view/localinterface.h"
 
 #include <QStringList>
 

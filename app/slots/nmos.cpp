@@ -1,23 +1,21 @@
 // SPDX-License-Identifier: MIT
 //
-// NMOS link: the node's connection settings, the override switch, and session descriptions pushed from
+// Slots, NMOS: the node's connection settings, the override switch, and session descriptions pushed from
 // outside. The node itself runs in a service of its own; it hears of a change by a named event.
-#include "app/corvel.h"
-#include "app/localinterface.h"
+#include "app/dialog/private.h"
 #include "app/nmosthread.h"
+#include "app/view/localinterface.h"
 #include "channel/channelstore.h"
+#include "rkcfg.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QTimer>
-#include <QVBoxLayout>
 
 #include <cstdio>
 #include <cstdlib>
@@ -60,7 +58,7 @@ bool writeDescription(const char *path, const void *data, int size)
 
 } // namespace
 
-// ------------------------------------------------------------------------------------ node settings
+// -------------------------------------------------------------------------------------------- node settings
 
 void QCorvel::loadNmosCfg()
 {
@@ -92,7 +90,31 @@ void QCorvel::onSetNmosCfg()
     m_pNmosCfg->close();
 }
 
-// ----------------------------------------------------------------------------------------- switches
+// ------------------------------------------------------------------------------------------------- switches
+
+// Both switches exist in the store after the first start: one that could not be read is written back.
+void QCorvelPrivate::loadNmosSwitches()
+{
+    struct Switch {
+        const char *path;
+        const char *name;
+        QCheckBox *box;
+    };
+    const Switch switches[] = {
+        {StorePath::AvHAL, MachineValue::NmosOverride, q->m_pNmosOverride},
+        {StorePath::Debug, MachineValue::NmosUseLog, q->m_pNmosOutLog},
+    };
+    void *const store = defaultStore();
+    for (const Switch &row : switches) {
+        quint32 value = 0;
+        if (rkCFGValueDword(store, row.path, row.name, &value, 0) != 0) {
+            rkCFGValueDword(store, row.path, row.name, &value, 1);
+            commitStore();
+        }
+        row.box->setChecked(value != 0);
+    }
+    q->bNmosUseLog = q->m_pNmosOutLog->isChecked();
+}
 
 void QCorvel::overrideNmos(bool checked)
 {
@@ -104,40 +126,15 @@ void QCorvel::overrideNmos(bool checked)
         restartNmos();
 }
 
-// Switching the override off asks first. When the answer is no, the box is checked again, which runs
-// this slot once more for the checked state; the outer run then still ends with its own value, on purpose.
+// Switching the override off asks first. When the answer is no, the box is checked again, which runs this
+// slot once more for the checked state; the outer run then still ends with its own value, so that "Load File"
+// stays disabled until the box is next changed.
 void QCorvel::onBoardSettingChanged(bool value)
 {
     setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0);
     commitStore();
     QDialog confirmation(this);
-    QVBoxLayout *column = new QVBoxLayout(&confirmation);
-    column->setContentsMargins(10, 10, 10, 10);
-    column->setSpacing(10);
-    QLabel *question =
-        new QLabel(tr("Using NMOS may over write your current settings. Continue?"), &confirmation);
-    QFont questionFont = font();
-    questionFont.setPointSize(10);
-    question->setObjectName(QStringLiteral("m_pNmosQuestion"));
-    question->setFont(questionFont);
-    column->addWidget(question, 0, Qt::AlignCenter);
-    QHBoxLayout *row = new QHBoxLayout;
-    row->setContentsMargins(10, 10, 10, 10);
-    row->setSpacing(10);
-    QPushButton *yes = new QPushButton(tr("OK"), &confirmation);
-    QPushButton *no = new QPushButton(tr("CANCEL"), &confirmation);
-    row->addStretch(1);
-    for (QPushButton *button : {yes, no}) {
-        button->setFont(controlFont());
-        button->setFixedSize(px(100), px(28));
-        row->addWidget(button, 0, Qt::AlignCenter);
-    }
-    row->addStretch(1);
-    column->addLayout(row);
-    connect(yes, &QPushButton::clicked, &confirmation, &QDialog::accept);
-    connect(no, &QPushButton::clicked, &confirmation, &QDialog::close);
-    no->setDefault(true);
-    no->setFocus();
+    d->fillNmosQuestion(&confirmation);
 
     if (value)
         overrideNmos(true);
@@ -157,10 +154,9 @@ void QCorvel::toggleNmosLog(bool on)
         restartNmos();
 }
 
-// ------------------------------------------------------------------------------ pushed descriptions
+// -------------------------------------------------------------------------------------- pushed descriptions
 
-// The description is applied even while NMOS is overridden; only the notification is then left out, on
-// purpose.
+// The description is applied even while NMOS is overridden; only the notification is left out then.
 void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
 {
     HeapBlock block(sdp, std::free);
@@ -228,7 +224,7 @@ void QCorvel::nmosEventTimeout(int channel)
     rkOSCloseEvent(event);
 }
 
-// ------------------------------------------------------------- hooks of a node inside the process
+// ----------------------------------------------------------------- hooks of a node inside the process
 
 int nmosInitNode()
 {

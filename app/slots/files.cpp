@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// Files: the commands that load and save settings files and session descriptions. What stands in them
-// is the business of files/; here values are collected, files opened and answers applied.
-#include "app/corvel.h"
+// Slots, files: the commands that load and save settings files and session descriptions. What stands in
+// them is the business of files/; here values are collected, files opened and answers applied.
+#include "app/dialog/private.h"
 #include "channel/channelstore.h"
+#include "files/fileload.h"
 #include "files/sdpreader.h"
 #include "files/sdpwriter.h"
 #include "files/settingsfile.h"
@@ -68,9 +69,76 @@ QString settingsFolder()
     return QString::fromUtf8(folder) + QLatin1String("2110/");
 }
 
+QString settingsFilter()
+{
+    return QCorvel::tr(
+        "Settings File (*.ipp);; Session Description File (*.sdp);; Text File (*.txt);; All files (*.*)");
+}
+
+// Saving the settings ends the override, in the store and in the file. The flow count shown holds for
+// every channel of the file. Nothing follows a section that could not be written.
+void saveSettings(QCorvel *q, const QString &path)
+{
+    const quint64 file = createForWriting(path);
+    if (file == RKOS_INVALID_HANDLE)
+        return;
+    for (const QByteArray &piece : settingsHeader())
+        rkOSfputs(piece.constData(), file);
+    setGlobalDword(StorePath::AvHAL, MachineValue::NmosOverride, 0);
+    commitStore();
+    const auto value = [q](const char *name, bool isString, int channel) {
+        return q->cfgValue(name, isString, channel);
+    };
+    const int flows = q->m_pComboAudFlow->currentData().toInt();
+    for (int channel = 0; channel < q->m_pChannel->count(); ++channel) {
+        if (rkOSfputs(settingsSection(value, channel, flows).constData(), file) < 0)
+            break;
+    }
+    rkOSCloseFile(file);
+}
+
+// A file that cannot be created is passed over; the other one of the pair is still tried.
+void writeSdpFile(const QString &path, const QString &text)
+{
+    const quint64 file = createForWriting(path);
+    if (file != RKOS_INVALID_HANDLE)
+        rkOSfputs(text.toLocal8Bit().constData(), file);
+    rkOSCloseFile(file);
+}
+
+// What is shown goes into a session description, except for the values: those come from the store.
+SdpInput sdpInput(const QCorvel *q, int channel)
+{
+    SdpInput input;
+    input.value = [q, channel](const char *name, bool isString) {
+        return q->cfgValue(name, isString, channel);
+    };
+    q->getSignalFormatValues(&input.width, &input.height, &input.rate);
+    input.recSrc = q->m_pCheckRecSrcAddr->isChecked();
+    input.recDst = q->m_pCheckRecDstAddr->isChecked();
+    input.sndSrc = q->m_pCheckSndSrcAddr->isChecked();
+    input.sndDst = q->m_pCheckSndDstAddr->isChecked();
+    input.useGmId = q->m_pUseGmId->isChecked();
+    input.clockIndex = q->m_pComboClkSrc->currentIndex();
+    input.gmAddress = q->m_pEditGmAddress->text();
+    input.gmDomain = q->m_pEditGmId->text();
+    input.flows = q->m_pComboAudFlow->currentData().toInt();
+    input.sessionId = rkOSGetMicro();
+    return input;
+}
+
+// All three elements, always of channel 0.
+void saveSdpFiles(const QCorvel *q, const QString &answer)
+{
+    const SdpFileNames names = sdpFileNames(answer);
+    const SdpInput input = sdpInput(q, 0);
+    writeSdpFile(names.rx, writeFileSdp(input, Side::Receive));
+    writeSdpFile(names.tx, writeFileSdp(input, Side::Send));
+}
+
 } // namespace
 
-// ------------------------------------------------------------------------------------------- saving
+// --------------------------------------------------------------------------------------------------- saving
 
 void QCorvel::save()
 {
@@ -85,78 +153,20 @@ void QCorvel::save()
         nullptr, tr("Ini File"), folder, settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
     if (!self)
         return;
-    // Before the answer is looked at, on purpose: a cancelled dialog leads to the current folder.
+    // Before the answer is looked at: a cancelled dialog leads to the current folder.
     m_lastPath = QFileInfo(answer).absoluteDir().absolutePath();
     if (answer.isEmpty())
         return;
     const WaitCursor wait;
     if (isSessionDescription(answer))
-        saveSdpFiles(answer);
+        saveSdpFiles(this, answer);
     else
-        saveSettings(answer);
-}
-
-QString QCorvel::settingsFilter() const
-{
-    return tr(
-        "Settings File (*.ipp);; Session Description File (*.sdp);; Text File (*.txt);; All files (*.*)");
-}
-
-// Saving the settings ends the override, in the store and in the file, on purpose. The flow count shown
-// holds for every channel of the file. Nothing follows a section that could not be written.
-void QCorvel::saveSettings(const QString &path)
-{
-    const quint64 file = createForWriting(path);
-    if (file == RKOS_INVALID_HANDLE)
-        return;
-    for (const QByteArray &piece : settingsHeader())
-        rkOSfputs(piece.constData(), file);
-    setGlobalDword(StorePath::AvHAL, MachineValue::NmosOverride, 0);
-    commitStore();
-    const auto value = [this](const char *name, bool isString, int channel) {
-        return cfgValue(name, isString, channel);
-    };
-    const int flows = m_pComboAudFlow->currentData().toInt();
-    for (int channel = 0; channel < m_pChannel->count(); ++channel) {
-        if (rkOSfputs(settingsSection(value, channel, flows).constData(), file) < 0)
-            break;
-    }
-    rkOSCloseFile(file);
-}
-
-// What is shown goes into a session description, except for the values: those come from the store.
-SdpInput QCorvel::sdpInput(int channel) const
-{
-    SdpInput input;
-    input.value = [this, channel](const char *name, bool isString) {
-        return cfgValue(name, isString, channel);
-    };
-    getSignalFormatValues(&input.width, &input.height, &input.rate);
-    input.recSrc = m_pCheckRecSrcAddr->isChecked();
-    input.recDst = m_pCheckRecDstAddr->isChecked();
-    input.sndSrc = m_pCheckSndSrcAddr->isChecked();
-    input.sndDst = m_pCheckSndDstAddr->isChecked();
-    input.useGmId = m_pUseGmId->isChecked();
-    input.clockIndex = m_pComboClkSrc->currentIndex();
-    input.gmAddress = m_pEditGmAddress->text();
-    input.gmDomain = m_pEditGmId->text();
-    input.flows = m_pComboAudFlow->currentData().toInt();
-    input.sessionId = rkOSGetMicro();
-    return input;
-}
-
-// All three elements, always of channel 0.
-void QCorvel::saveSdpFiles(const QString &answer)
-{
-    const SdpFileNames names = sdpFileNames(answer);
-    const SdpInput input = sdpInput(0);
-    writeSdpFile(names.rx, writeFileSdp(input, Side::Receive));
-    writeSdpFile(names.tx, writeFileSdp(input, Side::Send));
+        saveSettings(this, answer);
 }
 
 void QCorvel::saveElement()
 {
-    const int channel = currentChannel();
+    const int channel = d->channel();
     const QPointer<QCorvel> self(this);
     const QString answer = QDir::toNativeSeparators(
         QFileDialog::getSaveFileName(nullptr, tr("Save Current Element"), QString(),
@@ -165,7 +175,7 @@ void QCorvel::saveElement()
     if (!self)
         return;
     const SdpFileNames names = sdpFileNames(answer);
-    const SdpInput input = sdpInput(channel);
+    const SdpInput input = sdpInput(this, channel);
     char grandmaster[64] = {}; // asked for with the identifier, not part of the text
     char domain[64] = {};
     rkPTPGetGrandmasterID(hPTP, grandmaster);
@@ -177,16 +187,7 @@ void QCorvel::saveElement()
     writeSdpFile(names.tx, writeElementSdp(input, element, Side::Send));
 }
 
-// A file that cannot be created is passed over; the other one of the pair is still tried.
-void QCorvel::writeSdpFile(const QString &path, const QString &text)
-{
-    const quint64 file = createForWriting(path);
-    if (file != RKOS_INVALID_HANDLE)
-        rkOSfputs(text.toLocal8Bit().constData(), file);
-    rkOSCloseFile(file);
-}
-
-// ------------------------------------------------------------------------------------------ loading
+// -------------------------------------------------------------------------------------------------- loading
 
 // Only saving moves the folder that both dialogs start in.
 void QCorvel::load()
@@ -206,7 +207,8 @@ void QCorvel::load()
     QByteArray line;
     if (readLine(file, line)) {
         if (isSettingsSignature(line))
-            toTheEnd = loadSettings(file);
+            toTheEnd = loadSettingsFile([file](QByteArray &next) { return readLine(file, next); }).end ==
+                       SettingsLoadEnd::EndOfFile;
         else if (isSessionDescription(answer))
             loadSdp(file);
         else
@@ -220,60 +222,16 @@ void QCorvel::load()
         loadData();
 }
 
-// Stores value by value, without regard to locks. False when a section below the first one ended it.
-bool QCorvel::loadSettings(quint64 file)
-{
-    SettingsReader reader;
-    SettingsValue value;
-    QByteArray line;
-    while (readLine(file, line)) {
-        switch (reader.feed(line, &value)) {
-        case SettingsReader::Result::Ignored:
-            break;
-        case SettingsReader::Result::Stop:
-            return false;
-        case SettingsReader::Result::Value:
-            if (value.global)
-                setGlobalDword(StorePath::AvHal, value.key.constData(), globalSettingsNumber(value.text));
-            else
-                setCfgValue(value.key.constData(), value.text, value.isString, value.channel);
-        }
-    }
-    return true;
-}
-
-// A value whose lock is set stays as it is and ticks nothing. What was ticked is stored as well, so that
-// the refresh that follows shows it.
+// A value whose lock is set stays as it is and ticks nothing. What was ticked is stored as well, so that the
+// refresh that follows shows it.
 void QCorvel::loadSdp(quint64 file)
 {
     const SignalBracket bracket(this);
-    const int channel = currentChannel();
-    struct Tick {
-        SdpTick box;
-        Field field;
-    };
-    const Tick ticks[] = {
-        {SdpTick::RecDstAddr, Field::DestinationAddress},
-        {SdpTick::RecSrcAddr, Field::SourceAddress},
-        {SdpTick::RecDstPort, Field::DestinationPort},
-    };
-    quint32 ticked = 0;
     const QList<SdpStore> values = readSdp([file](QByteArray &line) { return readLine(file, line); });
-    for (const SdpStore &value : values) {
-        if (m_LockValues.value(QString::fromLatin1(value.lockName) + QString::number(channel), false))
-            continue;
-        setCfgValue(value.valueName.constData(), value.text, value.isString, channel);
-        for (const Tick &tick : ticks) {
-            if (tick.box != value.box)
-                continue;
-            networkField(Side::Receive, tick.field).use->setChecked(true);
-            ticked |= flagBit(tick.field);
-        }
-    }
-    if (ticked) {
-        const char *name = channelKey(Element::Video, Side::Receive, Field::Flags).name;
-        const quint32 flags = toDword(cfgValue(name, false, channel)) | ticked;
-        setCfgValue(name, QString::number(flags), false, channel);
+    const quint32 ticked = storeSessionDescription(values, m_LockValues, d->channel());
+    for (const FlagBit &row : flagBits()) {
+        if (ticked & row.bit)
+            d->networkField(Side::Receive, row.field).use->setChecked(true);
     }
     commitStore();
 }

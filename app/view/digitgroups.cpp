@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/digitgroups.h"
+#include "app/view/digitgroups.h"
 
 QByteArray digitGroups(qint64 number)
 {
