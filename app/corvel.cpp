@@ -107,6 +107,7 @@ void QCorvel::initCtrls()
     d->loadNmosSwitches();
     d->lockInterfaces();
     d->buildLayout();
+    d->notices.make(this, d->controlFont());
     d->describeControls();
     d->setTabOrders();
     d->showElementControls();

@@ -7,6 +7,7 @@
 
 #include "app/corvel.h"
 #include "app/view/channelview.h"
+#include "app/view/notices.h"
 #include "app/view/signalwiring.h"
 
 #include <QFont>
@@ -66,6 +67,12 @@ struct QCorvelPrivate {
     void layoutErrorDialog();
     void layoutNmosDialog();
 
+    // ---- class floor: notices
+    void placeNotices();
+    void showBar(const QString &text);      // over the top of the page; empty: none
+    void showStanding(const QString &text); // in the command band, while nothing else is told; empty: none
+    void tell(const QString &text, int seconds); // in the command band
+
     // ---- class floor: accessibility
     void describeControls();
     void setBuddies();
@@ -92,6 +99,7 @@ struct QCorvelPrivate {
     QCorvel *const q;
     ChannelView view;
     SignalWiring wiring;
+    Notices notices;
     QWidget *fullPage = nullptr;
     QLabel *rowLabels[10] = {}; // beside the network fields, in their order
     bool showsErrors = false;   // the error list's event loop runs

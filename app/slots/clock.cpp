@@ -2,7 +2,7 @@
 //
 // Slots, clock: keeps the software PTP client in line with the dialog and shows the clock a hundred times
 // a second.
-#include "app/corvel.h"
+#include "app/dialog/private.h"
 #include "app/dialog/styles.h"
 #include "app/view/clocktext.h"
 #include "app/view/combos.h"
@@ -112,6 +112,7 @@ void QCorvel::checkPTP()
 
 void QCorvel::timerEvent(QTimerEvent *)
 {
+    d->notices.tick();
     switch (comboData(m_pComboClkSrc)) {
     case ClockSource::SoftwarePtp:
         showSoftwareClock(this);
