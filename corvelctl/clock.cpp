@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The clock: ptp and ptp doctor.
+#include "channel/valuenames.h"
 #include "corvelctl/context.h"
 #include "corvelctl/families.h"
 #include "corvelctl/ptpsight.h"

@@ -2,6 +2,7 @@
 #include "corvelctl/complete.h"
 
 #include "channel/channelstore.h"
+#include "channel/valuenames.h"
 #include "ops/assignment.h"
 #include "ops/configurations.h"
 
@@ -73,6 +74,8 @@ Line readLine(const CLI::App &app, Context &context, const QByteArrayList &words
             const bool value = !line.option.isEmpty() && at + 2 < words.size();
             if (value && (word == "-c" || word == "--config"))
                 context.configuration = words[at + 1].toStdString();
+            if (value)
+                line.option.clear();
             at += value;
             continue;
         }

@@ -15,7 +15,7 @@ constexpr std::size_t kAll = std::numeric_limits<std::size_t>::max();
 
 struct HistoryOptions {
     std::string place;
-    std::size_t most = 20;
+    int most = 20;
     bool values = false;
     bool all = false;
 };
@@ -46,13 +46,14 @@ int history(Context &context, const HistoryOptions &options)
     if (!store)
         return context.fail(store.failure());
     // Whether a batch was taken back is told by later ones, so those are read in any case.
-    auto batches = ops::readHistory(*store, options.place.empty() && !options.all ? options.most : kAll);
+    auto batches = ops::readHistory(
+        *store, options.place.empty() && !options.all ? static_cast<std::size_t>(options.most) : kAll);
     if (!batches)
         return context.fail(batches.failure());
     onlyConcerned(*batches, bytes(options.place));
     if (batches->empty())
         return context.nothing("no changes are recorded");
-    const std::size_t most = options.all ? kAll : options.most;
+    const std::size_t most = options.all ? kAll : static_cast<std::size_t>(options.most);
     for (std::size_t at = 0; at < std::min(most, batches->size()); ++at)
         printBatch(context.out, (*batches)[at], options.values);
     return Done;
@@ -61,7 +62,8 @@ int history(Context &context, const HistoryOptions &options)
 void declareHistory(CLI::App &command, HistoryOptions &options)
 {
     command.add_option("place", options.place, "Only changes of this channel, element, flow or key path");
-    command.add_option("--most", options.most, "So many batches, 20 when left out");
+    command.add_option("--most", options.most, "So many batches, 20 when left out")
+        ->check(CLI::PositiveNumber);
     command.add_flag("--all", options.all, "All that is recorded");
     command.add_flag("--values", options.values, "Every change of every batch");
 }

@@ -15,7 +15,7 @@ namespace {
 constexpr auto kPause = std::chrono::milliseconds(50); // a look costs microseconds
 
 struct WatchOptions {
-    std::size_t count = 0;
+    int count = 0;
 };
 
 void printChangeOf(Output &out, const ops::Batch &batch)
@@ -34,10 +34,10 @@ void printChangeOf(Output &out, const ops::Batch &batch)
 }
 
 // Ends after so many changes, or never. A JSON document would never end, so watching is always in lines.
-int follow(Context &context, const ops::Store &store, qint64 after, std::size_t count)
+int follow(Context &context, const ops::Store &store, qint64 after, int count)
 {
     QByteArray used = ops::defaultConfiguration();
-    std::size_t seen = 0;
+    int seen = 0;
     uint64_t mark = 0;
     while (count == 0 || seen < count) {
         const int changed = ops::storeCalls().changed(store.handle(), &mark);
@@ -80,7 +80,7 @@ int watch(Context &context, const WatchOptions &options)
 
 void declareWatch(CLI::App &command, WatchOptions &options)
 {
-    command.add_option("--count", options.count, "End after so many changes");
+    command.add_option("--count", options.count, "End after so many changes")->check(CLI::PositiveNumber);
 }
 
 } // namespace

@@ -69,6 +69,10 @@ void Doctor::client()
     if (m_sight.state == PtpState::Failed)
         say(Severity::Error, "ptp-program", "ptp4l cannot be started or ended",
             "install linuxptp; the log says more", "");
+    if (m_sight.addressIsHere &&
+        (m_sight.state == PtpState::NotRunning || m_sight.state == PtpState::Starting))
+        say(Severity::Warning, "ptp-client", "the PTP client has not answered yet",
+            "give it longer (--wait); the log says more", "");
     if (m_sight.joined == std::optional<bool>(false))
         say(Severity::Error, "ptp-igmp", "the interface has not joined the PTP group 224.0.1.129",
             "see that the interface allows multicast and the switch answers IGMP", kStandard);

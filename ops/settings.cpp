@@ -2,6 +2,7 @@
 #include "ops/settings.h"
 
 #include "channel/channelstore.h"
+#include "channel/valuenames.h"
 #include "files/settingsfile.h"
 #include "ops/assignment.h"
 #include "ops/place.h"
@@ -181,7 +182,7 @@ QByteArrayList settingsLosses(const Snapshot &values)
     QByteArrayList losses;
     if (!beyond.empty())
         losses.append("everything of channels " + QByteArray::number(*beyond.begin()) + " to " +
-                      QByteArray::number(*beyond.rbegin()) + ": only ten sections can be read back");
+                      QByteArray::number(*beyond.rbegin()) + ": only the first digit of a section is read");
     for (const auto &[name, count] : lost)
         losses.append(name + " of " + QByteArray::number(count) + (count == 1 ? " channel" : " channels"));
     return losses;

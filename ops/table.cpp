@@ -77,7 +77,7 @@ QByteArray cellOf(const KnownName &known, const Value &value)
     if (value.isText && value.text.isEmpty() && isTextKind(known.kind))
         return kEmpty;
     const QByteArray words = inWords(known.kind, value);
-    const bool sayable = value.isText == isTextKind(known.kind) && isUtf8(words);
+    const bool sayable = value.isText == isTextKind(known.kind) && isUtf8(words) && words == words.trimmed();
     const Outcome<Value> back = fromWords(known.kind, words);
     if (sayable && back && *back == value)
         return safeCell(words);
@@ -209,8 +209,9 @@ void Import::readCell(const CsvRow &row, int column, const TableRow &target, con
                                  : QByteArray("this row has no such value"));
     if (text == kAbsent)
         return m_draft.remove(path, known->name);
-    const QByteArray exact = row.cells[column]; // blanks belong to a free text
-    const Outcome<Value> value = valueOf(*known, known->kind == Kind::Text ? exact : text);
+    // Blanks around a word are a slip, those of a marked text are its own.
+    const bool marked = row.cells[column].startsWith('(');
+    const Outcome<Value> value = valueOf(*known, marked ? row.cells[column] : text);
     if (!value)
         return complain(row.line, column, value.failure().text);
     m_draft.set(path, known->name, *value);

@@ -94,7 +94,7 @@ void TestAssignment::refuses()
     ops::Draft draft(nothing);
     const auto done = ops::assign(*ops::parsePlace(place), assignment, ops::Foreign::Refuse, draft);
     QVERIFY(!done);
-    QVERIFY2(done.failure().text.contains(says), done.failure().text);
+    QVERIFY2(done.failure().text.contains(says), done.failure().text.constData());
 }
 
 void TestAssignment::countsKeepTheTotalsRight()
@@ -167,7 +167,7 @@ void TestAssignment::aWrongLineIsNamed()
     ops::Draft draft(nothing);
     const auto done = ops::setLines(lines, ops::Rules(), draft);
     QVERIFY(!done);
-    QVERIFY2(done.failure().text.startsWith("line 2: "), done.failure().text);
+    QVERIFY2(done.failure().text.startsWith("line 2: "), done.failure().text.constData());
 }
 
 void TestAssignment::unsetDeletes()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ops/copychannels.h"
+#include "ops/valuewords.h"
 #include "rows.h"
 
 class TestCopyChannels : public QObject {
@@ -117,7 +118,7 @@ void TestCopyChannels::refuses()
     const QByteArrayList steps = step.isEmpty() ? QByteArrayList() : QByteArrayList{step};
     const auto done = ops::copyChannels({0, {1}, fields, steps}, draft);
     QVERIFY(!done);
-    QVERIFY2(done.failure().text.contains(says), done.failure().text);
+    QVERIFY2(done.failure().text.contains(says), done.failure().text.constData());
     QVERIFY(!ops::copyChannels({0, {0}, {}, {}}, draft));
 }
 

@@ -120,7 +120,7 @@ void TestDump::wrongOnesAreRefused()
     QFETCH(QByteArray, says);
     const auto dump = ops::readDump(text);
     QVERIFY(!dump);
-    QVERIFY2(dump.failure().text.contains(says), dump.failure().text);
+    QVERIFY2(dump.failure().text.contains(says), dump.failure().text.constData());
 }
 
 void TestDump::everyCutIsNoticed()

@@ -71,6 +71,8 @@ void TestPtpDoctor::finds_data()
         QTest::newRow(name) << seen << QByteArray(found);
     };
     row("all well", sight(PtpState::Locked, {master(127, "A")}), "");
+    row("no answer", sight(PtpState::Starting), "ptp-client");
+    row("no client", sight(PtpState::NotRunning), "ptp-client");
     row("no address", strangeAddress(), "ptp-interface");
     row("link down", sight(PtpState::NoInterface), "ptp-interface");
     row("no capability", sight(PtpState::NotAllowed), "ptp-capability");

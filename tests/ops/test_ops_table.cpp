@@ -23,7 +23,7 @@ void TestTable::comesBackExactly()
         const QByteArray table = ops::exportTable(values);
         ops::Draft same(values);
         const QByteArrayList complaints = ops::importTable(table, false, same);
-        QVERIFY2(complaints.isEmpty(), complaints.join('\n'));
+        QVERIFY2(complaints.isEmpty(), complaints.join('\n').constData());
         QCOMPARE(told(same.changes()), QByteArray());
         ops::Snapshot empty;
         empty.set("KWX\\Config", "MaxIntChannels", number(3));

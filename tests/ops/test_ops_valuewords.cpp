@@ -3,6 +3,8 @@
 #include "ops/valuewords.h"
 #include "rows.h"
 
+#include <set>
+
 using ops::Kind;
 
 class TestValueWords : public QObject {
@@ -129,9 +131,9 @@ void TestValueWords::everyWordComesBack()
 
 void TestValueWords::everyFormatHasAShortName()
 {
-    QByteArrayList names = ops::wordsOf(Kind::Format);
+    const QByteArrayList names = ops::wordsOf(Kind::Format);
     QCOMPARE(names.size(), int(videoFormats().size()));
-    QCOMPARE(names.removeDuplicates(), 0);
+    QCOMPARE(std::set<QByteArray>(names.begin(), names.end()).size(), videoFormats().size());
     int at = 0;
     for (const VideoFormat &format : videoFormats())
         QCOMPARE(ops::fromWords(Kind::Format, names[at++])->number, format.id);
