@@ -12,7 +12,7 @@ namespace ops {
 
 namespace {
 
-constexpr int kText = 1; // RKCFG_CHANGE: 0 absent, 1 text, 2 number
+constexpr int kText = 1; // StoreRecord: 0 absent, 1 text, 2 number
 
 std::optional<Value> valueOf(int type, const char *text, uint32_t size, uint32_t number)
 {
@@ -23,18 +23,18 @@ std::optional<Value> valueOf(int type, const char *text, uint32_t size, uint32_t
     return Value::ofNumber(number);
 }
 
-Change changeOf(const RKCFG_CHANGE &change)
+Change changeOf(const StoreRecord &change)
 {
     return {change.keyPath, change.valueName,
             valueOf(change.oldType, change.oldText, change.oldSize, change.oldNumber),
             valueOf(change.newType, change.newText, change.newSize, change.newNumber)};
 }
 
-Batch headOf(const RKCFG_CHANGE &change)
+Batch headOf(const StoreRecord &change)
 {
     Batch batch;
     batch.id = change.batch;
-    batch.timeUs = change.time_us;
+    batch.timeUs = change.timeUs;
     batch.program = change.program;
     batch.pid = change.pid;
     batch.user = change.user;
@@ -51,7 +51,7 @@ struct Collector {
     std::size_t most;
 };
 
-int collect(void *context, const RKCFG_CHANGE *change)
+int collect(void *context, const StoreRecord *change)
 {
     auto &all = *static_cast<Collector *>(context);
     auto at = all.places.find(change->batch);
@@ -62,7 +62,7 @@ int collect(void *context, const RKCFG_CHANGE *change)
         all.batches.push_back(headOf(*change));
     }
     Batch &batch = all.batches[at->second];
-    batch.timeUs = change->time_us;
+    batch.timeUs = change->timeUs;
     batch.changes.push_back(changeOf(*change));
     return 0;
 }
@@ -83,7 +83,7 @@ struct Follower {
     qint64 newest;
 };
 
-int follow(void *context, const RKCFG_CHANGE *change)
+int follow(void *context, const StoreRecord *change)
 {
     auto &follower = *static_cast<Follower *>(context);
     Batch batch = headOf(*change);
@@ -93,7 +93,7 @@ int follow(void *context, const RKCFG_CHANGE *change)
     return 0;
 }
 
-int noteId(void *context, const RKCFG_CHANGE *change)
+int noteId(void *context, const StoreRecord *change)
 {
     *static_cast<qint64 *>(context) = change->id;
     return 1;

@@ -69,7 +69,7 @@ Failure notWritten(const Change &change)
 
 } // namespace
 
-Store::Store() : m_handle(RKCFG_DEFAULT_STORE) {}
+Store::Store() : m_handle(reinterpret_cast<void *>(static_cast<intptr_t>(-1))) {}
 
 Outcome<Store> Store::open(const QByteArray &name, bool create)
 {
@@ -100,7 +100,7 @@ Outcome<Snapshot> Store::read(const QByteArray &path) const
 {
     Filler filler;
     const char *from = path.isEmpty() ? nullptr : path.constData();
-    if (rkCFGForEach(m_handle, from, addRow, &filler) != 0)
+    if (!storeCalls().forEach || storeCalls().forEach(m_handle, from, addRow, &filler) != 0)
         return refused("the store cannot be read");
     return std::move(filler.snapshot);
 }

@@ -16,6 +16,7 @@ void look(Function *&call, const char *name)
 StoreCalls lookAll()
 {
     StoreCalls calls{};
+    look(calls.forEach, "rkCFGForEach");
     look(calls.open, "rkCFGOpen");
     look(calls.changed, "rkCFGChanged");
     look(calls.begin, "rkCFGBegin");
