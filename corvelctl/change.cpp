@@ -49,17 +49,12 @@ ops::Outcome<ops::Done> fillUnset(const SetOptions &options, ops::Draft &draft)
 template<class Fill>
 int change(Context &context, const SetOptions &options, const char *command, const Fill &fill)
 {
-    auto store = context.open();
-    if (!store)
-        return context.fail(store.failure());
-    const auto snapshot = store->read();
-    if (!snapshot)
-        return context.fail(snapshot.failure());
-    ops::Draft draft(*snapshot);
-    const ops::Outcome<ops::Done> filled = fill(options, draft);
-    if (!filled)
-        return context.fail(filled.failure());
-    return applyChanges(context, *store, draft.changes(), options.label(command));
+    return withValues(context, [&](ops::Store &store, const ops::Snapshot &values) {
+        ops::Draft draft(values);
+        const ops::Outcome<ops::Done> filled = fill(options, draft);
+        return filled ? applyChanges(context, store, draft.changes(), options.label(command))
+                      : context.fail(filled.failure());
+    });
 }
 
 int set(Context &context, const SetOptions &options)

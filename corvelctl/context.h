@@ -41,6 +41,17 @@ struct Context {
     int nothing(const QByteArray &message) const;
 };
 
+// Opens the configuration, reads all of it and lets work(store, values) do the rest.
+template<class Work>
+int withValues(const Context &context, const Work &work)
+{
+    auto store = context.open();
+    if (!store)
+        return context.fail(store.failure());
+    const auto values = store->read();
+    return values ? work(*store, *values) : context.fail(values.failure());
+}
+
 // One command. Options is a struct whose members CLI fills; the function runs after all options are read.
 template<class Options>
 CLI::App *addCommand(CLI::App &app, Context &context, const char *name, const char *does, const char *example,

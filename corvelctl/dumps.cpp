@@ -124,20 +124,23 @@ struct DiffOptions {
     std::string left, right;
 };
 
-int diff(Context &context, const DiffOptions &options)
+int diffFrom(Context &context, const ops::Store &store, const DiffOptions &options)
 {
-    const auto store = context.open();
-    if (!store)
-        return context.fail(store.failure());
-    const auto left = ops::readOperand(bytes(options.left), *store);
+    const auto left = ops::readOperand(bytes(options.left), store);
     if (!left)
         return context.fail(left.failure());
-    const auto right = ops::readOperand(bytes(options.right), *store);
+    const auto right = ops::readOperand(bytes(options.right), store);
     if (!right)
         return context.fail(right.failure());
     const ops::Changes changes = ops::compare(*left, *right);
     printChanges(context.out, changes);
     return changes.empty() ? Done : Found;
+}
+
+int diff(Context &context, const DiffOptions &options)
+{
+    const auto store = context.open();
+    return store ? diffFrom(context, *store, options) : context.fail(store.failure());
 }
 
 constexpr char kOperand[] = "store, a channel, a configuration (or config:NAME), a dump or a settings file";

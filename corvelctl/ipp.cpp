@@ -20,38 +20,34 @@ void noteAll(const Context &context, const QByteArray &head, const QByteArrayLis
 
 int exportFile(Context &context, const IppOptions &options)
 {
-    const auto store = context.open();
-    if (!store)
-        return context.fail(store.failure());
-    const auto values = store->read();
-    if (!values)
-        return context.fail(values.failure());
-    context.out.begin("");
-    const auto written = ops::writeOutput(bytes(options.file), ops::exportSettings(*values, options.flows));
-    if (!written)
-        return context.fail(written.failure());
-    noteAll(context, "a settings file does not carry ", ops::settingsLosses(*values));
-    return Done;
+    return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) -> int {
+        context.out.begin("");
+        const auto written =
+            ops::writeOutput(bytes(options.file), ops::exportSettings(values, options.flows));
+        if (!written)
+            return context.fail(written.failure());
+        noteAll(context, "a settings file does not carry ", ops::settingsLosses(values));
+        return Done;
+    });
+}
+
+int importText(Context &context, const QByteArray &file, const QByteArray &text)
+{
+    return withValues(context, [&](ops::Store &store, const ops::Snapshot &values) -> int {
+        ops::Draft draft(values);
+        const auto read = ops::importSettings(text, draft);
+        if (!read)
+            return context.usage(file + ": " + read.failure().text);
+        noteAll(context, file + ", ", read->notes);
+        return applyChanges(context, store, draft.changes(),
+                            "Load File " + file.mid(file.lastIndexOf('/') + 1));
+    });
 }
 
 int importFile(Context &context, const IppOptions &options)
 {
     const auto text = ops::readInput(bytes(options.file));
-    if (!text)
-        return context.fail(text.failure());
-    auto store = context.open();
-    if (!store)
-        return context.fail(store.failure());
-    const auto values = store->read();
-    if (!values)
-        return context.fail(values.failure());
-    ops::Draft draft(*values);
-    const auto read = ops::importSettings(*text, draft);
-    if (!read)
-        return context.usage(bytes(options.file) + ": " + read.failure().text);
-    noteAll(context, bytes(options.file) + ", ", read->notes);
-    const QByteArray name = bytes(options.file);
-    return applyChanges(context, *store, draft.changes(), "Load File " + name.mid(name.lastIndexOf('/') + 1));
+    return text ? importText(context, bytes(options.file), *text) : context.fail(text.failure());
 }
 
 // What the dialog would make of the file, without a store.

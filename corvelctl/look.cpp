@@ -13,22 +13,18 @@ struct ShowOptions {
 
 int show(Context &context, const ShowOptions &options)
 {
-    const auto store = context.open();
-    if (!store)
-        return context.fail(store.failure());
-    const auto snapshot = store->read();
-    if (!snapshot)
-        return context.fail(snapshot.failure());
-    if (options.place.empty()) {
-        showTable(context.out, *snapshot);
+    return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) -> int {
+        if (options.place.empty()) {
+            showTable(context.out, values);
+            return Done;
+        }
+        const auto places = ops::parsePlaces(bytes(options.place), ops::channelCount(values));
+        if (!places)
+            return context.fail(places.failure());
+        for (const ops::Place &place : *places)
+            showPlace(context.out, values, place);
         return Done;
-    }
-    const auto places = ops::parsePlaces(bytes(options.place), ops::channelCount(*snapshot));
-    if (!places)
-        return context.fail(places.failure());
-    for (const ops::Place &place : *places)
-        showPlace(context.out, *snapshot, place);
-    return Done;
+    });
 }
 
 void declareShow(CLI::App &command, ShowOptions &options)
@@ -89,11 +85,9 @@ int get(Context &context, const GetOptions &options)
     const auto place = ops::parsePlace(bytes(options.place));
     if (!place)
         return context.fail(place.failure());
-    const auto store = context.open();
-    if (!store)
-        return context.fail(store.failure());
-    const auto snapshot = store->read();
-    return snapshot ? getPlace(context, *snapshot, *place, options) : context.fail(snapshot.failure());
+    return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) {
+        return getPlace(context, values, *place, options);
+    });
 }
 
 void declareGet(CLI::App &command, GetOptions &options)

@@ -17,20 +17,16 @@ QByteArrayList listOf(const std::vector<std::string> &words)
     return list;
 }
 
-// Reads the store, lets `fill` put the changes into a draft, and applies them.
+// Lets `fill` put the changes into a draft, and applies them.
 template<class Fill>
 int change(Context &context, const QByteArray &label, Ask ask, const Fill &fill)
 {
-    auto store = context.open();
-    if (!store)
-        return context.fail(store.failure());
-    const auto snapshot = store->read();
-    if (!snapshot)
-        return context.fail(snapshot.failure());
-    ops::Draft draft(*snapshot);
-    const ops::Outcome<ops::Done> filled = fill(draft);
-    return filled ? applyChanges(context, *store, draft.changes(), label, ask)
-                  : context.fail(filled.failure());
+    return withValues(context, [&](ops::Store &store, const ops::Snapshot &values) {
+        ops::Draft draft(values);
+        const ops::Outcome<ops::Done> filled = fill(draft);
+        return filled ? applyChanges(context, store, draft.changes(), label, ask)
+                      : context.fail(filled.failure());
+    });
 }
 
 // The channels of a text, all of them offered by the server.
@@ -125,15 +121,11 @@ struct TableOptions {
 
 int exportFile(Context &context, const TableOptions &options)
 {
-    const auto store = context.open();
-    if (!store)
-        return context.fail(store.failure());
-    const auto snapshot = store->read();
-    if (!snapshot)
-        return context.fail(snapshot.failure());
-    context.out.begin("");
-    const auto written = ops::writeOutput(bytes(options.file), ops::exportTable(*snapshot));
-    return written ? Done : context.fail(written.failure());
+    return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) {
+        context.out.begin("");
+        const auto written = ops::writeOutput(bytes(options.file), ops::exportTable(values));
+        return written ? Done : context.fail(written.failure());
+    });
 }
 
 int importFile(Context &context, const TableOptions &options)

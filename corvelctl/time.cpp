@@ -40,23 +40,29 @@ void onlyConcerned(std::vector<ops::Batch> &batches, const QByteArray &place)
     batches.erase(std::remove_if(batches.begin(), batches.end(), empty), batches.end());
 }
 
-int history(Context &context, const HistoryOptions &options)
+// Opens the configuration, reads its history and lets work(store, batches) do the rest.
+template<class Work>
+int withHistory(const Context &context, std::size_t most, const Work &work)
 {
-    const auto store = context.open();
+    auto store = context.open();
     if (!store)
         return context.fail(store.failure());
-    // Whether a batch was taken back is told by later ones, so those are read in any case.
-    auto batches = ops::readHistory(
-        *store, options.place.empty() && !options.all ? static_cast<std::size_t>(options.most) : kAll);
-    if (!batches)
-        return context.fail(batches.failure());
-    onlyConcerned(*batches, bytes(options.place));
-    if (batches->empty())
-        return context.nothing("no changes are recorded");
+    auto batches = ops::readHistory(*store, most);
+    return batches ? work(*store, *batches) : context.fail(batches.failure());
+}
+
+int history(Context &context, const HistoryOptions &options)
+{
     const std::size_t most = options.all ? kAll : static_cast<std::size_t>(options.most);
-    for (std::size_t at = 0; at < std::min(most, batches->size()); ++at)
-        printBatch(context.out, (*batches)[at], options.values);
-    return Done;
+    return withHistory(context, options.place.empty() ? most : kAll,
+                       [&](const ops::Store &, std::vector<ops::Batch> &batches) -> int {
+                           onlyConcerned(batches, bytes(options.place));
+                           if (batches.empty())
+                               return context.nothing("no changes are recorded");
+                           for (std::size_t at = 0; at < std::min(most, batches.size()); ++at)
+                               printBatch(context.out, batches[at], options.values);
+                           return Done;
+                       });
 }
 
 void declareHistory(CLI::App &command, HistoryOptions &options)
@@ -127,20 +133,16 @@ int takeBack(Context &context, ops::Store &store, const Chosen &batches, bool fo
 template<class Choose>
 int run(Context &context, const UndoOptions &options, const char *verb, const Choose &choose)
 {
-    auto store = context.open();
-    if (!store)
-        return context.fail(store.failure());
-    const auto batches = ops::readHistory(*store);
-    if (!batches)
-        return context.fail(batches.failure());
-    const ops::Outcome<Chosen> chosen = choose(*batches);
-    if (!chosen)
-        return context.fail(chosen.failure());
-    if (chosen->empty())
-        return context.nothing(QByteArray("nothing to ") + verb);
-    for (const ops::Batch *batch : *chosen)
-        context.out.note(verb + (' ' + batchTitle(*batch)));
-    return takeBack(context, *store, *chosen, options.force, verb);
+    return withHistory(context, kAll, [&](ops::Store &store, const std::vector<ops::Batch> &batches) -> int {
+        const ops::Outcome<Chosen> chosen = choose(batches);
+        if (!chosen)
+            return context.fail(chosen.failure());
+        if (chosen->empty())
+            return context.nothing(QByteArray("nothing to ") + verb);
+        for (const ops::Batch *batch : *chosen)
+            context.out.note(verb + (' ' + batchTitle(*batch)));
+        return takeBack(context, store, *chosen, options.force, verb);
+    });
 }
 
 int undo(Context &context, const UndoOptions &options)
@@ -196,6 +198,22 @@ bool isOf(const ops::Change &change, const std::vector<ops::Key> &keys)
     return std::any_of(keys.begin(), keys.end(), same);
 }
 
+// What remains of the batches are the changes of these keys.
+int printBlamed(Context &context, std::vector<ops::Batch> &batches, const std::vector<ops::Key> &keys)
+{
+    int found = 0;
+    for (ops::Batch &batch : batches) {
+        const auto other = [&keys](const ops::Change &change) { return !isOf(change, keys); };
+        batch.changes.erase(std::remove_if(batch.changes.begin(), batch.changes.end(), other),
+                            batch.changes.end());
+        if (!batch.changes.empty() && ++found > 0)
+            printBatch(context.out, batch, true);
+    }
+    if (found == 0)
+        context.out.note("no change of it is recorded");
+    return found > 0 ? Done : Found;
+}
+
 int blame(Context &context, const BlameOptions &given)
 {
     const BlameOptions options = split(given);
@@ -205,23 +223,9 @@ int blame(Context &context, const BlameOptions &given)
     const auto keys = ops::select(*place, bytes(options.word), ops::Foreign::Allow);
     if (!keys)
         return context.fail(keys.failure());
-    const auto store = context.open();
-    if (!store)
-        return context.fail(store.failure());
-    auto batches = ops::readHistory(*store);
-    if (!batches)
-        return context.fail(batches.failure());
-    int found = 0;
-    for (ops::Batch &batch : *batches) {
-        const auto other = [&keys](const ops::Change &change) { return !isOf(change, *keys); };
-        batch.changes.erase(std::remove_if(batch.changes.begin(), batch.changes.end(), other),
-                            batch.changes.end());
-        if (!batch.changes.empty() && ++found > 0)
-            printBatch(context.out, batch, true);
-    }
-    if (found == 0)
-        context.out.note("no change of it is recorded");
-    return found > 0 ? Done : Found;
+    return withHistory(context, kAll, [&](const ops::Store &, std::vector<ops::Batch> &batches) {
+        return printBlamed(context, batches, *keys);
+    });
 }
 
 void declareBlame(CLI::App &command, BlameOptions &options)
