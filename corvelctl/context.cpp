@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "corvelctl/context.h"
 
+#include "ops/configurations.h"
+
 ops::Outcome<ops::Store> Context::open() const
 {
     if (configuration.empty())
         return ops::Store();
-    return ops::Store::open(bytes(configuration));
+    const QByteArray name = bytes(configuration);
+    if (!ops::hasConfiguration(name))
+        return ops::noSuchConfiguration(name);
+    return ops::Store::open(name);
 }
 
 int Context::fail(const ops::Failure &failure) const

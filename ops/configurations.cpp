@@ -18,11 +18,6 @@ namespace {
 constexpr char kSuffix[] = ".rkcfg";
 constexpr int kLongestName = 64;
 
-Failure noSuch(const QByteArray &name)
-{
-    return wrong("there is no configuration \"" + name + '"' + didYouMean(name, configurationNames()));
-}
-
 // What rkcfg.h says of a name.
 Outcome<Done> checkNewName(const QByteArray &name)
 {
@@ -65,6 +60,11 @@ bool hasConfiguration(const QByteArray &name)
     return configurationNames().contains(name);
 }
 
+Failure noSuchConfiguration(const QByteArray &name)
+{
+    return wrong("there is no configuration \"" + name + '"' + didYouMean(name, configurationNames()));
+}
+
 Outcome<Done> newConfiguration(const QByteArray &name)
 {
     const Outcome<Done> checked = checkNewName(name);
@@ -79,7 +79,7 @@ Outcome<Done> newConfiguration(const QByteArray &name)
 Outcome<Done> copyConfiguration(const QByteArray &from, const QByteArray &to)
 {
     if (!hasConfiguration(from))
-        return noSuch(from);
+        return noSuchConfiguration(from);
     const Outcome<Done> checked = checkNewName(to);
     if (!checked)
         return checked;
@@ -98,7 +98,7 @@ Outcome<Done> copyConfiguration(const QByteArray &from, const QByteArray &to)
 Outcome<Done> renameConfiguration(const QByteArray &from, const QByteArray &to)
 {
     if (!hasConfiguration(from))
-        return noSuch(from);
+        return noSuchConfiguration(from);
     const Outcome<Done> checked = checkNewName(to);
     if (!checked)
         return checked;
@@ -113,7 +113,7 @@ Outcome<Done> renameConfiguration(const QByteArray &from, const QByteArray &to)
 Outcome<Done> deleteConfiguration(const QByteArray &name)
 {
     if (!hasConfiguration(name))
-        return noSuch(name);
+        return noSuchConfiguration(name);
     if (name == defaultConfiguration())
         return wrong("\"" + name + "\" is in use; choose another one first (corvelctl config use)");
     const auto call = storeCalls().deleteConfiguration;
@@ -125,7 +125,7 @@ Outcome<Done> deleteConfiguration(const QByteArray &name)
 Outcome<Done> useConfiguration(const QByteArray &name)
 {
     if (!hasConfiguration(name))
-        return noSuch(name);
+        return noSuchConfiguration(name);
     if (rkCFGSetDefaultName(name.constData()) != 0)
         return refused("\"" + name + "\" could not be made the server's configuration");
     return Done();

@@ -14,6 +14,7 @@ namespace ops {
 QByteArrayList configurationNames();
 QByteArray defaultConfiguration();
 bool hasConfiguration(const QByteArray &name);
+Failure noSuchConfiguration(const QByteArray &name); // with a near miss
 
 // None of them touches the configuration that the server uses, apart from useConfiguration.
 Outcome<Done> newConfiguration(const QByteArray &name);

@@ -231,7 +231,8 @@ void TestCtlCommands::namedConfigurationWithoutSwitching()
     QCOMPARE(ctl("-c night get 0 domain").out, QByteArray("5\n"));
     QCOMPARE(ctl("get 0 domain").code, 1);
     QCOMPARE(ctl("config list").out, QByteArray("* default\n  night\n"));
-    QCOMPARE(ctl("-c nowhere show").code, 3);
+    QCOMPARE(ctl("-c nowhere show").code, 2);
+    QVERIFY(ctl("-c nihgt show").err.endsWith("did you mean night?\n"));
 }
 
 void TestCtlCommands::copyAndFlows()

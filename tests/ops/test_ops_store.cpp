@@ -150,9 +150,9 @@ void TestStore::randomBatchesGoBackToTheStart()
         const ops::Snapshot before = now();
         ops::Draft draft(before);
         for (unsigned change = random() % 4 + 1; change > 0; --change) {
-            const QByteArray name = QByteArray::number(random() % 8);
+            const QByteArray name = QByteArray::number(quint32(random() % 8));
             if (random() % 3)
-                draft.set("p", name, number(random() % 5));
+                draft.set("p", name, number(quint32(random() % 5)));
             else
                 draft.remove("p", name);
         }
