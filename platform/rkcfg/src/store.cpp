@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "store.h"
 
+#include "goodcopy.h"
 #include "recovery.h"
 #include "rkos.h"
 
 #include <pthread.h>
 #include <unistd.h>
+#include <utility>
 
 namespace rkcfg {
 
@@ -108,6 +110,7 @@ int Store::run(const std::string &what, const Operation &operation)
         code = operation(*m_connection);
         if (m_transaction || (code != SQLITE_READONLY_DBMOVED && !Result{code, {}}.damage()))
             break;
+        m_suspect = m_suspect || code != SQLITE_READONLY_DBMOVED;
         m_connection->disown();
         m_connection.reset();
     }
@@ -142,8 +145,8 @@ int Store::reopen(const std::string &name, Result &result)
 {
     const Paths paths(m_folder, name);
     FileState identity;
-    std::unique_ptr<Connection> connection = openConfiguration(
-        paths, m_lock, {journalOf(m_folder), patienceMs(), false, m_create}, identity, result);
+    const Manner manner{journalOf(m_folder), patienceMs(), false, m_create, m_suspect};
+    std::unique_ptr<Connection> connection = openConfiguration(paths, m_lock, manner, identity, result);
     m_impatient = result.busy();
     if (!connection) {
         result.text = paths.database + ": " + result.text;
@@ -152,6 +155,7 @@ int Store::reopen(const std::string &name, Result &result)
     leave();
     m_paths = paths;
     m_connection = std::move(connection);
+    m_thorough = std::exchange(m_suspect, false);
     m_generation = nextGeneration();
     m_batch.end();
     m_batch.writer = 0;
@@ -188,7 +192,7 @@ void Store::follow()
     // A transaction ends where it began.
     if (!m_connection || m_transaction)
         return;
-    if (wantedName() != m_paths.name || replaced())
+    if (m_suspect || wantedName() != m_paths.name || replaced())
         leave();
 }
 
@@ -300,7 +304,8 @@ void Store::copyWhenDue()
 {
     m_uncopied = false;
     if (goodCopyDue(m_paths))
-        keepGoodCopy(m_paths, m_lock, m_identity, *m_connection);
+        m_suspect =
+            Result{keepGoodCopy(m_paths, m_lock, m_identity, *m_connection), {}}.damage() && !m_thorough;
 }
 
 int Store::patienceMs() const

@@ -89,6 +89,8 @@ private:
     std::string m_folder;
     std::string m_reported;
     pid_t m_pid = 0;
+    bool m_suspect = false;   // something was found damaged: the next opening checks all of the file
+    bool m_thorough = false;  // the present one was opened so
     bool m_unsynced = false;  // written by us since the last sync
     bool m_uncopied = false;  // written by us since the last good copy was looked at
     bool m_lostWrite = false; // a write failed since the last save
