@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "connection.h"
 
+#include "patience.h"
 #include "schema.h"
 
 #include <algorithm>
@@ -124,6 +125,8 @@ Result Connection::create(const std::string &path, const Manner &manner)
     if (code == SQLITE_OK)
         code = connection.execute(schemaSql);
     if (code == SQLITE_OK)
+        code = connection.execute(historySql);
+    if (code == SQLITE_OK)
         code = connection.enterJournalMode();
     return connection.outcome(code);
 }
@@ -147,11 +150,11 @@ int Connection::connect(const std::string &name, int flags)
 {
     const int code = sqlite3_open_v2(
         name.c_str(), &m_db, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE | SQLITE_OPEN_EXRESCODE,
-        nullptr);
+        hurriedFileSystem());
     if (code != SQLITE_OK)
         return code;
     // Before anything else: each statement from here on may meet another process.
-    setBusyTimeout(m_manner.waitMs);
+    waitForLocks(m_db);
     return SQLITE_OK;
 }
 
@@ -190,14 +193,14 @@ int Connection::enterJournalMode()
     const char *wanted = m_manner.journal == Journal::Wal ? "wal" : "delete";
     const char *sql =
         m_manner.journal == Journal::Wal ? "PRAGMA journal_mode=WAL" : "PRAGMA journal_mode=DELETE";
-    for (int waitedMs = 0;; waitedMs += journalPauseMs) {
+    for (;;) {
         std::string mode;
         const int code = text(sql, mode);
         if (code == SQLITE_OK && mode == wanted)
             return SQLITE_OK;
         if (code != SQLITE_OK && !Result{code, {}}.busy())
             return code;
-        if (waitedMs >= m_manner.waitMs)
+        if (remainingMs() == 0)
             return SQLITE_BUSY;
         usleep(journalPauseMs * 1000);
     }
@@ -386,10 +389,11 @@ Result Connection::takeOver(const std::string &path, void (*rest)(sqlite3 *db))
     attach.bind(1, path);
     code = attach.run();
     if (code == SQLITE_OK)
-        code = execute("BEGIN; INSERT INTO main.setting SELECT * FROM damaged.setting");
+        code = execute("INSERT INTO main.setting SELECT * FROM damaged.setting");
     if (code == SQLITE_OK) {
+        // Piece by piece: what meets damage cannot be committed.
         rest(m_db);
-        code = execute("COMMIT; DETACH damaged; PRAGMA wal_checkpoint(TRUNCATE)");
+        code = execute("DETACH damaged; PRAGMA wal_checkpoint(TRUNCATE)");
     }
     return outcome(primary(code) == SQLITE_ERROR ? SQLITE_CORRUPT : code);
 }
@@ -398,11 +402,6 @@ bool Connection::empty()
 {
     int64_t any = 0;
     return number("SELECT EXISTS (SELECT 1 FROM setting)", any) != SQLITE_OK || any == 0;
-}
-
-void Connection::setBusyTimeout(int milliseconds)
-{
-    sqlite3_busy_timeout(m_db, milliseconds);
 }
 
 Result Connection::outcome(int code) const

@@ -18,7 +18,6 @@ enum class Journal { Wal, Delete };
 // How a database is to be opened.
 struct Manner {
     Journal journal = Journal::Wal;
-    int waitMs = 0;        // how long to wait for another process
     bool scratch = false;  // under a temporary name: whoever gives it its name syncs it once before
     bool create = true;    // whether a missing configuration is made
     bool thorough = false; // check what lies beside the settings as well
@@ -38,9 +37,6 @@ struct Result {
 
 class Connection {
 public:
-    // How long a call waits for another writer.
-    static constexpr int busyTimeoutMs = 3000;
-
     // Opens an existing database, sets it up and checks all of it. Falls back to reading alone where
     // neither file nor directory can be written. A null pointer and the reason in result otherwise.
     static std::unique_ptr<Connection> open(const std::string &path, const Manner &manner, Result &result);
@@ -83,7 +79,6 @@ public:
     // Takes all values over from another database, and what rest copies from the one attached as "damaged".
     Result takeOver(const std::string &path, void (*rest)(sqlite3 *db));
 
-    void setBusyTimeout(int milliseconds);
     // What SQLite says about a failure.
     std::string message(int code) const;
 

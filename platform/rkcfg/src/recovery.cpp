@@ -2,6 +2,7 @@
 #include "recovery.h"
 
 #include "logscan.h"
+#include "patience.h"
 #include "quarantine.h"
 #include "rkos.h"
 #include "salvage.h"
@@ -24,14 +25,14 @@ Result inUse()
 Result soundCopy(const std::string &path, const Manner &manner, const std::string &target, Journal journal)
 {
     Result result;
-    const std::unique_ptr<Connection> source = Connection::open(path, {journal, manner.waitMs}, result);
+    const std::unique_ptr<Connection> source = Connection::open(path, {journal}, result);
     if (!source)
         return result;
     if (!createPrivateFile(target))
         return diskRefused("making a file");
     if (const int code = source->copyTo(target); code != SQLITE_OK)
         return {code, source->message(code)};
-    Connection::open(target, {manner.journal, manner.waitMs, true}, result);
+    Connection::open(target, {manner.journal, true}, result);
     return result;
 }
 
@@ -190,7 +191,7 @@ std::unique_ptr<Connection> openConfiguration(const Paths &paths, FolderLock &lo
                                               FileState &identity, Result &result)
 {
     {
-        const LockGuard shared(lock, paths.folder, FolderLock::Kind::Shared, manner.waitMs);
+        const LockGuard shared(lock, paths.folder, FolderLock::Kind::Shared, remainingMs());
         if (shared.busy()) {
             result = inUse();
             return nullptr;
@@ -199,7 +200,7 @@ std::unique_ptr<Connection> openConfiguration(const Paths &paths, FolderLock &lo
         if (connection || !needsHands(identity, result))
             return connection;
     }
-    const LockGuard alone(lock, paths.folder, FolderLock::Kind::Exclusive, manner.waitMs);
+    const LockGuard alone(lock, paths.folder, FolderLock::Kind::Exclusive, remainingMs());
     if (alone.held())
         return repair(paths, manner, identity, result);
     // Without the lock nothing is touched.
@@ -222,7 +223,7 @@ Result renameStore(const Paths &paths, const Paths &target)
     const std::string fresh = target.database + ".new";
     removeWithSidecars(fresh);
     const Journal journal = onNetwork(paths.folder) ? Journal::Delete : Journal::Wal;
-    Result result = soundCopy(paths.database, {journal, 0}, fresh, journal);
+    Result result = soundCopy(paths.database, {journal}, fresh, journal);
     if (result.ok() && !syncFile(fresh))
         result = diskRefused("syncing a file");
     if (result.ok())

@@ -8,7 +8,8 @@ namespace rkcfg {
 
 namespace {
 
-constexpr int64_t blockRows = 200;
+constexpr int64_t blockRows = 100;
+constexpr int maxMisses = 200;
 
 // A database opened for looking only, and closed without a trace.
 class Look {
@@ -42,31 +43,37 @@ std::pair<int64_t, int64_t> ageOf(const std::string &path)
     return {look.ask("SELECT max(id) FROM history"), look.ask("SELECT count(*) FROM setting")};
 }
 
-int copyBlock(sqlite3 *db, int64_t first, int64_t last)
+// True when it had rows, and all of them could be read.
+bool copyBlock(sqlite3 *db, int64_t first)
 {
     Statement copy;
-    if (const int code = copy.prepare(
-            db, "INSERT INTO main.history SELECT * FROM damaged.history WHERE id BETWEEN ?1 AND ?2");
-        code != SQLITE_OK)
-        return code;
+    if (copy.prepare(db,
+                     "INSERT INTO main.history SELECT * FROM damaged.history WHERE id BETWEEN ?1 AND ?2") !=
+        SQLITE_OK)
+        return false;
     copy.bind(1, first);
-    copy.bind(2, last);
-    return copy.run();
+    copy.bind(2, first + blockRows - 1);
+    return copy.run() == SQLITE_OK && sqlite3_changes(db) > 0;
 }
 
-// Block by block from the newest: what cannot be read costs its block and no more.
+int64_t oldestReadable(sqlite3 *db)
+{
+    for (const char *sql :
+         {"SELECT min(id) FROM damaged.history", "SELECT max(id) - 200000 FROM damaged.history"}) {
+        Statement find;
+        if (find.prepare(db, sql) == SQLITE_OK && find.step() == SQLITE_ROW)
+            return std::max<int64_t>(1, find.number(0));
+    }
+    return 1;
+}
+
+// Block by block: what cannot be read costs its block and no more.
 void copyHistory(sqlite3 *db)
 {
-    Statement newest;
-    if (sqlite3_exec(db, "INSERT INTO main.writer SELECT * FROM damaged.writer", nullptr, nullptr, nullptr) !=
-            SQLITE_OK ||
-        newest.prepare(db, "SELECT max(id) FROM damaged.history") != SQLITE_OK || newest.step() != SQLITE_ROW)
-        return;
-    const int64_t end = newest.number(0);
-    newest.finalize();
-    const int64_t begin = std::max<int64_t>(0, end - 2'000'000);
-    for (int64_t last = end; last > begin; last -= blockRows)
-        copyBlock(db, last - blockRows + 1, last);
+    sqlite3_exec(db, "INSERT INTO main.writer SELECT * FROM damaged.writer", nullptr, nullptr, nullptr);
+    int misses = 0;
+    for (int64_t first = oldestReadable(db); misses < maxMisses; first += blockRows)
+        misses = copyBlock(db, first) ? 0 : misses + 1;
 }
 
 } // namespace
@@ -78,9 +85,10 @@ Result salvage(const std::string &path, const std::string &fresh, const Manner &
     if (Result made = Connection::create(fresh, manner); !made.ok())
         return made;
     Result result;
-    const std::unique_ptr<Connection> target =
-        Connection::open(fresh, {manner.journal, manner.waitMs, true}, result);
-    return target ? target->takeOver(path, copyHistory) : result;
+    const std::unique_ptr<Connection> target = Connection::open(fresh, {manner.journal, true}, result);
+    if (target)
+        result = target->takeOver(path, copyHistory);
+    return result;
 }
 
 bool younger(const std::string &one, const std::string &other)

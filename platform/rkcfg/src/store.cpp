@@ -14,7 +14,6 @@ namespace rkcfg {
 namespace {
 
 constexpr int attempts = 3;
-constexpr int impatientMs = 50;
 constexpr int stepsAtOpen = 5;
 
 // Another number for each connection, so that a mark taken with one never fits the next.
@@ -76,12 +75,15 @@ int Store::writeChanged(const Operation &operation)
 {
     if (m_transaction)
         return operation(*m_connection);
-    const LockGuard shared(m_lock, m_paths.folder, FolderLock::Kind::Shared, patienceMs());
+    m_writing = true;
+    m_patience.forWriting();
+    const LockGuard shared(m_lock, m_paths.folder, FolderLock::Kind::Shared, remainingMs());
     if (shared.busy())
         return SQLITE_BUSY;
     if (replaced())
         return SQLITE_READONLY_DBMOVED;
     const int code = operation(*m_connection);
+    m_wrote = code == SQLITE_OK;
     m_unsynced = m_unsynced || code == SQLITE_OK;
     m_uncopied = m_uncopied || code == SQLITE_OK;
     return code;
@@ -103,7 +105,9 @@ bool Store::list(const char *path, std::vector<Entry> &entries)
 int Store::run(const std::string &what, const Operation &operation)
 {
     int code = SQLITE_OK;
+    m_writing = m_wrote = false;
     for (int attempt = 0; attempt < attempts; ++attempt) {
+        m_patience.forReading();
         code = ready();
         if (code != SQLITE_OK)
             return code;
@@ -114,10 +118,21 @@ int Store::run(const std::string &what, const Operation &operation)
         m_connection->disown();
         m_connection.reset();
     }
-    adjustPatience(code);
+    m_patience.ended(Result{code, {}}.busy(), m_writing, m_wrote);
     if (code == SQLITE_OK)
         return report(what, SQLITE_OK, {});
-    return report(what, code, m_connection ? m_connection->message(code) : sqlite3_errstr(code));
+    report(what, code, m_connection ? m_connection->message(code) : sqlite3_errstr(code));
+    dropAfter(code);
+    return code;
+}
+
+// A lock that could not be given back would keep this connection, and every other one, busy for good.
+void Store::dropAfter(int code)
+{
+    if ((code & 0xFF) != SQLITE_IOERR || !m_connection || m_transaction)
+        return;
+    m_connection->disown();
+    m_connection.reset();
 }
 
 int Store::ready()
@@ -130,7 +145,9 @@ int Store::ready()
     if (m_folder.empty())
         return report("opening", SQLITE_CANTOPEN, "no directory for configurations");
     Result result;
-    if (reopen(wantedName(), result) != SQLITE_OK)
+    const int code = reopen(wantedName(), result);
+    m_patience.ended(result.busy(), false, false);
+    if (code != SQLITE_OK)
         return report("opening", result.code, result.text);
     return SQLITE_OK;
 }
@@ -145,9 +162,8 @@ int Store::reopen(const std::string &name, Result &result)
 {
     const Paths paths(m_folder, name);
     FileState identity;
-    const Manner manner{journalOf(m_folder), patienceMs(), false, m_create, m_suspect};
+    const Manner manner{journalOf(m_folder), false, m_create, m_suspect};
     std::unique_ptr<Connection> connection = openConfiguration(paths, m_lock, manner, identity, result);
-    m_impatient = result.busy();
     if (!connection) {
         result.text = paths.database + ": " + result.text;
         return result.code;
@@ -159,7 +175,6 @@ int Store::reopen(const std::string &name, Result &result)
     m_generation = nextGeneration();
     m_batch.end();
     m_batch.writer = 0;
-    m_connection->setBusyTimeout(patienceMs());
     m_identity = identity;
     m_folderSynced = false;
     if (m_connection->readOnly() && !m_readOnlyTold)
@@ -306,21 +321,6 @@ void Store::copyWhenDue()
     if (goodCopyDue(m_paths))
         m_suspect =
             Result{keepGoodCopy(m_paths, m_lock, m_identity, *m_connection), {}}.damage() && !m_thorough;
-}
-
-int Store::patienceMs() const
-{
-    return m_impatient ? impatientMs : Connection::busyTimeoutMs;
-}
-
-// A user interface makes dozens of calls per edit: only the first of them waits the full time.
-void Store::adjustPatience(int code)
-{
-    const bool busy = Result{code, {}}.busy();
-    if (busy == m_impatient || !m_connection)
-        return;
-    m_impatient = busy;
-    m_connection->setBusyTimeout(patienceMs());
 }
 
 Journal Store::journalOf(const std::string &folder)
