@@ -253,6 +253,19 @@ std::vector<PortBinder> relevant(const std::vector<PortBinder> &binders, const s
     return found;
 }
 
+// One that was there before may have opened its sockets in between.
+void merge(std::vector<PtpProcess> &processes, const std::vector<PtpProcess> &later)
+{
+    for (const PtpProcess &late : later) {
+        const auto known = std::find_if(processes.begin(), processes.end(),
+                                        [&late](const PtpProcess &one) { return one.pid == late.pid; });
+        if (known == processes.end())
+            processes.push_back(late);
+        else
+            known->sockets.insert(known->sockets.end(), late.sockets.begin(), late.sockets.end());
+    }
+}
+
 // Takes away what a process of ours accounts for.
 void takeAway(const PtpProcess &process, std::vector<PortBinder> &binders)
 {
@@ -356,10 +369,7 @@ std::optional<SystemClient> findSystemClient(const std::vector<Interface> &wante
     // Before and after the sockets: one that ended or began meanwhile is in one of the two.
     std::vector<PtpProcess> processes = readPtpProcesses();
     const std::vector<PortBinder> binders = readPortBinders();
-    for (PtpProcess &late : readPtpProcesses())
-        if (std::none_of(processes.begin(), processes.end(),
-                         [&late](const PtpProcess &one) { return one.pid == late.pid; }))
-            processes.push_back(std::move(late));
+    merge(processes, readPtpProcesses());
     const std::vector<PortBinder> foreign = foreignBinders(binders, processes, wanted);
     if (foreign.empty())
         return std::nullopt;

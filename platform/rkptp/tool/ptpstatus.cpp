@@ -241,9 +241,9 @@ int main(int argc, char **argv)
     rkPTPSetTargetDomain(handle, options.domain);
     if (rkPTPSetTargetMacAddress(handle, options.grandmaster.c_str()) == RKPTP_BAD_ARGUMENT)
         return complain(exitUsage, "not a clock identity: " + options.grandmaster);
-    mastersOf(handle); // makes the client listen
     if (options.watch)
         watch(handle, options);
+    mastersOf(handle); // makes the client listen
     const int result = once(handle, options);
     rkPTPEnd(handle);
     return result;

@@ -68,16 +68,28 @@ std::unique_ptr<QProcess> startCommand(const QString &program, const QStringList
 
 std::vector<pid_t> childrenNamed(pid_t parent, const QByteArray &name)
 {
-    std::vector<pid_t> found;
+    struct Entry {
+        pid_t pid;
+        QList<QByteArray> stat;
+    };
+    // One look at all processes: with a hundred children a look for each takes seconds.
+    std::vector<Entry> all;
     for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
         const pid_t pid = entry.toInt();
         const QList<QByteArray> stat = pid > 0 ? statOf(pid) : QList<QByteArray>();
-        if (stat.size() < 3 || stat[2].toInt() != parent)
-            continue;
-        if (stat[0] == name && stat[1] != "Z")
-            found.push_back(pid);
-        for (pid_t below : childrenNamed(pid, name))
-            found.push_back(below);
+        if (stat.size() >= 3)
+            all.push_back({pid, stat});
+    }
+    std::vector<pid_t> found;
+    std::vector<pid_t> parents = {parent};
+    for (size_t i = 0; i < parents.size(); ++i) {
+        for (const Entry &one : all) {
+            if (one.stat[2].toInt() != parents[i])
+                continue;
+            parents.push_back(one.pid);
+            if (one.stat[0] == name && one.stat[1] != "Z")
+                found.push_back(one.pid);
+        }
     }
     return found;
 }
