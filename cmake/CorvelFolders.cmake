@@ -10,5 +10,5 @@ include(GNUInstallDirs)
 set(CORVEL_PRIVATE_LIBDIR "${CMAKE_INSTALL_LIBDIR}/corvel")
 
 # An install rule that names no component belongs to the program package, so a new program, its manual page and its
-# completions need no further line. The others are "platform", "library" and "development" (CorvelPackage.cmake).
+# completions need no further line. The others are "platform", "library" and "development" (see CorvelPackage.cmake).
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME program)

@@ -1,7 +1,7 @@
 # The Debian packages, made of what was built and tested: cpack --config BUILD/CPackConfig.cmake -B FOLDER
-# Included after every install rule. Each component of the install rules is a package: "fleet" would be corvel-fleet
-# without a line here. Dependencies on libraries come from dpkg-shlibdeps; what no linker can see is named here. What
-# Debian wants inside every package (copyright, change log, compressed manual pages) packaging/debian.cmake puts there.
+# Included after every install rule. Each component of the install rules is a package: "fleet" would be corvel-fleet and
+# needs its description here. Dependencies on libraries come from dpkg-shlibdeps; what no linker can see is named here.
+# What Debian wants inside every package (copyright, change log, compressed manual pages) packaging/debian.cmake puts there.
 set(CPACK_GENERATOR DEB)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_PACKAGE_NAME corvel)
@@ -56,6 +56,7 @@ set(CPACK_DEBIAN_PLATFORM_PACKAGE_CONTROL_EXTRA "${CMAKE_SOURCE_DIR}/packaging/p
 # The dialog for other applications.
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libcorvel${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "IP Video Setup dialog for other applications - runtime
 ${about}
 .
