@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr char kVersion[] = "8.0.0.0";
+constexpr char kVersion[] = CORVEL_VERSION ".0";
 constexpr char kBuild[] = "197";
 
 } // namespace

@@ -30,10 +30,21 @@ function(corvel_test_env name)
     math(EXPR T_TIMEOUT "3 * ${T_TIMEOUT}")
   endif()
   set(home "${CMAKE_BINARY_DIR}/tests/home/${name}")
-  # Qt waits with means that the thread sanitizer does not see, and would be accused of races with itself.
-  set(sanitizers "UBSAN_OPTIONS=print_stacktrace=1" "TSAN_OPTIONS=ignore_noninstrumented_modules=1"
+  # Qt waits with means that the thread sanitizer does not see, and would be accused of races with itself. Tests that fork
+  # start threads in their children.
+  set(sanitizers "UBSAN_OPTIONS=print_stacktrace=1" "TSAN_OPTIONS=ignore_noninstrumented_modules=1:die_after_fork=0"
     "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0")
   add_test(NAME ${name} COMMAND "${CMAKE_SOURCE_DIR}/tests/support/inhome" "${home}" ${T_COMMAND})
   set_tests_properties(${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}"
     ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_FONT_DPI=96;${sanitizers};${T_ENV}")
+endfunction()
+
+# corvel_with_threads(NAME...): these tests run under the thread sanitizer as well (preset tsan), because in them two threads
+# meet in our code. The target tests_with_threads makes their programs.
+add_custom_target(tests_with_threads)
+function(corvel_with_threads)
+  foreach(name ${ARGN})
+    add_dependencies(tests_with_threads ${name})
+    set_property(TEST ${name} APPEND PROPERTY LABELS threads)
+  endforeach()
 endfunction()

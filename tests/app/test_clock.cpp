@@ -2,7 +2,7 @@
 //
 // The clock: when the PTP client is started, stopped and started again, and what the two lines show. The
 // client is one that only remembers.
-#include "app/digitgroups.h"
+#include "app/view/digitgroups.h"
 #include "fake/ptpclient.h"
 #include "fake/real.h"
 #include "support/dialog.h"

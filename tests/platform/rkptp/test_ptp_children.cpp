@@ -302,15 +302,19 @@ void TestPtpChildren::restartTakesTheChildOver()
 void TestPtpChildren::fiftyStartsAndEndsSpawnFewChildren()
 {
     std::set<pid_t> seen;
+    size_t waits = 0;
     for (int i = 0; i < 50; ++i) {
         const TestClient client(i % 5 == 0 ? 3 : 4);
         // Mostly too short for a child to be started, now and then long enough.
-        if (i % 7 == 0)
+        if (i % 7 == 0) {
+            ++waits;
             QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_LISTENING, lockTimeout);
+        }
         for (pid_t pid : childrenNamed(getpid(), "ptp4l"))
             seen.insert(pid);
     }
-    QVERIFY2(!seen.empty() && seen.size() <= 5,
+    // The short ones start none, and often one of the others takes over what the one before left behind.
+    QVERIFY2(!seen.empty() && seen.size() <= waits,
              QByteArray::number(static_cast<int>(seen.size())).constData());
 }
 
@@ -447,7 +451,7 @@ void TestPtpChildren::missingParts()
     for (Case &one : cases) {
         if (!possible(one))
             continue;
-        QVERIFY(one.once->waitForFinished());
+        QTRY_COMPARE_WITH_TIMEOUT(one.once->state(), QProcess::NotRunning, lockTimeout);
         QByteArray output = one.once->readAll();
         QVERIFY2(one.once->exitCode() == 3 && output.count(one.line) == 1, output.constData());
         output.clear();
