@@ -123,10 +123,17 @@ std::vector<pid_t> allProcesses()
     return found;
 }
 
+// Not through a stream: reading of a process that ends meanwhile fails, and a stream's buffer throws then.
 std::string processFile(pid_t pid, const char *name)
 {
-    std::ifstream file("/proc/" + std::to_string(pid) + "/" + name);
-    return {std::istreambuf_iterator<char>(file), {}};
+    const std::string path = "/proc/" + std::to_string(pid) + "/" + name;
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    std::string text;
+    char part[4096];
+    ssize_t got = 0;
+    while (file.valid() && (got = read(file.get(), part, sizeof part)) > 0)
+        text.append(part, static_cast<size_t>(got));
+    return text;
 }
 
 std::vector<std::string> argumentsOf(pid_t pid)
