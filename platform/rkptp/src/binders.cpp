@@ -347,8 +347,11 @@ std::vector<PtpProcess> readPtpProcesses()
 {
     std::vector<PtpProcess> found;
     for (const pid_t pid : allProcesses()) {
+        // The name first: to read a command line may wait for a process that is busy with its memory.
+        if (!endsWith(std::string(rk::trimmed(processFile(pid, "comm"))), "ptp4l") || !inOurNetwork(pid))
+            continue;
         PtpProcess process{pid, 0, argumentsOf(pid), {}};
-        if (process.arguments.empty() || !endsWith(process.arguments[0], "ptp4l") || !inOurNetwork(pid))
+        if (process.arguments.empty())
             continue;
         process.user = userOf(pid);
         process.sockets = socketsOf(pid);
