@@ -123,10 +123,17 @@ std::vector<pid_t> allProcesses()
     return found;
 }
 
+// Not through a stream: reading of a process that ends meanwhile fails, and a stream's buffer throws then.
 std::string processFile(pid_t pid, const char *name)
 {
-    std::ifstream file("/proc/" + std::to_string(pid) + "/" + name);
-    return {std::istreambuf_iterator<char>(file), {}};
+    const std::string path = "/proc/" + std::to_string(pid) + "/" + name;
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    std::string text;
+    char part[4096];
+    ssize_t got = 0;
+    while (file.valid() && (got = read(file.get(), part, sizeof part)) > 0)
+        text.append(part, static_cast<size_t>(got));
+    return text;
 }
 
 std::vector<std::string> argumentsOf(pid_t pid)
@@ -340,8 +347,11 @@ std::vector<PtpProcess> readPtpProcesses()
 {
     std::vector<PtpProcess> found;
     for (const pid_t pid : allProcesses()) {
+        // The name first: to read a command line may wait for a process that is busy with its memory.
+        if (!endsWith(std::string(rk::trimmed(processFile(pid, "comm"))), "ptp4l") || !inOurNetwork(pid))
+            continue;
         PtpProcess process{pid, 0, argumentsOf(pid), {}};
-        if (process.arguments.empty() || !endsWith(process.arguments[0], "ptp4l") || !inOurNetwork(pid))
+        if (process.arguments.empty())
             continue;
         process.user = userOf(pid);
         process.sockets = socketsOf(pid);

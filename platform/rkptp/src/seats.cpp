@@ -98,7 +98,8 @@ Worker::Look Worker::look(Seat &seat, const std::vector<Interface> &interfaces, 
     // Before a start there is no guessing: a child of ours may not have opened its sockets yet.
     const size_t own = seat.child ? ownSockets(interfaces) : 0;
     const auto found = findSystemClient(interfaces, own, seat.system.inode);
-    seat.lookAt = now + lookInterval;
+    // From now on, not from before: on a busy machine a look takes its time.
+    seat.lookAt = monotonicNow() + lookInterval;
     if (!found) {
         seat.system = SystemClient();
         return Look::Free;

@@ -6,9 +6,12 @@
 #include <QtTest>
 
 #include <arpa/inet.h>
+#include <atomic>
 #include <net/if.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace rkptp;
@@ -124,6 +127,24 @@ private slots:
         QCOMPARE(left.size(), size_t{2});
         QCOMPARE(left[0].inode, uint64_t{21});
         QCOMPARE(left[1].inode, uint64_t{22});
+    }
+
+    // Processes come and go while they are looked at; at some moments nothing can be read of them any more.
+    void processesThatEndMeanwhileDoNoHarm()
+    {
+        std::atomic<bool> done{false};
+        std::thread comings([&done] {
+            while (!done) {
+                const pid_t child = fork();
+                if (child == 0)
+                    _exit(0);
+                waitpid(child, nullptr, 0);
+            }
+        });
+        for (int i = 0; i < 300; ++i)
+            readPtpProcesses();
+        done = true;
+        comings.join();
     }
 
     // Where a port below 1024 may be opened: in a namespace of ours, as root.
