@@ -79,7 +79,7 @@ int64_t History::surplusEnd()
     if (old)
         end = std::max(end, ask(m_db, youngSql, stepEnd, limit_us, end));
     end = ask(m_db, batchOfSql, std::min(end, now.last), 0, now.first);
-    return many || old ? std::min(end, stepEnd) : 0;
+    return end > now.first ? std::min(end, stepEnd) : 0;
 }
 
 bool History::surplus()
