@@ -4,16 +4,12 @@
 #include <QString>
 #include <QXmlStreamWriter>
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <cstring>
 
 namespace ops {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 bool isTrouble(const Finding &finding)
 {
@@ -27,19 +23,6 @@ QByteArray line(const Finding &finding)
     if (*finding.clause)
         text += QByteArray(", ") + finding.clause;
     return text + "]\n";
-}
-
-Json object(const Finding &finding)
-{
-    return {{"severity", severityName(finding.severity)}, {"rule", finding.rule},
-            {"place", finding.place.toStdString()},       {"reason", finding.reason.toStdString()},
-            {"remedy", finding.remedy.toStdString()},     {"clause", finding.clause}};
-}
-
-// Texts come from files and stores: bytes that are no UTF-8 are replaced, never a reason to fail.
-QByteArray dump(const Json &json, int indent)
-{
-    return QByteArray::fromStdString(json.dump(indent, ' ', false, Json::error_handler_t::replace)) + '\n';
 }
 
 QString xmlText(const QByteArray &bytes)
@@ -112,22 +95,6 @@ QByteArray findingsText(const Findings &findings)
         if (!finding.remedy.isEmpty())
             text += "    " + printable(finding.remedy) + '\n';
     }
-    return text;
-}
-
-QByteArray findingsJson(const Findings &findings)
-{
-    Json list = Json::array();
-    for (const Finding &finding : findings)
-        list.push_back(object(finding));
-    return dump({{"schema", 1}, {"findings", std::move(list)}}, 2);
-}
-
-QByteArray findingsLines(const Findings &findings)
-{
-    QByteArray text;
-    for (const Finding &finding : findings)
-        text += dump(object(finding), -1);
     return text;
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a check found, one finding per trouble, and the forms in which they are handed out: lines for people,
-// JSON, one JSON object per line, JUnit for build machines. Pure; any thread.
+// What a check found, one finding per trouble, and the forms in which they are handed out: lines for people
+// and JUnit for build machines. Pure; any thread.
 #ifndef CORVEL_OPS_FINDINGS_H
 #define CORVEL_OPS_FINDINGS_H
 
@@ -34,10 +34,6 @@ bool hasTrouble(const Findings &findings);
 // move a terminal are shown as "\x1b".
 QByteArray findingsText(const Findings &findings);
 QByteArray printable(const QByteArray &text);
-
-// {"schema":1,"findings":[…]} with one object each, or the objects alone, one per line.
-QByteArray findingsJson(const Findings &findings);
-QByteArray findingsLines(const Findings &findings);
 
 // One test case per rule that was looked at, failed when it found more than notes.
 QByteArray findingsJunit(const Findings &findings, const char *suite, const std::vector<const char *> &rules);

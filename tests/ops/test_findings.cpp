@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ops/findings.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QXmlStreamReader>
 #include <QtTest>
 
@@ -31,9 +28,6 @@ private slots:
     void nothingFoundIsNothingSaid();
     void notesAreNoTrouble();
     void controlBytesDoNotReachTheTerminal();
-    void json();
-    void jsonLines();
-    void anyBytesAreJson();
     void junit();
 };
 
@@ -49,14 +43,7 @@ void TestFindings::linesForPeople()
 void TestFindings::nothingFoundIsNothingSaid()
 {
     QCOMPARE(ops::findingsText({}), QByteArray());
-    QCOMPARE(ops::findingsLines({}), QByteArray());
     QVERIFY(!ops::hasTrouble({}));
-    QCOMPARE(QJsonDocument::fromJson(ops::findingsJson({}))
-                 .object()
-                 .value(QStringLiteral("findings"))
-                 .toArray()
-                 .size(),
-             0);
 }
 
 void TestFindings::notesAreNoTrouble()
@@ -70,37 +57,6 @@ void TestFindings::controlBytesDoNotReachTheTerminal()
 {
     const Findings findings = {{Severity::Error, "x", "a\x1b[2J.sdp", "b\r\x7f", "c\x01", ""}};
     QCOMPARE(ops::findingsText(findings), QByteArray("a\\x1b[2J.sdp: error: b\\x0d\\x7f [x]\n    c\\x01\n"));
-}
-
-void TestFindings::json()
-{
-    const QJsonObject all = QJsonDocument::fromJson(ops::findingsJson(sample())).object();
-    QCOMPARE(all.value(QStringLiteral("schema")).toInt(), 1);
-    const QJsonObject first = all.value(QStringLiteral("findings")).toArray().at(0).toObject();
-    QCOMPARE(first.keys(),
-             QStringList({QStringLiteral("clause"), QStringLiteral("place"), QStringLiteral("reason"),
-                          QStringLiteral("remedy"), QStringLiteral("rule"), QStringLiteral("severity")}));
-    QCOMPARE(first.value(QStringLiteral("severity")).toString(), QStringLiteral("error"));
-    QCOMPARE(first.value(QStringLiteral("place")).toString(), QStringLiteral("a.sdp:7"));
-    QCOMPARE(first.value(QStringLiteral("clause")).toString(), QStringLiteral("RFC 4566 5.7"));
-}
-
-void TestFindings::jsonLines()
-{
-    const QList<QByteArray> lines = ops::findingsLines(sample()).split('\n');
-    QCOMPARE(lines.size(), 4); // the last one is empty
-    for (int line = 0; line < 3; ++line)
-        QVERIFY(QJsonDocument::fromJson(lines[line]).isObject());
-}
-
-void TestFindings::anyBytesAreJson()
-{
-    QByteArray bytes;
-    for (int byte = 0; byte < 256; ++byte)
-        bytes += char(byte);
-    const QByteArray line = ops::findingsLines({{Severity::Error, "x", bytes, bytes, bytes, ""}});
-    QVERIFY(QJsonDocument::fromJson(line).isObject());
-    QCOMPARE(line.count('\n'), 1);
 }
 
 void TestFindings::junit()
