@@ -17,16 +17,43 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
+# What makes an overflow fail instead of succeed, as far as the compiler knows it.
+include(CheckCXXCompilerFlag)
+include(CheckCXXSourceCompiles)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES C CXX)
+set(CORVEL_HARDENING "")
+foreach(flag stack-clash-protection cf-protection=full)
+  string(MAKE_C_IDENTIFIER "CORVEL_HAS_${flag}" known)
+  check_cxx_compiler_flag("-f${flag} -Werror" ${known})
+  if(${known})
+    list(APPEND CORVEL_HARDENING "-f${flag}")
+  endif()
+endforeach()
+set(CMAKE_REQUIRED_FLAGS "-O2 -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
+check_cxx_source_compiles("#include <features.h>
+#if __USE_FORTIFY_LEVEL < 3
+#error this compiler cannot tell sizes at run time
+#endif
+int main() {}" CORVEL_HAS_FORTIFY_3)
+unset(CMAKE_REQUIRED_FLAGS)
+set(CORVEL_FORTIFY 2)
+if(CORVEL_HAS_FORTIFY_3)
+  set(CORVEL_FORTIFY 3)
+endif()
+
 add_library(corvel_options INTERFACE)
 target_compile_features(corvel_options INTERFACE cxx_std_17 c_std_11)
 target_compile_options(corvel_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wformat=2 -Wundef -Wcast-align
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi>
-  -fstack-protector-strong
+  -fstack-protector-strong ${CORVEL_HARDENING}
   $<$<BOOL:${CORVEL_WERROR}>:-Werror>)
-target_compile_definitions(corvel_options INTERFACE
-  $<$<CONFIG:Release,RelWithDebInfo>:_FORTIFY_SOURCE=2>)
-target_link_options(corvel_options INTERFACE -Wl,--enable-new-dtags -Wl,-z,relro,-z,now)
+if(NOT CORVEL_SANITIZE) # they check the same calls themselves, and more of them
+  target_compile_options(corvel_options INTERFACE
+    "$<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=${CORVEL_FORTIFY}>")
+endif()
+target_link_options(corvel_options INTERFACE -Wl,--enable-new-dtags -Wl,-z,relro,-z,now,-z,noexecstack)
 if(CORVEL_SANITIZE)
   target_compile_options(corvel_options INTERFACE -fsanitize=${CORVEL_SANITIZE} -fno-omit-frame-pointer
     -fno-sanitize-recover=all)

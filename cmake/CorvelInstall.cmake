@@ -39,6 +39,12 @@ foreach(header app/corvel.h app/mediacommand.h channel/channelkeys.h theme/linea
   get_filename_component(folder ${header} DIRECTORY)
   install(FILES "${CMAKE_SOURCE_DIR}/${header}" DESTINATION "${CORVEL_INCLUDEDIR}/${folder}")
 endforeach()
+if(CORVEL_PLATFORM_DIR)
+  set(platform_part CFLAGS "-I\${includedir}/corvel -I${CORVEL_PLATFORM_DIR}/include" REQUIRES Qt5Widgets)
+else()
+  set(platform_part CFLAGS "-I\${includedir}/corvel" REQUIRES Qt5Widgets rkptp)
+endif()
+corvel_pkg_config(corvel "the IP Video Setup dialog for use in another application" LIBS -lcorvel ${platform_part})
 install(TARGETS corvel_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
 configure_package_config_file("${CMAKE_SOURCE_DIR}/cmake/corvel-config.cmake.in"

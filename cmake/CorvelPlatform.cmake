@@ -1,6 +1,15 @@
 # The three platform libraries. Ours are built from platform/; a site that has its own points
 # CORVEL_PLATFORM_DIR at a folder with include/<name>.h and lib/lib<name>.so, and ours are left out.
 
+include(CorvelPkgConfig)
+set(platform_purpose_rkos "files, folders, named events, time, interfaces and the log")
+set(platform_purpose_rkcfg "a store of named values")
+set(platform_purpose_rkptp "a software PTP client that adjusts no clock")
+
+# Private headers of all three: a site may exchange the libraries one by one, so each compiles its own copy.
+add_library(corvel_platform_common INTERFACE)
+target_include_directories(corvel_platform_common INTERFACE "${CMAKE_SOURCE_DIR}/platform/common")
+
 # corvel_platform_library(NAME sources...): one C library with hidden visibility. It has no version
 # in its soname on purpose: a site exchanges the file librk*.so itself.
 function(corvel_platform_library name)
@@ -10,12 +19,16 @@ function(corvel_platform_library name)
     PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
   set_target_properties(${name} PROPERTIES
     C_VISIBILITY_PRESET hidden CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  set(exports "${CMAKE_SOURCE_DIR}/platform/common/platform.map")
+  target_link_options(${name} PRIVATE "LINKER:--version-script=${exports}")
+  set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS "${exports}")
   string(TOUPPER ${name} upper)
   target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
-  target_link_libraries(${name} PRIVATE corvel_options)
+  target_link_libraries(${name} PRIVATE corvel_options corvel_platform_common)
   corvel_run_path(${name})
   install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   install(FILES include/${name}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  corvel_pkg_config(${name} "${platform_purpose_${name}}" LIBS "-l${name}")
 endfunction()
 
 if(CORVEL_PLATFORM_DIR)

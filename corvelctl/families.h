@@ -9,6 +9,10 @@ class App;
 }
 struct Context;
 
-void addLookCommands(CLI::App &app, Context &context); // show, get, list
+void addLookCommands(CLI::App &app, Context &context);   // show, get, list
+void addChangeCommands(CLI::App &app, Context &context); // set, unset
+void addDumpCommands(CLI::App &app, Context &context);   // dump, restore, diff
+void addIppCommands(CLI::App &app, Context &context);    // ipp export, import, check
+void addConfigCommands(CLI::App &app, Context &context); // config list, new, copy, rename, delete, use
 
 #endif

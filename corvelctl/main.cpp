@@ -31,6 +31,10 @@ void addCommonOptions(CLI::App &app, Context &context)
 void addFamilies(CLI::App &app, Context &context)
 {
     addLookCommands(app, context);
+    addChangeCommands(app, context);
+    addDumpCommands(app, context);
+    addIppCommands(app, context);
+    addConfigCommands(app, context);
 }
 
 QByteArrayList commandNames(const CLI::App &app)

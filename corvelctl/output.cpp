@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "corvelctl/output.h"
 
-#include <QTextCodec>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -11,14 +9,6 @@
 namespace {
 
 constexpr int kSchema = 1;
-
-bool isUtf8(const QByteArray &text)
-{
-    QTextCodec::ConverterState state;
-    static QTextCodec *const codec = QTextCodec::codecForName("UTF-8");
-    codec->toUnicode(text.constData(), text.size(), &state);
-    return state.invalidChars == 0 && state.remainingChars == 0;
-}
 
 bool wantsColour()
 {
@@ -97,7 +87,7 @@ void Output::error(const QByteArray &message)
 
 QByteArray printable(const QByteArray &text)
 {
-    const bool valid = isUtf8(text);
+    const bool valid = ops::isUtf8(text);
     const auto harmless = [valid](char c) {
         const auto byte = static_cast<unsigned char>(c);
         return byte >= 0x20 && byte != 0x7f && (valid || byte < 0x80);
@@ -112,13 +102,6 @@ QByteArray printable(const QByteArray &text)
             shown += "\\x" + QByteArray(1, c).toHex();
     }
     return shown;
-}
-
-Json jsonText(const QByteArray &text)
-{
-    if (isUtf8(text))
-        return text.toStdString();
-    return {{"base64", text.toBase64().toStdString()}};
 }
 
 QByteArrayList aligned(const std::vector<QByteArrayList> &rows)

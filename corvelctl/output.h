@@ -5,14 +5,14 @@
 #ifndef CORVELCTL_OUTPUT_H
 #define CORVELCTL_OUTPUT_H
 
-#include <QByteArray>
-#include <QByteArrayList>
+#include "ops/jsontext.h"
 
-#include <nlohmann/json.hpp>
+#include <QByteArrayList>
 
 #include <vector>
 
-using Json = nlohmann::ordered_json;
+using ops::Json;
+using ops::jsonText;
 
 class Output {
 public:
@@ -58,9 +58,6 @@ private:
 
 // Control characters and bytes that are no UTF-8 as "\x1b", so that a stored text cannot steer a terminal.
 QByteArray printable(const QByteArray &text);
-
-// A text of the store: a string, or {"base64": "..."} when it is no UTF-8.
-Json jsonText(const QByteArray &text);
 
 // Lines with their columns aligned, two blanks between; the first row is the head.
 QByteArrayList aligned(const std::vector<QByteArrayList> &rows);

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <unistd.h>
+#include <utility>
 
 namespace rkcfg {
 
@@ -21,7 +22,7 @@ constexpr const char *settings[] = {
     "PRAGMA mmap_size=0",
 };
 
-constexpr const char *selectSql = "SELECT type, value FROM setting WHERE path = ?1 AND name = ?2";
+constexpr const char *selectSql = "SELECT value FROM setting WHERE path = ?1 AND name = ?2";
 
 // A path keeps the case of its first writing, also when a further name joins it.
 constexpr const char *upsertSql =
@@ -30,8 +31,10 @@ constexpr const char *upsertSql =
     " ON CONFLICT (path, name) DO UPDATE SET type = excluded.type, value = excluded.value"
     " WHERE type IS NOT excluded.type OR value IS NOT excluded.value";
 
+constexpr const char *deleteSql = "DELETE FROM setting WHERE path = ?1 AND name = ?2";
+
 constexpr const char *listSql =
-    "SELECT path, name, type, value FROM setting"
+    "SELECT path, name, value FROM setting"
     " WHERE ?1 IS NULL OR path = ?1 OR substr(path, 1, length(?1) + 1) = ?1 || '\\' COLLATE NOCASE"
     " ORDER BY path, name";
 // clang-format on
@@ -39,49 +42,6 @@ constexpr const char *listSql =
 int primary(int code)
 {
     return code & 0xFF;
-}
-
-// Frees a statement for its next use on every way out. The failure was already told by the step.
-class Use {
-public:
-    explicit Use(sqlite3_stmt *statement) : m_statement(statement) {}
-    ~Use()
-    {
-        sqlite3_reset(m_statement);
-        sqlite3_clear_bindings(m_statement);
-    }
-    Use(const Use &) = delete;
-    Use &operator=(const Use &) = delete;
-
-private:
-    sqlite3_stmt *m_statement;
-};
-
-int bindText(sqlite3_stmt *statement, int column, std::string_view text)
-{
-    // A null pointer would bind NULL.
-    const char *bytes = text.data() != nullptr ? text.data() : "";
-    return sqlite3_bind_text64(statement, column, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8);
-}
-
-std::string_view columnText(sqlite3_stmt *statement, int column)
-{
-    const auto *bytes =
-        static_cast<const char *>(static_cast<const void *>(sqlite3_column_text(statement, column)));
-    if (bytes == nullptr)
-        return {};
-    return {bytes, static_cast<size_t>(sqlite3_column_bytes(statement, column))};
-}
-
-Value columnValue(sqlite3_stmt *statement, int typeColumn)
-{
-    Value value;
-    value.type = static_cast<Type>(sqlite3_column_int(statement, typeColumn));
-    if (value.type == Type::Number)
-        value.number = static_cast<uint32_t>(sqlite3_column_int64(statement, typeColumn + 1));
-    else
-        value.text = columnText(statement, typeColumn + 1);
-    return value;
 }
 
 // A path as a URI that no character of the path can break out of.
@@ -165,8 +125,10 @@ Result Connection::create(const std::string &path, const Manner &manner)
 
 Connection::~Connection()
 {
-    for (sqlite3_stmt *statement : {m_select, m_upsert, m_list})
-        sqlite3_finalize(statement);
+    m_history.forget();
+    for (Statement *statement :
+         {&m_select, &m_upsert, &m_delete, &m_list, &m_begin, &m_commit, &m_dataVersion})
+        statement->finalize();
     sqlite3_close(m_db);
 }
 
@@ -287,18 +249,23 @@ int Connection::execute(const char *sql)
     return sqlite3_exec(m_db, sql, nullptr, nullptr, nullptr);
 }
 
-int Connection::prepare(const char *sql, sqlite3_stmt *&statement)
-{
-    return sqlite3_prepare_v3(m_db, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
-}
-
 Result Connection::prepareAll()
 {
-    int code = prepare(selectSql, m_select);
-    if (code == SQLITE_OK)
-        code = prepare(upsertSql, m_upsert);
-    if (code == SQLITE_OK)
-        code = prepare(listSql, m_list);
+    const std::pair<Statement *, const char *> statements[] = {
+        {&m_select, selectSql},
+        {&m_upsert, upsertSql},
+        {&m_delete, deleteSql},
+        {&m_list, listSql},
+        {&m_begin, "BEGIN IMMEDIATE"},
+        {&m_commit, "COMMIT"},
+        {&m_dataVersion, "PRAGMA data_version"},
+    };
+    int code = SQLITE_OK;
+    for (const auto &[statement, sql] : statements) {
+        if (code == SQLITE_OK)
+            code = statement->prepare(m_db, sql);
+    }
+    m_history.attach(m_db);
     // A table of ours without our columns: the file's content is at fault.
     return outcome(primary(code) == SQLITE_ERROR ? SQLITE_CORRUPT : code);
 }
@@ -313,67 +280,117 @@ int Connection::number(const char *sql, int64_t &value)
 
 int Connection::text(const char *sql, std::string &value)
 {
-    sqlite3_stmt *statement = nullptr;
-    int code = prepare(sql, statement);
-    if (code == SQLITE_OK)
-        code = sqlite3_step(statement);
-    if (code == SQLITE_ROW) {
-        value = columnText(statement, 0);
-        code = SQLITE_DONE;
-    }
-    sqlite3_finalize(statement);
-    return code == SQLITE_DONE ? SQLITE_OK : code;
+    Statement statement;
+    if (const int code = statement.prepare(m_db, sql); code != SQLITE_OK)
+        return code;
+    const int code = statement.step();
+    if (code != SQLITE_ROW)
+        return finished(code);
+    value = statement.text(0);
+    return SQLITE_OK;
 }
 
 int Connection::read(const Key &key, const Reader &reader)
 {
     const Use use(m_select);
-    int code = bindText(m_select, 1, key.path);
-    if (code == SQLITE_OK)
-        code = bindText(m_select, 2, key.name);
-    if (code == SQLITE_OK)
-        code = sqlite3_step(m_select);
-    if (code == SQLITE_ROW) {
-        reader(columnValue(m_select, 0));
-        code = SQLITE_DONE;
-    }
-    return code == SQLITE_DONE ? SQLITE_OK : code;
+    m_select.bind(1, key.path);
+    m_select.bind(2, key.name);
+    const int code = m_select.step();
+    if (code != SQLITE_ROW)
+        return finished(code);
+    reader(m_select.value(0));
+    return SQLITE_OK;
 }
 
-int Connection::write(const Key &key, const Value &value, bool &changed)
+int Connection::begin()
+{
+    return m_readOnly ? SQLITE_READONLY : m_begin.run();
+}
+
+int Connection::commit()
+{
+    return m_commit.run();
+}
+
+void Connection::takeBack()
+{
+    // Some failures have taken it back already.
+    if (inTransaction())
+        execute("ROLLBACK");
+    m_history.forget();
+}
+
+int Connection::change(const Key &key, const Value &value, Batch &batch, bool &changed)
 {
     changed = false;
-    if (m_readOnly)
-        return SQLITE_READONLY;
-    const Use use(m_upsert);
-    int code = bindText(m_upsert, 1, key.path);
-    if (code == SQLITE_OK)
-        code = bindText(m_upsert, 2, key.name);
-    if (code == SQLITE_OK)
-        code = sqlite3_bind_int(m_upsert, 3, static_cast<int>(value.type));
-    if (code == SQLITE_OK)
-        code = value.type == Type::Number ? sqlite3_bind_int64(m_upsert, 4, value.number)
-                                          : bindText(m_upsert, 4, value.text);
-    if (code == SQLITE_OK)
-        code = sqlite3_step(m_upsert);
-    if (code != SQLITE_DONE)
+    const bool own = !inTransaction();
+    const Batch before = own ? batch : Batch();
+    if (const int code = own ? begin() : SQLITE_OK; code != SQLITE_OK)
         return code;
-    changed = sqlite3_changes(m_db) > 0;
-    return SQLITE_OK;
+    Kept stored;
+    int code = read(key, [&](const Value &present) { stored = Kept(present); });
+    const bool other = !(stored.value() == value);
+    if (code == SQLITE_OK && other)
+        code = apply(key, stored.value(), value, batch);
+    if (code == SQLITE_OK && own)
+        code = commit();
+    changed = code == SQLITE_OK && other;
+    if (code == SQLITE_OK || !own)
+        return code;
+    batch = before;
+    takeBack();
+    return code;
+}
+
+// The record takes the path's case from the value's row, so it is written while the row is there.
+int Connection::apply(const Key &key, const Value &before, const Value &after, Batch &batch)
+{
+    int code = after.type == Type::Absent ? SQLITE_OK : put(key, after);
+    if (code == SQLITE_OK)
+        code = m_history.record(key, before, after, batch);
+    if (code == SQLITE_OK && after.type == Type::Absent)
+        code = remove(key);
+    return code;
+}
+
+int Connection::put(const Key &key, const Value &value)
+{
+    m_upsert.bind(1, key.path);
+    m_upsert.bind(2, key.name);
+    m_upsert.bind(3, static_cast<int64_t>(value.type));
+    m_upsert.bind(4, value);
+    return m_upsert.run();
+}
+
+int Connection::remove(const Key &key)
+{
+    m_delete.bind(1, key.path);
+    m_delete.bind(2, key.name);
+    return m_delete.run();
 }
 
 int Connection::forEach(const char *path, const Visitor &visitor)
 {
     const Use use(m_list);
-    int code = path == nullptr ? SQLITE_OK : bindText(m_list, 1, path);
-    if (code != SQLITE_OK)
-        return code;
-    while ((code = sqlite3_step(m_list)) == SQLITE_ROW) {
-        const std::string keyPath(columnText(m_list, 0));
-        const std::string name(columnText(m_list, 1));
-        visitor({keyPath.c_str(), name.c_str()}, columnValue(m_list, 2));
+    if (path != nullptr)
+        m_list.bind(1, path);
+    int code = SQLITE_OK;
+    while ((code = m_list.step()) == SQLITE_ROW) {
+        const std::string keyPath(m_list.text(0));
+        const std::string name(m_list.text(1));
+        visitor({keyPath.c_str(), name.c_str()}, m_list.value(2));
     }
-    return code == SQLITE_DONE ? SQLITE_OK : code;
+    return finished(code);
+}
+
+int Connection::dataVersion(int64_t &version)
+{
+    const Use use(m_dataVersion);
+    const int code = m_dataVersion.step();
+    if (code != SQLITE_ROW)
+        return finished(code);
+    version = m_dataVersion.number(0);
+    return SQLITE_OK;
 }
 
 int Connection::sync()
@@ -392,14 +409,11 @@ int Connection::sync()
 
 int Connection::copyTo(const std::string &path)
 {
-    sqlite3_stmt *statement = nullptr;
-    int code = prepare("VACUUM INTO ?1", statement);
-    if (code == SQLITE_OK)
-        code = bindText(statement, 1, path);
-    if (code == SQLITE_OK)
-        code = sqlite3_step(statement);
-    sqlite3_finalize(statement);
-    return code == SQLITE_DONE ? SQLITE_OK : code;
+    Statement statement;
+    if (const int code = statement.prepare(m_db, "VACUUM INTO ?1"); code != SQLITE_OK)
+        return code;
+    statement.bind(1, path);
+    return statement.run();
 }
 
 bool Connection::empty()
@@ -415,12 +429,14 @@ void Connection::setBusyTimeout(int milliseconds)
 
 Result Connection::outcome(int code) const
 {
-    return {code, code == SQLITE_OK ? std::string() : message()};
+    return {code, code == SQLITE_OK ? std::string() : message(code)};
 }
 
-std::string Connection::message() const
+// A transaction that was taken back since leaves the code but not the text.
+std::string Connection::message(int code) const
 {
-    return m_db != nullptr ? sqlite3_errmsg(m_db) : "no memory";
+    return m_db != nullptr && sqlite3_extended_errcode(m_db) == code ? sqlite3_errmsg(m_db)
+                                                                     : sqlite3_errstr(code);
 }
 
 } // namespace rkcfg

@@ -7,32 +7,11 @@
 #define RKCFG_CONNECTION_H
 
 #include "files.h"
+#include "history.h"
 
-#include <cstdint>
-#include <functional>
 #include <memory>
-#include <sqlite3.h>
-#include <string>
-#include <string_view>
 
 namespace rkcfg {
-
-enum class Type { Text = 1, Number = 2 };
-
-struct Key {
-    const char *path;
-    const char *name;
-};
-
-// A text is kept without its terminating zero.
-struct Value {
-    Type type = Type::Text;
-    std::string_view text;
-    uint32_t number = 0;
-};
-
-using Reader = std::function<void(const Value &)>;
-using Visitor = std::function<void(const Key &, const Value &)>;
 
 enum class Journal { Wal, Delete };
 
@@ -41,6 +20,7 @@ struct Manner {
     Journal journal = Journal::Wal;
     int waitMs = 0;       // how long to wait for another process
     bool scratch = false; // under a temporary name: whoever gives it its name syncs it once before
+    bool create = true;   // whether a missing configuration is made
 };
 
 // A result code and what to say about it.
@@ -74,10 +54,22 @@ public:
 
     // Calls reader once when the value is there; the text lives for that call only.
     int read(const Key &key, const Reader &reader);
-    // One autocommitted statement. changed: whether the stored value is now another one.
-    int write(const Key &key, const Value &value, bool &changed);
+    // Stores a value or removes it (absent), with its record, in one transaction: the one that is open
+    // or one of its own. changed: whether something else is stored now.
+    int change(const Key &key, const Value &value, Batch &batch, bool &changed);
     // All values in order of path and name; path null or below it (the path itself and "path\...").
     int forEach(const char *path, const Visitor &visitor);
+
+    // A transaction over several calls. Taking back forgets the batch's part in it; the caller does so too.
+    int begin();
+    int commit();
+    void takeBack();
+    bool inTransaction() const { return sqlite3_get_autocommit(m_db) == 0; }
+
+    History &history() { return m_history; }
+    // Another number whenever another process has changed the database since this connection's last look.
+    int dataVersion(int64_t &version);
+
     // Makes the write-ahead log durable, without any lock.
     int sync();
     // Writes a complete, compact copy into an empty file.
@@ -85,8 +77,8 @@ public:
     bool empty();
 
     void setBusyTimeout(int milliseconds);
-    // What SQLite says about its last failure.
-    std::string message() const;
+    // What SQLite says about a failure.
+    std::string message(int code) const;
 
     // Makes closing touch nothing on disk: in a forked child, or when the file has been replaced.
     void disown();
@@ -102,7 +94,9 @@ private:
     Result checkLength(const std::string &path);
     Result checkHeader();
     int execute(const char *sql);
-    int prepare(const char *sql, sqlite3_stmt *&statement);
+    int apply(const Key &key, const Value &before, const Value &after, Batch &batch);
+    int put(const Key &key, const Value &value);
+    int remove(const Key &key);
     Result prepareAll();
     Result outcome(int code) const;
     int number(const char *sql, int64_t &value);
@@ -110,10 +104,15 @@ private:
 
     const Manner m_manner;
     sqlite3 *m_db = nullptr;
-    sqlite3_stmt *m_select = nullptr;
-    sqlite3_stmt *m_upsert = nullptr;
-    sqlite3_stmt *m_list = nullptr;
     bool m_readOnly = false;
+    History m_history;
+    Statement m_select;
+    Statement m_upsert;
+    Statement m_delete;
+    Statement m_list;
+    Statement m_begin;
+    Statement m_commit;
+    Statement m_dataVersion;
 };
 
 } // namespace rkcfg

@@ -73,13 +73,6 @@ int elapsedMs(const timespec &since)
 
 } // namespace
 
-void Descriptor::reset(int fd)
-{
-    if (m_fd >= 0)
-        ::close(m_fd);
-    m_fd = fd;
-}
-
 bool FileState::sameFile(const FileState &other) const
 {
     return exists == other.exists && info.st_dev == other.info.st_dev && info.st_ino == other.info.st_ino;

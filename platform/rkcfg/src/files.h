@@ -6,28 +6,15 @@
 #ifndef RKCFG_FILES_H
 #define RKCFG_FILES_H
 
+#include "descriptor.h"
+
 #include <ctime>
 #include <string>
 #include <sys/stat.h>
 
 namespace rkcfg {
 
-// A file descriptor that closes itself.
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor() { reset(); }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-
-    int get() const { return m_fd; }
-    bool valid() const { return m_fd >= 0; }
-    void reset(int fd = -1);
-
-private:
-    int m_fd = -1;
-};
+using rk::Descriptor;
 
 // What one stat told about a path. Two answers for the same path differ when the file was replaced.
 struct FileState {

@@ -2,6 +2,7 @@
 #include "names.h"
 
 #include "rkos.h"
+#include "utf8.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -18,42 +19,6 @@ constexpr size_t maxNameBytes = 64;
 constexpr size_t pathBufferSize = 4096;
 constexpr const char *defaultFile = "default-config";
 constexpr const char *databaseSuffix = ".rkcfg";
-
-struct Sequence {
-    size_t length;      // bytes of the whole character, 0: not a first byte
-    uint32_t firstBits; // payload of the first byte
-    uint32_t smallest;  // below this the character is written too long
-};
-
-Sequence sequenceOf(unsigned char first)
-{
-    if (first < 0x80)
-        return {1, first, 0};
-    if ((first & 0xE0) == 0xC0)
-        return {2, first & 0x1Fu, 0x80};
-    if ((first & 0xF0) == 0xE0)
-        return {3, first & 0x0Fu, 0x800};
-    if ((first & 0xF8) == 0xF0)
-        return {4, first & 0x07u, 0x10000};
-    return {0, 0, 0};
-}
-
-// Takes one character off the text. False when it is not well-formed UTF-8.
-bool takeCharacter(std::string_view &text, uint32_t &code)
-{
-    const Sequence sequence = sequenceOf(static_cast<unsigned char>(text.front()));
-    if (sequence.length == 0 || sequence.length > text.size())
-        return false;
-    code = sequence.firstBits;
-    for (size_t i = 1; i < sequence.length; ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if ((byte & 0xC0) != 0x80)
-            return false;
-        code = (code << 6) | (byte & 0x3Fu);
-    }
-    text.remove_prefix(sequence.length);
-    return code >= sequence.smallest && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
-}
 
 bool allowedCharacter(uint32_t code)
 {
@@ -99,14 +64,26 @@ bool writeSynced(const std::string &path, std::string_view text)
 
 } // namespace
 
+bool wellFormed(std::string_view text)
+{
+    while (!text.empty()) {
+        const rk::Character character = rk::firstCharacter(text);
+        if (character.length == 0)
+            return false;
+        text.remove_prefix(character.length);
+    }
+    return true;
+}
+
 bool validName(std::string_view name)
 {
     if (name.empty() || name.size() > maxNameBytes || name.front() == '.')
         return false;
     while (!name.empty()) {
-        uint32_t code = 0;
-        if (!takeCharacter(name, code) || !allowedCharacter(code))
+        const rk::Character character = rk::firstCharacter(name);
+        if (character.length == 0 || !allowedCharacter(character.code))
             return false;
+        name.remove_prefix(character.length);
     }
     return true;
 }

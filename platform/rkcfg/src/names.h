@@ -13,6 +13,9 @@ namespace rkcfg {
 // The default configuration where nobody chose one.
 extern const char *const fallbackName;
 
+// Whether all of it is UTF-8 as it should be.
+bool wellFormed(std::string_view text);
+
 // 1 to 64 bytes of well-formed UTF-8 without '/', without control characters, not beginning with '.'.
 bool validName(std::string_view name);
 

@@ -116,17 +116,16 @@ void removeWithSidecars(const std::string &path)
 }
 
 // Checks a candidate as thoroughly as any database at open.
-Result soundCopy(const std::string &path, const Manner &manner, const std::string &target)
+Result soundCopy(const std::string &path, const Manner &manner, const std::string &target, Journal journal)
 {
     Result result;
-    const std::unique_ptr<Connection> source =
-        Connection::open(path, {Journal::Delete, manner.waitMs}, result);
+    const std::unique_ptr<Connection> source = Connection::open(path, {journal, manner.waitMs}, result);
     if (!source)
         return result;
     if (!createPrivateFile(target))
         return diskRefused("making a file");
     if (const int code = source->copyTo(target); code != SQLITE_OK)
-        return {code, source->message()};
+        return {code, source->message(code)};
     const std::unique_ptr<Connection> copy =
         Connection::open(target, {manner.journal, manner.waitMs, true}, result);
     return result;
@@ -137,8 +136,8 @@ Result prepare(const Paths &paths, const std::string &fresh, const Manner &manne
                bool &restored)
 {
     removeWithSidecars(fresh);
-    restored =
-        useCopy && fileState(paths.goodCopy).size() > 0 && soundCopy(paths.goodCopy, manner, fresh).ok();
+    restored = useCopy && fileState(paths.goodCopy).size() > 0 &&
+               soundCopy(paths.goodCopy, manner, fresh, Journal::Delete).ok();
     if (!restored) {
         removeWithSidecars(fresh);
         if (!createPrivateFile(fresh))
@@ -221,7 +220,7 @@ std::unique_ptr<Connection> repair(const Paths &paths, const Manner &manner, Fil
                                    Result &result)
 {
     std::unique_ptr<Connection> connection = tryOpen(paths, manner, identity, result);
-    if (connection || !needsHands(paths, identity, result))
+    if (connection || !needsHands(paths, identity, result) || (!identity.exists && !manner.create))
         return connection;
     result = identity.exists ? replace(paths, manner, result) : make(paths, manner);
     return result.ok() ? tryOpen(paths, manner, identity, result) : nullptr;
@@ -275,6 +274,33 @@ void keepGoodCopy(const Paths &paths, FolderLock &lock, const FileState &identit
     if (!createPrivateFile(fresh) || connection.copyTo(fresh) != SQLITE_OK || !syncFile(fresh) ||
         rename(fresh.c_str(), paths.goodCopy.c_str()) != 0)
         unlink(fresh.c_str());
+}
+
+Result removeStore(const Paths &paths)
+{
+    if (unlink(paths.database.c_str()) != 0)
+        return diskRefused("removing the database");
+    removeWithSidecars(paths.database);
+    unlink(paths.goodCopy.c_str());
+    return syncFolder(paths.folder) ? Result{} : diskRefused("syncing the directory");
+}
+
+Result renameStore(const Paths &paths, const Paths &target)
+{
+    const std::string fresh = target.database + ".new";
+    removeWithSidecars(fresh);
+    const Journal journal = onNetwork(paths.folder) ? Journal::Delete : Journal::Wal;
+    Result result = soundCopy(paths.database, {journal, 0}, fresh, journal);
+    if (result.ok() && !syncFile(fresh))
+        result = diskRefused("syncing a file");
+    if (result.ok() && rename(fresh.c_str(), target.database.c_str()) != 0)
+        result = diskRefused("naming a file");
+    if (!result.ok()) {
+        removeWithSidecars(fresh);
+        return result;
+    }
+    rename(paths.goodCopy.c_str(), target.goodCopy.c_str());
+    return removeStore(paths);
 }
 
 } // namespace rkcfg

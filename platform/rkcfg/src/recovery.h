@@ -24,6 +24,14 @@ bool goodCopyDue(const Paths &paths);
 // leaves an earlier copy alone when the store is empty or anything fails.
 void keepGoodCopy(const Paths &paths, FolderLock &lock, const FileState &identity, Connection &connection);
 
+// Removes a configuration: its database first, then all that belongs to it. For whoever holds the
+// directory's lock exclusively, as the next.
+Result removeStore(const Paths &paths);
+
+// A complete copy under the new name first, then the old one is removed: after a crash there is at
+// least one of them.
+Result renameStore(const Paths &paths, const Paths &target);
+
 } // namespace rkcfg
 
 #endif // RKCFG_RECOVERY_H

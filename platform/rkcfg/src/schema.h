@@ -26,6 +26,31 @@ CREATE TABLE setting (
 ) WITHOUT ROWID;
 )";
 
+// Beside the settings, so that programs from before it still find their store. An absent value is
+// null. label and undoes stand in the first row of a batch only. A table of its own for the writers
+// keeps the rows short; it has one row per program and user.
+constexpr const char *historySql = R"(
+CREATE TABLE IF NOT EXISTS writer (
+    id      INTEGER PRIMARY KEY,
+    program TEXT NOT NULL,
+    user    TEXT NOT NULL,
+    UNIQUE (program, user)
+);
+CREATE TABLE IF NOT EXISTS history (
+    id        INTEGER PRIMARY KEY,
+    batch     INTEGER NOT NULL,
+    time      INTEGER NOT NULL,
+    writer    INTEGER NOT NULL,
+    pid       INTEGER NOT NULL,
+    path      TEXT NOT NULL,
+    name      TEXT NOT NULL,
+    old_value,
+    new_value,
+    label     TEXT,
+    undoes    INTEGER
+);
+)";
+
 } // namespace rkcfg
 
 #endif // RKCFG_SCHEMA_H

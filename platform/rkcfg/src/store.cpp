@@ -14,35 +14,21 @@ namespace {
 constexpr int attempts = 3;
 constexpr int impatientMs = 50;
 
-// Lives as long as the process on purpose: calls from other objects' destructors still find it.
-Store &theStore()
+// Another number for each connection, so that a mark taken with one never fits the next.
+uint32_t nextGeneration()
 {
-    static Store &store = *new Store;
-    return store;
-}
-
-std::mutex &theMutex()
-{
-    static std::mutex &mutex = *new std::mutex;
-    return mutex;
-}
-
-// fork() waits for the call that is under way, so a child never inherits one half done.
-std::mutex &forkSafeMutex()
-{
-    static const int watching =
-        pthread_atfork([] { theMutex().lock(); }, [] { theMutex().unlock(); }, [] { theMutex().unlock(); });
-    (void)watching;
-    return theMutex();
+    static uint32_t generation = 0;
+    return ++generation;
 }
 
 } // namespace
 
-StoreAccess::StoreAccess() : m_held(forkSafeMutex()) {}
-
-Store *StoreAccess::operator->() const
+int Store::open(bool create)
 {
-    return &theStore();
+    m_create = create;
+    const int code = ready();
+    m_create = false;
+    return code;
 }
 
 bool Store::read(const Key &key, const Reader &reader)
@@ -65,34 +51,36 @@ bool Store::write(const Key &key, const Value &value)
         m_connection.reset();
     const int code = run("writing", [&](Connection &connection) {
         int result = SQLITE_OK;
-        if (holds(connection, key, value, result) || result != SQLITE_OK)
+        // Inside a transaction looking first would save nothing.
+        if (!m_transaction && (holds(connection, key, value, result) || result != SQLITE_OK))
             return result;
-        return writeChanged(key, value, changed);
+        return writeChanged([&](Connection &sound) { return sound.change(key, value, m_batch, changed); });
     });
     m_lostWrite = m_lostWrite || code != SQLITE_OK;
+    m_poisoned = m_poisoned || code != SQLITE_OK;
     return changed;
 }
 
 bool Store::holds(Connection &connection, const Key &key, const Value &value, int &code)
 {
-    bool same = false;
-    code = connection.read(key, [&](const Value &stored) {
-        same = stored.type == value.type && stored.number == value.number && stored.text == value.text;
-    });
+    bool same = value.type == Type::Absent;
+    code = connection.read(key, [&](const Value &stored) { same = stored == value; });
     return same;
 }
 
 // While the lock is held nobody takes the file away, so what is written stays in the store.
-int Store::writeChanged(const Key &key, const Value &value, bool &changed)
+int Store::writeChanged(const Operation &operation)
 {
+    if (m_transaction)
+        return operation(*m_connection);
     const LockGuard shared(m_lock, m_paths.folder, FolderLock::Kind::Shared, patienceMs());
     if (shared.busy())
         return SQLITE_BUSY;
     if (replaced())
         return SQLITE_READONLY_DBMOVED;
-    const int code = m_connection->write(key, value, changed);
-    m_unsynced = m_unsynced || changed;
-    m_uncopied = m_uncopied || changed;
+    const int code = operation(*m_connection);
+    m_unsynced = m_unsynced || code == SQLITE_OK;
+    m_uncopied = m_uncopied || code == SQLITE_OK;
     return code;
 }
 
@@ -117,7 +105,7 @@ int Store::run(const std::string &what, const Operation &operation)
         if (code != SQLITE_OK)
             return code;
         code = operation(*m_connection);
-        if (code != SQLITE_READONLY_DBMOVED && !Result{code, {}}.damage())
+        if (m_transaction || (code != SQLITE_READONLY_DBMOVED && !Result{code, {}}.damage()))
             break;
         m_connection->disown();
         m_connection.reset();
@@ -125,7 +113,7 @@ int Store::run(const std::string &what, const Operation &operation)
     adjustPatience(code);
     if (code == SQLITE_OK)
         return report(what, SQLITE_OK, {});
-    return report(what, code, m_connection ? m_connection->message() : sqlite3_errstr(code));
+    return report(what, code, m_connection ? m_connection->message(code) : sqlite3_errstr(code));
 }
 
 int Store::ready()
@@ -138,9 +126,14 @@ int Store::ready()
     if (m_folder.empty())
         return report("opening", SQLITE_CANTOPEN, "no directory for configurations");
     Result result;
-    if (reopen(m_defaultName.current(m_folder), result) != SQLITE_OK)
+    if (reopen(wantedName(), result) != SQLITE_OK)
         return report("opening", result.code, result.text);
     return SQLITE_OK;
+}
+
+std::string Store::wantedName()
+{
+    return m_fixedName.empty() ? m_defaultName.current(m_folder) : m_fixedName;
 }
 
 // Stays on the old connection when the new one cannot be had.
@@ -148,8 +141,8 @@ int Store::reopen(const std::string &name, Result &result)
 {
     const Paths paths(m_folder, name);
     FileState identity;
-    std::unique_ptr<Connection> connection =
-        openConfiguration(paths, m_lock, {journalOf(m_folder), patienceMs()}, identity, result);
+    std::unique_ptr<Connection> connection = openConfiguration(
+        paths, m_lock, {journalOf(m_folder), patienceMs(), false, m_create}, identity, result);
     m_impatient = result.busy();
     if (!connection) {
         result.text = paths.database + ": " + result.text;
@@ -158,6 +151,9 @@ int Store::reopen(const std::string &name, Result &result)
     leave();
     m_paths = paths;
     m_connection = std::move(connection);
+    m_generation = nextGeneration();
+    m_batch.end();
+    m_batch.writer = 0;
     m_connection->setBusyTimeout(patienceMs());
     m_identity = identity;
     m_folderSynced = false;
@@ -176,6 +172,7 @@ void Store::followFork()
     if (m_pid == pid)
         return;
     m_pid = pid;
+    m_transaction.reset();
     if (m_connection)
         m_connection->disown();
     m_connection.reset();
@@ -186,9 +183,10 @@ void Store::followFork()
 
 void Store::follow()
 {
-    if (!m_connection)
+    // A transaction ends where it began.
+    if (!m_connection || m_transaction)
         return;
-    if (m_defaultName.current(m_folder) != m_paths.name || replaced())
+    if (wantedName() != m_paths.name || replaced())
         leave();
 }
 
@@ -210,7 +208,7 @@ void Store::leave()
     if (!m_connection)
         return;
     if (m_unsynced)
-        report("saving", sync(), m_connection->message());
+        syncAndTell();
     // Closing the last connection tidies the log up by its name. That must be our log still.
     const LockGuard shared(m_lock, m_paths.folder, FolderLock::Kind::Shared, 0);
     if (!shared.held() || replaced())
@@ -227,14 +225,24 @@ int Store::sync()
     return code;
 }
 
+int Store::syncAndTell()
+{
+    const int code = sync();
+    return report("saving", code, m_connection->message(code));
+}
+
 int Store::save(const char *name)
 {
     int code = ready();
     if (code != SQLITE_OK)
         return code;
     if (name != nullptr && m_paths.name != name)
-        return report("saving", SQLITE_NOTFOUND, "only the current configuration can be saved");
-    code = report("saving", sync(), m_connection->message());
+        return report("saving", SQLITE_NOTFOUND, "only the handle's own configuration can be saved");
+    m_saveAtEnd = m_transaction != nullptr;
+    if (m_saveAtEnd)
+        return SQLITE_OK;
+    m_batch.end();
+    code = syncAndTell();
     if (m_uncopied)
         copyWhenDue();
     // What a failed write left out is not durable, so the save that was to cover it says so once.
@@ -247,6 +255,8 @@ int Store::save(const char *name)
 int Store::close(bool save)
 {
     followFork();
+    if (m_transaction)
+        end(false);
     int code = SQLITE_OK;
     if (m_connection && save)
         code = this->save(nullptr);
@@ -254,6 +264,7 @@ int Store::close(bool save)
     m_lock.close();
     m_defaultName.forget();
     m_reported.clear();
+    m_batch = {};
     m_lostWrite = false;
     return code;
 }
@@ -261,6 +272,8 @@ int Store::close(bool save)
 int Store::setDefaultName(const std::string &name)
 {
     followFork();
+    if (m_transaction)
+        return report("switching", SQLITE_MISUSE, "a transaction is open");
     m_folder = configFolder();
     if (m_folder.empty())
         return report("switching", SQLITE_CANTOPEN, "no directory for configurations");

@@ -1,15 +1,14 @@
 /* SPDX-License-Identifier: MIT */
 /*
- * The process's one store: follows the default name, the file behind it and forks, and turns each
- * failure into a result code and at most one log line. Not locked by itself: StoreAccess does that.
+ * One configuration of this process: follows the default name, the file behind it and forks, and turns
+ * each failure into a result code and at most one log line. Not locked by itself: StoreAccess does that.
  */
 #ifndef RKCFG_STORE_H
 #define RKCFG_STORE_H
 
-#include "connection.h"
 #include "names.h"
+#include "takeback.h"
 
-#include <mutex>
 #include <sys/types.h>
 #include <vector>
 
@@ -24,21 +23,35 @@ struct Entry {
     uint32_t number;
 };
 
+// A configuration by its own name, or the default one, whichever that is.
 class Store {
 public:
+    Store() = default;
+    explicit Store(std::string name) : m_fixedName(std::move(name)) {}
+
+    // Opens the configuration now, making it when it is missing and create says so.
+    int open(bool create);
     // True when found; reader sees the value.
     bool read(const Key &key, const Reader &reader);
-    // True when the stored value was created or changed.
+    // True when the stored value was created, changed or removed (absent).
     bool write(const Key &key, const Value &value);
     bool list(const char *path, std::vector<Entry> &entries);
     // All of these: 0 when done, else an SQLite code.
     int save(const char *name);
     int close(bool save);
     int setDefaultName(const std::string &name);
+    int begin();
+    int end(bool keep);
+    int label(const std::string &text);
+    int history(Walk &walk, std::vector<Change> &changes);
+    int takeBack(const TakeBackOrder &order, TakeBackResult &result);
+    // 0 unchanged, 1 changed by somebody else, -1 cannot be told.
+    int changedByOthers(uint64_t &mark);
 
     std::string defaultName();
     // One log line for a call that cannot be carried out as it was made.
     void refuse(const char *call, const char *why);
+    int report(const std::string &what, int code, const std::string &text);
 
 private:
     using Operation = std::function<int(Connection &)>;
@@ -46,23 +59,31 @@ private:
     int run(const std::string &what, const Operation &operation);
     int ready();
     int reopen(const std::string &name, Result &result);
-    int writeChanged(const Key &key, const Value &value, bool &changed);
+    int writeChanged(const Operation &operation);
     bool holds(Connection &connection, const Key &key, const Value &value, int &code);
+    std::string wantedName();
     void follow();
     void followFork();
     bool replaced();
     void leave();
     int sync();
+    int syncAndTell();
+    int finish(bool keep);
     void copyWhenDue();
     int patienceMs() const;
     void adjustPatience(int code);
     Journal journalOf(const std::string &folder);
-    int report(const std::string &what, int code, const std::string &text);
 
+    std::string m_fixedName; // empty: the default configuration
+    bool m_create = true;
     std::unique_ptr<Connection> m_connection;
+    uint32_t m_generation = 0; // another one for each connection of the process
     Paths m_paths;
     FileState m_identity;
     FolderLock m_lock;
+    std::unique_ptr<LockGuard> m_transaction; // held from begin to end
+    Batch m_batch;
+    Batch m_batchBefore; // as it was when the transaction began
     DefaultName m_defaultName;
     std::string m_folder;
     std::string m_reported;
@@ -70,25 +91,12 @@ private:
     bool m_unsynced = false;  // written by us since the last sync
     bool m_uncopied = false;  // written by us since the last good copy was looked at
     bool m_lostWrite = false; // a write failed since the last save
+    bool m_poisoned = false;  // a write failed since the transaction began
+    bool m_saveAtEnd = false; // a save was asked for inside the transaction
     bool m_impatient = false; // the last call waited in vain for another writer
     bool m_networkTold = false;
     bool m_readOnlyTold = false;
     bool m_folderSynced = false;
-};
-
-// Exclusive use of the process's store for a block. fork() waits for it, so a child never inherits
-// a store in the middle of a call.
-class StoreAccess {
-public:
-    StoreAccess();
-    ~StoreAccess() = default;
-    StoreAccess(const StoreAccess &) = delete;
-    StoreAccess &operator=(const StoreAccess &) = delete;
-
-    Store *operator->() const;
-
-private:
-    std::unique_lock<std::mutex> m_held;
 };
 
 } // namespace rkcfg

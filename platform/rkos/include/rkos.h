@@ -34,6 +34,10 @@ extern "C" {
 
 #define RKOS_INVALID_HANDLE ((uint64_t)-1)
 
+/* The version of the interface of the library that is loaded, "2.0". What this header has and an older
+ * library lacks is missing there; the functions themselves keep their meaning. */
+RKOS_API const char *rkOSVersion(void);
+
 /* ---- Files ----------------------------------------------------------------------------------------- */
 
 #define RKOS_GENERIC_READ 0x80000000u

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The microsecond counter, the hardware time and date and time texts.
+#include "ethtool.h"
 #include "guard.h"
 #include "rkos.h"
 #include "routes.h"
@@ -11,13 +12,8 @@
 #include <fcntl.h>
 #include <fstream>
 #include <limits>
-#include <linux/ethtool.h>
-#include <linux/sockios.h>
 #include <mutex>
-#include <net/if.h>
 #include <string>
-#include <sys/ioctl.h>
-#include <sys/socket.h>
 
 using namespace rkos;
 
@@ -44,15 +40,8 @@ uint64_t nanosOf(clockid_t clock)
 // The number of the hardware clock behind a network interface; negative when it has none.
 int hardwareClockOf(const std::string &interface)
 {
-    ethtool_ts_info info{};
-    ifreq request{};
-    if (interface.empty() || interface.size() >= sizeof request.ifr_name)
-        return -1;
-    const Fd socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    info.cmd = ETHTOOL_GET_TS_INFO;
-    memcpy(request.ifr_name, interface.c_str(), interface.size() + 1);
-    request.ifr_data = reinterpret_cast<char *>(&info);
-    return socket.valid() && ioctl(socket.get(), SIOCETHTOOL, &request) == 0 ? info.phc_index : -1;
+    const auto info = rk::timestampingOf(interface);
+    return info ? info->phc_index : -1;
 }
 
 // The kernel's clock id of an open clock device.
@@ -68,7 +57,8 @@ clockid_t openHardwareClock(int number)
     if (number < 0)
         return CLOCK_TAI;
     const std::string path = "/dev/ptp" + std::to_string(number);
-    Fd fd = aboveStandardStreams(Fd(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)));
+    Descriptor fd =
+        aboveStandardStreams(Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)));
     timespec now{};
     if (!fd.valid() || clock_gettime(clockOfDevice(fd.get()), &now) != 0)
         return CLOCK_TAI;

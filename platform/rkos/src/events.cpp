@@ -25,7 +25,7 @@ constexpr int maxDrain = 16384;
 struct Event {
     std::string name;
     EventSocket service; // the service's side
-    Fd setter;           // the other side
+    Descriptor setter;   // the other side
     std::mutex setterMutex;
     std::atomic<bool> closed{false};
 
@@ -38,7 +38,7 @@ uint64_t openEvent(const char *name)
 {
     if (!isEventName(name))
         return RKOS_INVALID_HANDLE;
-    Fd socket = connectEvent(name);
+    Descriptor socket = connectEvent(name);
     if (!socket.valid())
         return RKOS_INVALID_HANDLE;
     auto event = std::make_shared<Event>();
@@ -63,7 +63,7 @@ uint64_t createEvent(const char *name)
 enum class Sent { done, nobody };
 
 // A full queue means that the event is set already and that its service has yet to take it.
-Sent sendByte(const Fd &socket)
+Sent sendByte(const Descriptor &socket)
 {
     const char byte = 1;
     ssize_t sent = -1;

@@ -2,6 +2,7 @@
 #include "eventsocket.h"
 
 #include "directories.h"
+#include "privatefolder.h"
 
 #include <algorithm>
 #include <cstring>
@@ -44,7 +45,8 @@ const sockaddr *generic(const sockaddr_un &address)
 
 std::optional<EventDirectory> openDirectory(const std::string &path, bool shared)
 {
-    Fd fd = aboveStandardStreams(Fd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
+    Descriptor fd =
+        aboveStandardStreams(Descriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)));
     struct stat info {};
     if (!fd.valid() || fstat(fd.get(), &info) != 0)
         return std::nullopt;
@@ -58,22 +60,22 @@ std::optional<EventDirectory> openDirectory(const std::string &path, bool shared
     return directory;
 }
 
-Fd newSocket()
+Descriptor newSocket()
 {
-    return aboveStandardStreams(Fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)));
+    return aboveStandardStreams(Descriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)));
 }
 
 // Waits for the directory's lock, not for ever: its holder may have been stopped.
-Fd lockDirectory(const EventDirectory &directory)
+Descriptor lockDirectory(const EventDirectory &directory)
 {
     constexpr int flags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    Fd lock(openat(directory.fd.get(), lockName, flags, privateSocket));
+    Descriptor lock(openat(directory.fd.get(), lockName, flags, privateSocket));
     for (int tries = 0; lock.valid() && tries < lockTries; ++tries) {
         if (flock(lock.get(), LOCK_EX | LOCK_NB) == 0)
             return lock;
         nanosleep(&lockPause, nullptr);
     }
-    return Fd();
+    return Descriptor();
 }
 
 // Bound under a passing name and then renamed: the event's name is never without its socket while a
@@ -106,7 +108,7 @@ Outcome bindIn(EventDirectory &directory, const std::string &name, EventSocket *
     // Asked before the lock as well: where we may not write, a living service is still the owner.
     if (connectEvent(directory, name).valid())
         return Outcome::taken;
-    const Fd lock = lockDirectory(directory);
+    const Descriptor lock = lockDirectory(directory);
     if (!lock.valid())
         return Outcome::impossible;
     if (connectEvent(directory, name).valid())
@@ -137,7 +139,7 @@ std::vector<EventDirectory> eventDirectories()
         found.push_back(std::move(*system));
     if (const auto runtime = runtimeDir(SIZE_MAX)) {
         const std::string path = *runtime + "events";
-        if (makePrivate(path, false)) {
+        if (rk::makePrivate(path, false)) {
             if (auto own = openDirectory(path, false))
                 found.push_back(std::move(*own));
         }
@@ -145,27 +147,27 @@ std::vector<EventDirectory> eventDirectories()
     return found;
 }
 
-Fd connectEvent(const EventDirectory &directory, const std::string &name)
+Descriptor connectEvent(const EventDirectory &directory, const std::string &name)
 {
-    const Fd file(openat(directory.fd.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    const Descriptor file(openat(directory.fd.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     struct stat info {};
     if (!file.valid() || fstat(file.get(), &info) != 0 || !S_ISSOCK(info.st_mode))
-        return Fd();
-    Fd socket = newSocket();
+        return Descriptor();
+    Descriptor socket = newSocket();
     const sockaddr_un address = addressOf(file.get(), nullptr);
     if (!socket.valid() || connect(socket.get(), generic(address), sizeof address) != 0)
-        return Fd();
+        return Descriptor();
     return socket;
 }
 
-Fd connectEvent(const std::string &name)
+Descriptor connectEvent(const std::string &name)
 {
     for (const EventDirectory &directory : eventDirectories()) {
-        Fd socket = connectEvent(directory, name);
+        Descriptor socket = connectEvent(directory, name);
         if (socket.valid())
             return socket;
     }
-    return Fd();
+    return Descriptor();
 }
 
 void EventSocket::unlinkName() const

@@ -17,7 +17,7 @@ bool isEventName(const char *name);
 
 // A directory in which events lie.
 struct EventDirectory {
-    Fd fd;
+    Descriptor fd;
     std::string path;
     bool shared = false; // the system service's: other users may set what is in it
 };
@@ -26,15 +26,15 @@ struct EventDirectory {
 std::vector<EventDirectory> eventDirectories();
 
 // A socket connected to the living service of that name in `directory`; invalid when there is none.
-Fd connectEvent(const EventDirectory &directory, const std::string &name);
+Descriptor connectEvent(const EventDirectory &directory, const std::string &name);
 
 // The same in the first directory that has one.
-Fd connectEvent(const std::string &name);
+Descriptor connectEvent(const std::string &name);
 
 // A service's own socket and where it lies.
 struct EventSocket {
-    Fd fd;
-    Fd directory;
+    Descriptor fd;
+    Descriptor directory;
     std::string name;
     dev_t device = 0;
     ino_t inode = 0;

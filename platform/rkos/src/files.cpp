@@ -22,7 +22,7 @@ constexpr mode_t ownFileMode = 0600;
 constexpr mode_t othersBits = 0077;
 
 struct File {
-    Fd fd;
+    Descriptor fd;
     std::string path;
     bool readable = false;
     bool writable = false;
@@ -98,24 +98,24 @@ bool existsAsOther(const std::string &path)
     return stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode);
 }
 
-Fd openRegular(const std::string &path, uint32_t access, const Disposition &how)
+Descriptor openRegular(const std::string &path, uint32_t access, const Disposition &how)
 {
     if (existsAsOther(path))
-        return Fd();
+        return Descriptor();
     const bool own = liesInOwnDirectory(path);
     const int flags = openFlags(access, how, own);
     int opened = -1;
     do {
         opened = open(path.c_str(), flags, own ? ownFileMode : userFileMode);
     } while (opened < 0 && errno == EINTR);
-    Fd fd = aboveStandardStreams(Fd(opened));
+    Descriptor fd = aboveStandardStreams(Descriptor(opened));
     struct stat info {};
     if (!fd.valid() || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode))
-        return Fd();
+        return Descriptor();
     if (own && !acceptOwn(fd.get(), info, path))
-        return Fd();
+        return Descriptor();
     if (how.truncate && ftruncate(fd.get(), 0) != 0)
-        return Fd();
+        return Descriptor();
     fcntl(fd.get(), F_SETFL, fcntl(fd.get(), F_GETFL) & ~O_NONBLOCK);
     return fd;
 }
@@ -168,7 +168,7 @@ uint64_t createFile(const char *path, uint32_t access, uint32_t dispositionNumbe
     const bool mayEmpty = dispositionNumber != RKOS_TRUNCATE_EXISTING || (access & RKOS_GENERIC_WRITE) != 0;
     if (path == nullptr || path[0] == '\0' || how == nullptr || readOrWrite == 0 || !mayEmpty)
         return RKOS_INVALID_HANDLE;
-    Fd fd = openRegular(path, access, *how);
+    Descriptor fd = openRegular(path, access, *how);
     if (!fd.valid())
         return RKOS_INVALID_HANDLE;
     auto file = std::make_shared<File>();

@@ -5,14 +5,17 @@
 #ifndef RKOS_GUARD_H
 #define RKOS_GUARD_H
 
+#include "descriptor.h"
+
 #include <cerrno>
 #include <csignal>
 #include <ctime>
-#include <fcntl.h>
-#include <unistd.h>
 #include <utility>
 
 namespace rkos {
+
+using rk::aboveStandardStreams;
+using rk::Descriptor;
 
 // Runs `body`; an exception (memory exhausted, in practice) becomes `onFailure`.
 template<typename Result, typename Body>
@@ -23,45 +26,6 @@ Result guarded(Result onFailure, Body &&body) noexcept
     } catch (...) {
         return onFailure;
     }
-}
-
-// A file descriptor that closes itself.
-class Fd {
-public:
-    Fd() = default;
-    explicit Fd(int fd) : m_fd(fd) {}
-    Fd(Fd &&other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
-    Fd &operator=(Fd &&other) noexcept
-    {
-        std::swap(m_fd, other.m_fd);
-        return *this;
-    }
-    Fd(const Fd &) = delete;
-    Fd &operator=(const Fd &) = delete;
-    ~Fd()
-    {
-        if (m_fd >= 0) {
-            const int saved = errno;
-            ::close(m_fd);
-            errno = saved;
-        }
-    }
-
-    int get() const { return m_fd; }
-    bool valid() const { return m_fd >= 0; }
-    int release() { return std::exchange(m_fd, -1); }
-
-private:
-    int m_fd = -1;
-};
-
-// A program may have been started with its standard streams closed. What we open must then not take
-// their numbers, or what is meant for standard error would end in the user's file.
-inline Fd aboveStandardStreams(Fd fd)
-{
-    if (!fd.valid() || fd.get() > STDERR_FILENO)
-        return fd;
-    return Fd(fcntl(fd.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
 // Leaves errno as it was found.

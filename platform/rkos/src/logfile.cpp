@@ -49,7 +49,7 @@ void LogFile::setName(const std::string &name)
     struct stat info {};
     if (m_fd.valid() && (fstat(m_fd.get(), &info) != 0 || !sameFile(info, m_device, m_inode)))
         m_fd.release();
-    m_fd = Fd();
+    m_fd = Descriptor();
     m_name = name;
     m_torn = false;
 }
@@ -67,7 +67,8 @@ bool LogFile::isCurrent() const
 bool LogFile::openIn(const std::string &directory)
 {
     constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    Fd fd = aboveStandardStreams(Fd(open((directory + m_name + ".log").c_str(), flags, logMode)));
+    Descriptor fd =
+        aboveStandardStreams(Descriptor(open((directory + m_name + ".log").c_str(), flags, logMode)));
     struct stat info {};
     if (!fd.valid() || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != geteuid())
         return false;
@@ -103,7 +104,7 @@ void LogFile::shiftNames(int directory) const
 // lock the name is looked at again, as another process may just have been here.
 void LogFile::rotate()
 {
-    const Fd directory(open(m_directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const Descriptor directory(open(m_directory.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!directory.valid() || flock(directory.get(), LOCK_EX | LOCK_NB) != 0)
         return;
     if (isCurrent())
@@ -142,7 +143,7 @@ bool writeToStandardError(const std::string &line)
         return send(STDERR_FILENO, line.data(), line.size(), MSG_DONTWAIT | MSG_NOSIGNAL) == size;
     // A pipe or terminal: a descriptor of our own, as "do not wait" on the shared one would change it
     // for everybody who writes to it.
-    const Fd own(open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const Descriptor own(open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!own.valid() && (errno == EACCES || errno == ENOENT))
         return writeWhenRoom(STDERR_FILENO, line);
     return own.valid() && writeOnce(own.get(), line) == size;

@@ -33,7 +33,7 @@ private:
 
     std::string m_name;
     std::string m_directory;
-    Fd m_fd;
+    Descriptor m_fd;
     dev_t m_device = 0;
     ino_t m_inode = 0;
     bool m_torn = false;

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// The entry points that hand out and make directories.
+// The version, and the entry points that hand out and make directories.
 #include "directories.h"
 #include "guard.h"
+#include "privatefolder.h"
 #include "rkos.h"
 #include "userdirs.h"
 
@@ -41,6 +42,11 @@ std::optional<mode_t> modeFromDigits(int digits)
 
 } // namespace
 
+extern "C" const char *rkOSVersion(void)
+{
+    return "2.0";
+}
+
 extern "C" int rkOSGetConfigDir(char *buffer)
 {
     return guarded(0, [&] { return handOut(configDir(), buffer, RKOS_PATH_SIZE); });
@@ -65,6 +71,6 @@ extern "C" int rkOSMakeDir(const char *path, int mode)
         std::string name(path);
         while (name.size() > 1 && name.back() == '/')
             name.pop_back();
-        return makePath(name, 0777, *permissions) ? 1 : 0;
+        return rk::makePath(name, 0777, *permissions) ? 1 : 0;
     });
 }

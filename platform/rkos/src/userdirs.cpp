@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "userdirs.h"
 
-#include "directories.h"
+#include "privatefolder.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -86,8 +86,8 @@ std::optional<std::string> documentsDir()
     const char *set = secure_getenv("XDG_DOCUMENTS_DIR");
     if (set != nullptr && set[0] == '/')
         return withSlash(set);
-    const std::string home = homeDir();
-    const std::string list = baseDir("XDG_CONFIG_HOME", "/.config") + "/user-dirs.dirs";
+    const std::string home = rk::homeFolder();
+    const std::string list = rk::baseFolder("XDG_CONFIG_HOME", "/.config") + "/user-dirs.dirs";
     if (isRegular(list)) {
         std::ifstream file(list);
         if (auto path = userDir(file, "XDG_DOCUMENTS_DIR", home))

@@ -53,6 +53,10 @@ typedef void *PTP_HANDLE;
 #define RKPTP_NOT_SYNCED 1 /* there is a client, but no (fresh) sync to answer from */
 #define RKPTP_BAD_ARGUMENT (-1)
 
+/* The version of the interface of the library that is loaded, "2.0". A library of 1 lacks this call, and all
+ * below that say "since 2.0". */
+RKPTP_API const char *rkPTPVersion(void);
+
 /* Size of every text buffer: the text, at most 63 characters, and its end. */
 #define RKPTP_TEXT_SIZE 64
 
@@ -82,9 +86,11 @@ RKPTP_API void rkPTPEnd(PTP_HANDLE handle);
  */
 RKPTP_API int rkPTPGetStatus(PTP_HANDLE handle, int reserved);
 
+#define RKPTP_HIGHEST_DOMAIN 127
+
 /*
- * Chooses the PTP domain, 0 to 127. A change drops what was seen in the domain before; the status is
- * RKPTP_STARTING again. Any other number gives RKPTP_BAD_ARGUMENT, and the client does not run
+ * Chooses the PTP domain, 0 to RKPTP_HIGHEST_DOMAIN. A change drops what was seen in the domain before; the
+ * status is RKPTP_STARTING again. Any other number gives RKPTP_BAD_ARGUMENT, and the client does not run
  * (RKPTP_NO_CLIENT) until a valid one is chosen.
  */
 RKPTP_API int rkPTPSetTargetDomain(PTP_HANDLE handle, uint32_t domain);

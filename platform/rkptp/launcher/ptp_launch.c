@@ -9,12 +9,13 @@
  *     ptp_launch PARENT DOMAIN IDENTITY SOCKET INTERFACE...
  *
  * PARENT     process number of the caller; ptp4l is killed when the caller's thread ends
- * DOMAIN     0 to 127
+ * DOMAIN     0 to RKPTP_HIGHEST_DOMAIN
  * IDENTITY   clock identity as 021dc1.fffe.123456, with the "locally administered" bit
  * SOCKET     absolute path in a folder of mode 0700 that belongs to the caller
  * INTERFACE  1 to 8 names of existing network interfaces
  */
 #include "launchcodes.h"
+#include "rkptp.h"
 
 #include <ctype.h>
 #include <errno.h>
@@ -37,6 +38,8 @@
 #define MAX_INTERFACES 8
 #define FIRST_INTERFACE 5
 #define PTP_EVENT_PORT 319
+#define TEXT_OF_TOKENS(x) #x
+#define TEXT_OF(macro) TEXT_OF_TOKENS(macro)
 
 static const char usage[] = "usage: ptp_launch PARENT DOMAIN IDENTITY SOCKET INTERFACE...\n";
 
@@ -114,8 +117,8 @@ static void checkArguments(int argc, char **argv)
     }
     if (parseNumber(argv[1], 1L << 30) < 1)
         refuse("not a process number", argv[1]);
-    if (parseNumber(argv[2], 127) < 0)
-        refuse("not a domain from 0 to 127", argv[2]);
+    if (parseNumber(argv[2], RKPTP_HIGHEST_DOMAIN) < 0)
+        refuse("not a domain from 0 to " TEXT_OF(RKPTP_HIGHEST_DOMAIN), argv[2]);
     if (!isIdentity(argv[3]))
         refuse("not a local clock identity", argv[3]);
     if (!isSocketPath(argv[4]))

@@ -98,7 +98,7 @@ bool Child::openSocket()
         errno = ENAMETOOLONG;
         return false;
     }
-    m_socket = Fd(socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    m_socket = Descriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     return m_socket.valid() &&
            bind(m_socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
 }

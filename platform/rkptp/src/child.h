@@ -96,7 +96,7 @@ private:
     std::vector<bool> m_gone; // per interface
     ClockId m_identity;
     Process m_process;
-    Fd m_socket;
+    Descriptor m_socket;
     std::string m_ownPath;
     std::string m_peerPath;
     bool m_connected = false;

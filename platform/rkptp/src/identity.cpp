@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "identity.h"
 
+#include "text.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <sys/random.h>
@@ -28,15 +30,6 @@ bool isSeparator(char c)
     return c == '-' || c == ':' || c == '.';
 }
 
-std::string_view trimmed(std::string_view text)
-{
-    constexpr std::string_view blanks = " \t\r\n";
-    const size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
 // The bytes of the text, or nothing when a separator splits a byte, differs from the first or stands at an
 // end.
 std::optional<std::vector<uint8_t>> readBytes(std::string_view text)
@@ -62,7 +55,7 @@ std::optional<std::vector<uint8_t>> readBytes(std::string_view text)
 
 std::optional<ClockId> parseIdentity(std::string_view text)
 {
-    auto bytes = readBytes(trimmed(text));
+    auto bytes = readBytes(rk::trimmed(text));
     if (!bytes)
         return std::nullopt;
     if (bytes->size() == macBytes)

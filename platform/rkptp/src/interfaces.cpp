@@ -1,19 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "interfaces.h"
 
-#include "fd.h"
+#include "ethtool.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <cstdio>
 #include <ifaddrs.h>
-#include <linux/ethtool.h>
 #include <linux/net_tstamp.h>
-#include <linux/sockios.h>
 #include <memory>
 #include <net/if.h>
 #include <netinet/in.h>
-#include <sys/ioctl.h>
 
 namespace rkptp {
 
@@ -39,14 +35,9 @@ bool takesTimestamps(const char *name)
 {
     constexpr unsigned needed =
         SOF_TIMESTAMPING_TX_SOFTWARE | SOF_TIMESTAMPING_RX_SOFTWARE | SOF_TIMESTAMPING_SOFTWARE;
-    const Fd any(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    ethtool_ts_info info{};
-    info.cmd = ETHTOOL_GET_TS_INFO;
-    ifreq request{};
-    snprintf(request.ifr_name, sizeof request.ifr_name, "%s", name);
-    request.ifr_data = reinterpret_cast<char *>(&info);
+    const auto info = rk::timestampingOf(name);
     // A driver that does not say is given a try, as ptp4l does.
-    return ioctl(any.get(), SIOCETHTOOL, &request) != 0 || (info.so_timestamping & needed) == needed;
+    return !info || (info->so_timestamping & needed) == needed;
 }
 
 bool suits(const ifaddrs &entry, uint32_t wanted)

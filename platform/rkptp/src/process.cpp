@@ -119,8 +119,8 @@ int Process::start(const ProcessRequest &request)
     int ends[2];
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
         return errno;
-    m_log = Fd(ends[0]);
-    const Fd writeEnd(ends[1]);
+    m_log = Descriptor(ends[0]);
+    const Descriptor writeEnd(ends[1]);
     // ptp4l writes its lines without minding a full pipe; only our end must not block.
     fcntl(writeEnd.get(), F_SETFL, 0);
     const int error = spawn(&m_pid, argumentsOf(request), writeEnd.get());
@@ -129,7 +129,7 @@ int Process::start(const ProcessRequest &request)
         return error;
     }
     // The process is ours to reap, so its number cannot have been given away yet.
-    m_pidFd = Fd(pidfd_open(m_pid, 0));
+    m_pidFd = Descriptor(pidfd_open(m_pid, 0));
     return m_pidFd.valid() ? 0 : errno;
 }
 

@@ -4,7 +4,7 @@
 
 // One ptp4l, started through the launcher: its process descriptor, its output, its end.
 
-#include "fd.h"
+#include "descriptor.h"
 
 #include <optional>
 #include <string>
@@ -13,6 +13,8 @@
 #include <sys/types.h>
 
 namespace rkptp {
+
+using rk::Descriptor;
 
 /* How a process ended. */
 struct ProcessEnd {
@@ -57,8 +59,8 @@ private:
     void takeLogText(const char *text, size_t size);
 
     pid_t m_pid = -1;
-    Fd m_pidFd;
-    Fd m_log;
+    Descriptor m_pidFd;
+    Descriptor m_log;
     std::string m_line;
     std::string m_lastLines;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "rkptp.h"
 
+#include "text.h"
 #include "worker.h"
 
 #include <cstring>
@@ -14,12 +15,10 @@ Worker::Id idOf(PTP_HANDLE handle)
     return reinterpret_cast<Worker::Id>(handle);
 }
 
-constexpr uint32_t highestDomain = 127;
-
 // Before a client has started, or after a wish that no client can fulfil.
 void resetSnapshot(Client &client)
 {
-    const bool possible = client.addressValid && client.key.domain <= highestDomain;
+    const bool possible = client.addressValid && client.key.domain <= RKPTP_HIGHEST_DOMAIN;
     client.snapshot = Snapshot();
     client.snapshot.state = possible ? ClientState::Starting : ClientState::None;
 }
@@ -48,6 +47,11 @@ void splitTime(int64_t nanos, uint64_t *seconds, uint32_t *nanoseconds)
 }
 
 } // namespace
+
+const char *rkPTPVersion(void)
+{
+    return "2.0";
+}
 
 PTP_HANDLE rkPTPStart(const char *interfaceAddress)
 {
@@ -87,13 +91,13 @@ int rkPTPSetTargetDomain(PTP_HANDLE handle, uint32_t domain)
     });
     if (!known)
         return RKPTP_NO_CLIENT;
-    return domain <= highestDomain ? RKPTP_OK : RKPTP_BAD_ARGUMENT;
+    return domain <= RKPTP_HIGHEST_DOMAIN ? RKPTP_OK : RKPTP_BAD_ARGUMENT;
 }
 
 int rkPTPSetTargetMacAddress(PTP_HANDLE handle, const char *identity)
 {
     const std::string_view text = identity ? identity : "";
-    const bool any = text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    const bool any = rk::trimmed(text).empty();
     const auto id = parseIdentity(text);
     const bool known = Worker::instance().change(idOf(handle), [&](Client &client) {
         client.changedAt = monotonicNow();

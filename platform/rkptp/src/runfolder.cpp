@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "runfolder.h"
 
+#include "privatefolder.h"
+
 #include <cstdlib>
-#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -16,32 +16,17 @@ namespace rkptp {
 
 namespace {
 
-constexpr const char *prefix = "ptp-";
 constexpr const char *lockName = "lock";
 // "/ptp-XXXXXX/" and the name of a socket in it.
 constexpr size_t roomForNames = 40;
 
-Fd openFolder(const std::string &path)
-{
-    return Fd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-}
+// For when every name that is ours by rule is taken or cannot be made: names that nobody can take beforehand.
+constexpr const char *lastResort = "/tmp";
 
-bool ownedByUs(int fd)
+// Longer paths do not fit a socket's address.
+bool hasRoom(const std::string &parent)
 {
-    struct stat info {};
-    return fstat(fd, &info) == 0 && info.st_uid == geteuid();
-}
-
-// The folder made or found, ours and closed to everybody else. Never through a symbolic link.
-Fd privateFolder(const std::string &path)
-{
-    if (path.size() + roomForNames > sizeof(sockaddr_un::sun_path))
-        return Fd();
-    mkdir(path.c_str(), 0700);
-    Fd folder = openFolder(path);
-    if (!folder.valid() || !ownedByUs(folder.get()) || fchmod(folder.get(), 0700) != 0)
-        return Fd();
-    return folder;
+    return parent.size() + roomForNames <= sizeof(sockaddr_un::sun_path);
 }
 
 std::vector<std::string> entriesOf(int folder)
@@ -58,10 +43,26 @@ std::vector<std::string> entriesOf(int folder)
     return names;
 }
 
+bool ownedByUs(int fd)
+{
+    struct stat info {};
+    return fstat(fd, &info) == 0 && info.st_uid == geteuid();
+}
+
+// A folder in which others may make names, but not move or remove ours.
+Descriptor openShared(const char *path)
+{
+    Descriptor folder(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    struct stat info {};
+    const bool safe = folder.valid() && fstat(folder.get(), &info) == 0 && (info.st_mode & S_ISVTX) != 0;
+    return safe ? std::move(folder) : Descriptor();
+}
+
 void removeFolder(int parent, const std::string &name)
 {
-    const Fd folder(openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (!folder.valid())
+    const Descriptor folder(openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    // In /tmp there may be others' folders of such a name, and root could empty them.
+    if (!folder.valid() || !ownedByUs(folder.get()))
         return;
     for (const std::string &entry : entriesOf(folder.get()))
         unlinkat(folder.get(), entry.c_str(), 0);
@@ -69,12 +70,12 @@ void removeFolder(int parent, const std::string &name)
 }
 
 // A folder whose lock can be taken was left behind by a process that was killed.
-void sweep(int parent)
+void sweep(int parent, const std::string &prefix)
 {
     for (const std::string &name : entriesOf(parent)) {
-        if (name.compare(0, strlen(prefix), prefix) != 0)
+        if (name.compare(0, prefix.size(), prefix) != 0)
             continue;
-        const Fd lock(
+        const Descriptor lock(
             openat(parent, (name + "/" + lockName).c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
         if (lock.valid() && flock(lock.get(), LOCK_EX | LOCK_NB) == 0)
             removeFolder(parent, name);
@@ -82,37 +83,27 @@ void sweep(int parent)
 }
 
 // Makes and takes the lock file; fails when another process swept the folder in between.
-Fd takeLock(const std::string &folder)
+Descriptor takeLock(const std::string &folder)
 {
-    Fd lock(
+    Descriptor lock(
         open((folder + "/" + lockName).c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     struct stat info {};
     if (!lock.valid() || flock(lock.get(), LOCK_EX | LOCK_NB) != 0 || fstat(lock.get(), &info) != 0 ||
         info.st_nlink == 0)
-        return Fd();
+        return Descriptor();
     return lock;
-}
-
-std::string runtimeFolder()
-{
-    const char *runtime = getenv("XDG_RUNTIME_DIR");
-    if (!runtime || runtime[0] != '/')
-        return {};
-    const Fd folder(open(runtime, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return folder.valid() && ownedByUs(folder.get()) ? std::string(runtime) + "/corvel" : std::string();
 }
 
 } // namespace
 
-bool RunFolder::prepareBelow(const std::string &parent)
+bool RunFolder::prepareIn(const Descriptor &parent, const std::string &path, const char *prefix)
 {
     constexpr int tries = 3;
-    const Fd folder = privateFolder(parent);
-    if (!folder.valid())
+    if (!parent.valid() || !hasRoom(path))
         return false;
-    sweep(folder.get());
+    sweep(parent.get(), prefix);
     for (int i = 0; i < tries && !m_lock.valid(); ++i) {
-        m_path = parent + "/" + prefix + "XXXXXX";
+        m_path = path + "/" + prefix + "XXXXXX";
         if (!mkdtemp(m_path.data()))
             return false;
         m_lock = takeLock(m_path);
@@ -126,10 +117,10 @@ bool RunFolder::prepare()
     if (m_lock.valid() && access(m_path.c_str(), W_OK) == 0)
         return true;
     m_lock.reset();
-    const std::string runtime = runtimeFolder();
-    if (!runtime.empty() && prepareBelow(runtime))
-        return true;
-    return prepareBelow("/tmp/corvel-" + std::to_string(geteuid()));
+    for (const rk::RuntimeFolder &place : rk::runtimeFolders())
+        if (prepareIn(rk::openPrivate(place.path, place.parents), place.path, "ptp-"))
+            return true;
+    return prepareIn(openShared(lastResort), lastResort, "corvel-ptp-");
 }
 
 void RunFolder::remove()
@@ -137,7 +128,7 @@ void RunFolder::remove()
     if (!m_lock.valid())
         return;
     const size_t slash = m_path.rfind('/');
-    const Fd parent = openFolder(m_path.substr(0, slash));
+    const Descriptor parent(open(m_path.substr(0, slash).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (parent.valid())
         removeFolder(parent.get(), m_path.substr(slash + 1));
     m_lock.reset();

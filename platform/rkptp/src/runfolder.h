@@ -5,18 +5,21 @@
 // The private folder for the sockets between this process and its ptp4l children. ptp4l unlinks whatever path
 // it is given, so the folder belongs to this user alone and to one process.
 
-#include "fd.h"
+#include "descriptor.h"
 
 #include <string>
 
 namespace rkptp {
 
+using rk::Descriptor;
+
 class RunFolder {
 public:
     ~RunFolder() { remove(); }
 
-    /* Makes the folder below $XDG_RUNTIME_DIR/corvel, else below /tmp/corvel-<uid>, unless it exists already;
-       clears away folders of processes that are gone. False when neither place can be used safely. */
+    /* Makes the folder in the first usable of rk::runtimeFolders(), else under a name of its own in /tmp,
+       unless it exists already; clears away folders of processes that are gone. False when none can be made
+       safely. */
     bool prepare();
 
     /* Removes the folder with what is in it. */
@@ -26,10 +29,10 @@ public:
     std::string pathOf(const std::string &name) const { return m_path + "/" + name; }
 
 private:
-    bool prepareBelow(const std::string &parent);
+    bool prepareIn(const Descriptor &parent, const std::string &path, const char *prefix);
 
     std::string m_path;
-    Fd m_lock; // held for the life of the folder: whoever can take it knows that the owner is gone
+    Descriptor m_lock; // held for the life of the folder: whoever can take it knows that the owner is gone
 };
 
 } // namespace rkptp

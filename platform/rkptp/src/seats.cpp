@@ -16,14 +16,13 @@ namespace {
 constexpr int64_t settleTime = 300 * nanosPerMilli; // after the last wish: the domain arrives after the start
 constexpr int64_t searchInterval = 5 * nanosPerSecond;
 constexpr int64_t patience = 2 * nanosPerSecond; // before another grandmaster is worth a line in the log
-constexpr uint32_t maxDomain = 127;
 
 // Kinds of log lines; each is written at most once a minute.
 enum LogKind { NoInterface, NoLauncher, NoFolder, NoStart, Ended, Silent, OtherGrandmaster, Fault };
 
 bool runnable(const Client &client)
 {
-    return client.addressValid && client.key.domain <= maxDomain;
+    return client.addressValid && client.key.domain <= RKPTP_HIGHEST_DOMAIN;
 }
 
 Snapshot withoutClient(const CarriedTime &carried)
@@ -110,7 +109,7 @@ void Worker::launch(Id id, Seat &seat, std::vector<Interface> interfaces, int64_
         trouble = "the launcher is missing: " + expectedLauncher();
     } else if (!m_folder.prepare()) {
         kind = NoFolder;
-        trouble = "no private folder for the sockets below $XDG_RUNTIME_DIR or /tmp";
+        trouble = "no private folder for the sockets can be made, not even in /tmp";
     } else if (const int error = child->start(launcher, m_folder, ++m_childNumber, now)) {
         trouble = "cannot start " + launcher + ": " + strerror(error);
     }

@@ -72,7 +72,7 @@ bool Worker::startThread()
     // A thread that said it is not running takes no lock any more; it ends at once.
     if (m_thread.joinable())
         m_thread.join();
-    m_wake = Fd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    m_wake = Descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!m_wake.valid())
         return false;
     sigset_t all;

@@ -124,7 +124,7 @@ private:
     bool m_stopping = false;
     bool m_forked = false; // this is the child of a fork: no thread, and the mutex may be held by nobody
     std::thread m_thread;
-    Fd m_wake;
+    Descriptor m_wake;
 
     // From here on the thread's own.
     std::map<Id, Seat> m_seats;

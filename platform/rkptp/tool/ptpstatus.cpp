@@ -200,7 +200,7 @@ bool readOptions(int argc, char **argv, Options &options)
             options.interface = optarg;
         else if (option == 'g')
             options.grandmaster = optarg;
-        else if (option == 'd' && readNumber(optarg, 127, options.domain))
+        else if (option == 'd' && readNumber(optarg, RKPTP_HIGHEST_DOMAIN, options.domain))
             continue;
         else if (option == 't' && readNumber(optarg, 3600, seconds))
             options.seconds = static_cast<int>(seconds);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // A process with the store open that does what its standard input says, one answer line per command:
 //   get P N | set P N T | getn P N | setn P N V | save | close | default [NAME] | unprivileged
+//   begin | end KEEP
+// With the argument "transactions" it writes a growing number under 200 names at a time.
 // With the argument "count" it writes a growing number as fast as it can and prints each one as soon
 // as the write has returned, until it is killed.
 #include "rkcfg.h"
@@ -70,6 +72,16 @@ std::string defaultName(const Words &words)
     return name;
 }
 
+std::string begin(const Words &)
+{
+    return std::to_string(rkCFGBegin(store));
+}
+
+std::string end(const Words &words)
+{
+    return std::to_string(rkCFGEnd(store, std::stoi(words[1])));
+}
+
 // The superuser passes every permission bit; without capabilities it does not.
 std::string unprivileged(const Words &)
 {
@@ -87,12 +99,29 @@ std::string unprivileged(const Words &)
     }
 }
 
+[[noreturn]] void transactions()
+{
+    uint32_t n = 0;
+    rkCFGValueDword(store, "All", "0", &n, 0);
+    for (;;) {
+        ++n;
+        rkCFGBegin(store);
+        for (int i = 0; i < 200; ++i)
+            rkCFGValueDword(store, "All", std::to_string(i).c_str(), &n, 1);
+        rkCFGEnd(store, 1);
+        puts("done");
+        fflush(stdout);
+    }
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     if (argc > 1 && std::string(argv[1]) == "count")
         count();
+    if (argc > 1 && std::string(argv[1]) == "transactions")
+        transactions();
     static const std::map<std::string, std::pair<size_t, std::string (*)(const Words &)>> commands = {
         {"get", {3, get}},
         {"set", {4, set}},
@@ -100,6 +129,8 @@ int main(int argc, char **argv)
         {"setn", {4, setNumber}},
         {"save", {1, save}},
         {"close", {1, close}},
+        {"begin", {1, begin}},
+        {"end", {2, end}},
         {"default", {1, defaultName}},
         {"unprivileged", {1, unprivileged}},
     };

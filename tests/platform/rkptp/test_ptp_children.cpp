@@ -138,6 +138,8 @@ private slots:
     void callsInTheChildOfAFork();
     void missingParts();
     void foldersOfDeadProgramsAreSwept();
+    void takenNamesDoNotStopAClient_data();
+    void takenNamesDoNotStopAClient();
 
 private:
     std::unique_ptr<PtpNet> m_net;
@@ -423,9 +425,8 @@ void TestPtpChildren::missingParts()
         QStringLiteral("-m"),
         QStringLiteral("sh"),
         QStringLiteral("-c"),
-        QStringLiteral(
-            "mount -t tmpfs -o ro none /mnt && mount --bind /mnt /tmp && XDG_RUNTIME_DIR=/nonexistent "
-            "exec \"$@\""),
+        QStringLiteral("mount -t tmpfs -o ro none /mnt && mount --bind /mnt /tmp && unset TMPDIR && "
+                       "XDG_RUNTIME_DIR=/nonexistent XDG_STATE_HOME=/proc/none exec \"$@\""),
         QStringLiteral("sh")};
     Case cases[] = {{QString(), {}, "launcher is missing", {}, {}, {}},
                     {QStringLiteral(BARREN_LAUNCHER), {}, "install linuxptp", {}, {}, {}},
@@ -486,6 +487,39 @@ void TestPtpChildren::foldersOfDeadProgramsAreSwept()
     program->terminate();
     program->waitForFinished(3000);
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
+}
+
+void TestPtpChildren::takenNamesDoNotStopAClient_data()
+{
+    QTest::addColumn<QString>("state");
+    QTest::addColumn<QString>("where");
+    QTest::newRow("a folder in the home")
+        << QStringLiteral("/tmp/state") << QStringLiteral("/tmp/state/corvel/run/ptp-*");
+    QTest::newRow("no home either") << QStringLiteral("/proc/none") << QStringLiteral("/tmp/corvel-ptp-*");
+}
+
+// Somebody else has made our name in the shared folder, and there is no session folder.
+void TestPtpChildren::takenNamesDoNotStopAClient()
+{
+    QFETCH(QString, state);
+    QFETCH(QString, where);
+    if (QProcess::execute(QStringLiteral("unshare"), {QStringLiteral("-m"), QStringLiteral("true")}) != 0)
+        QSKIP("nothing can be mounted over /tmp here");
+    const QString script =
+        QStringLiteral("mount -t tmpfs -o mode=1777 none /tmp && touch /tmp/corvel-$(id -u) && "
+                       "unset TMPDIR XDG_RUNTIME_DIR && export XDG_STATE_HOME=%1 && "
+                       "{ %2 -t 30 -i 10.9.0.1 & } && until ls -d %3; do :; done; kill $!; wait $!; ls -d %3")
+            .arg(state, ptpstatus, where);
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QStringLiteral("unshare"),
+                  {QStringLiteral("-m"), QStringLiteral("timeout"), QStringLiteral("20"),
+                   QStringLiteral("sh"), QStringLiteral("-c"), script});
+    QVERIFY(process.waitForFinished(25000));
+    const QByteArray output = process.readAll();
+    QVERIFY2(!output.contains("PTP: ") && !output.contains("no client"), output.constData());
+    // Killed it left its folder behind; what counts is that there was one.
+    QVERIFY2(process.exitCode() == 0, output.constData());
 }
 
 QTEST_GUILESS_MAIN(TestPtpChildren)

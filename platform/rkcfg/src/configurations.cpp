@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#include "configurations.h"
+
+#include "recovery.h"
+
+namespace rkcfg {
+
+namespace {
+
+constexpr int lockWaitMs = 1000;
+
+Result objection(const StoreAccess &store, const Paths &paths)
+{
+    if (store->defaultName() == paths.name)
+        return {SQLITE_MISUSE, paths.name + " is the default configuration"};
+    if (!fileState(paths.database).exists)
+        return {SQLITE_NOTFOUND, "there is no configuration " + paths.name};
+    return {};
+}
+
+// Writers hold the lock for the moment of a write, so nobody is in the middle of one.
+template<typename Step>
+int alone(const StoreAccess &store, const char *what, const std::string &name, Step step)
+{
+    const std::string folder = configFolder();
+    if (folder.empty())
+        return store->report(what, SQLITE_CANTOPEN, "no directory for configurations");
+    const Paths paths(folder, name);
+    FolderLock lock;
+    const LockGuard held(lock, folder, FolderLock::Kind::Exclusive, lockWaitMs);
+    if (!held.held())
+        return store->report(what, SQLITE_BUSY, "another process is writing");
+    Result result = objection(store, paths);
+    if (result.ok())
+        result = step(paths);
+    return store->report(what, result.code, result.text);
+}
+
+} // namespace
+
+int deleteConfiguration(const StoreAccess &store, const std::string &name)
+{
+    return alone(store, "deleting", name, [](const Paths &paths) { return removeStore(paths); });
+}
+
+int renameConfiguration(const StoreAccess &store, const std::string &name, const std::string &newName)
+{
+    return alone(store, "renaming", name, [&](const Paths &paths) {
+        const Paths target(paths.folder, newName);
+        if (fileState(target.database).exists)
+            return Result{SQLITE_MISUSE, "there is a configuration " + newName + " already"};
+        return renameStore(paths, target);
+    });
+}
+
+} // namespace rkcfg

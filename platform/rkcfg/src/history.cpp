@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: MIT
+#include "history.h"
+
+#include "schema.h"
+#include "writer.h"
+
+#include <ctime>
+#include <string>
+#include <unistd.h>
+
+namespace rkcfg {
+
+namespace {
+
+constexpr int64_t pageRows = 500;
+
+// The path as the store keeps it.
+constexpr const char *insertSql =
+    "INSERT INTO history (id, batch, time, writer, pid, path, name, old_value, new_value, label, undoes)"
+    " SELECT next, coalesce(?1, next), ?2, ?3, ?4,"
+    " coalesce((SELECT path FROM setting WHERE path = ?5 LIMIT 1), ?5), ?6, ?7, ?8, ?9, ?10"
+    " FROM (SELECT coalesce(max(id), 0) + 1 AS next FROM history)";
+
+#define RKCFG_CHANGE_ROWS                                                                                    \
+    "SELECT h.id, h.batch, h.time, w.program, h.pid, w.user, f.label, h.path, h.name, h.old_value,"          \
+    " h.new_value, f.undoes FROM history AS h LEFT JOIN writer AS w ON w.id = h.writer"                      \
+    " LEFT JOIN history AS f ON f.id = h.batch"
+
+constexpr const char *forwardSql = RKCFG_CHANGE_ROWS " WHERE h.id > ?1 AND h.id <= ?2 ORDER BY h.id LIMIT ?3";
+constexpr const char *backwardSql =
+    RKCFG_CHANGE_ROWS " WHERE h.id < ?1 AND h.id >= ?2 ORDER BY h.id DESC LIMIT ?3";
+constexpr const char *batchSql = RKCFG_CHANGE_ROWS " WHERE h.id >= ?1 AND h.batch = ?1 ORDER BY h.id";
+
+#undef RKCFG_CHANGE_ROWS
+
+int64_t nowMicroseconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return int64_t(now.tv_sec) * 1'000'000 + now.tv_nsec / 1000;
+}
+
+Change changeOf(const Statement &row)
+{
+    Change change;
+    change.id = row.number(0);
+    change.batch = row.number(1);
+    change.time_us = row.number(2);
+    change.program = row.text(3);
+    change.pid = static_cast<uint32_t>(row.number(4));
+    change.user = row.text(5);
+    change.labelled = !row.null(6);
+    change.label = row.text(6);
+    change.path = row.text(7);
+    change.name = row.text(8);
+    change.before = Kept(row.value(9));
+    change.after = Kept(row.value(10));
+    change.undoes = row.number(11);
+    return change;
+}
+
+// Tables of these names without our columns: the content is at fault.
+int asContent(int code)
+{
+    return (code & 0xFF) == SQLITE_ERROR ? SQLITE_CORRUPT : code;
+}
+
+} // namespace
+
+void History::forget()
+{
+    m_insert.finalize();
+}
+
+int History::make()
+{
+    if (m_insert.prepared())
+        return SQLITE_OK;
+    int code = sqlite3_exec(m_db, historySql, nullptr, nullptr, nullptr);
+    if (code == SQLITE_OK)
+        code = m_insert.prepare(m_db, insertSql);
+    return asContent(code);
+}
+
+int History::findWriter(Batch &batch)
+{
+    if (batch.writer != 0)
+        return SQLITE_OK;
+    const std::string program = programName();
+    const std::string user = userName();
+    Statement insert;
+    int code = insert.prepare(m_db, "INSERT OR IGNORE INTO writer (program, user) VALUES (?1, ?2)");
+    if (code != SQLITE_OK)
+        return asContent(code);
+    insert.bind(1, program);
+    insert.bind(2, user);
+    code = insert.run();
+    Statement find;
+    if (code == SQLITE_OK)
+        code = find.prepare(m_db, "SELECT id FROM writer WHERE program = ?1 AND user = ?2");
+    if (code != SQLITE_OK)
+        return asContent(code);
+    find.bind(1, program);
+    find.bind(2, user);
+    code = find.step();
+    batch.writer = code == SQLITE_ROW ? find.number(0) : 0;
+    return code == SQLITE_ROW ? SQLITE_OK : code;
+}
+
+int History::record(const Key &key, const Value &before, const Value &after, Batch &batch)
+{
+    int code = make();
+    if (code == SQLITE_OK)
+        code = findWriter(batch);
+    if (code != SQLITE_OK)
+        return code;
+    const bool first = batch.id == 0;
+    if (!first)
+        m_insert.bind(1, batch.id);
+    m_insert.bind(2, nowMicroseconds());
+    m_insert.bind(3, batch.writer);
+    m_insert.bind(4, int64_t(getpid()));
+    m_insert.bind(5, key.path);
+    m_insert.bind(6, key.name);
+    m_insert.bind(7, before);
+    m_insert.bind(8, after);
+    if (first && !batch.label.empty())
+        m_insert.bind(9, batch.label);
+    if (first && batch.undoes != 0)
+        m_insert.bind(10, batch.undoes);
+    code = m_insert.run();
+    if (code == SQLITE_OK && first)
+        batch.begin(sqlite3_last_insert_rowid(m_db));
+    return asContent(code);
+}
+
+// A store from before history has none until its next change.
+bool History::present()
+{
+    Statement find;
+    const char *sql = "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = 'history'";
+    return find.prepare(m_db, sql) == SQLITE_OK && find.step() == SQLITE_ROW;
+}
+
+int History::begin(Walk &walk)
+{
+    Statement bounds;
+    int code = bounds.prepare(m_db, "SELECT coalesce(min(id), 0), coalesce(max(id), 0) FROM history");
+    if (code == SQLITE_OK)
+        code = bounds.step();
+    if (code != SQLITE_ROW)
+        return asContent(code);
+    walk.end = walk.newestFirst ? bounds.number(0) : bounds.number(1);
+    if (walk.newestFirst)
+        walk.position = bounds.number(1) + 1;
+    return SQLITE_OK;
+}
+
+int History::read(Walk &walk, std::vector<Change> &changes)
+{
+    changes.clear();
+    if (!present())
+        return SQLITE_OK;
+    int code = walk.end < 0 ? begin(walk) : SQLITE_OK;
+    Statement page;
+    if (code == SQLITE_OK)
+        code = page.prepare(m_db, walk.newestFirst ? backwardSql : forwardSql);
+    if (code != SQLITE_OK)
+        return asContent(code);
+    page.bind(1, walk.position);
+    page.bind(2, walk.end);
+    page.bind(3, pageRows);
+    code = rows(page, changes);
+    if (!changes.empty())
+        walk.position = changes.back().id;
+    return code;
+}
+
+int History::readBatch(int64_t batch, std::vector<Change> &changes)
+{
+    changes.clear();
+    if (!present())
+        return SQLITE_OK;
+    Statement find;
+    if (const int code = find.prepare(m_db, batchSql); code != SQLITE_OK)
+        return asContent(code);
+    find.bind(1, batch);
+    const int code = rows(find, changes);
+    if (!changes.empty() && changes.front().id != batch)
+        changes.clear();
+    return code;
+}
+
+int History::rows(Statement &statement, std::vector<Change> &changes)
+{
+    int code = SQLITE_OK;
+    while ((code = statement.step()) == SQLITE_ROW)
+        changes.push_back(changeOf(statement));
+    return finished(code);
+}
+
+} // namespace rkcfg
