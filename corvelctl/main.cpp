@@ -35,6 +35,8 @@ void addFamilies(CLI::App &app, Context &context)
     addDumpCommands(app, context);
     addIppCommands(app, context);
     addConfigCommands(app, context);
+    addSdpCommands(app, context);
+    addCheckCommands(app, context);
 }
 
 QByteArrayList commandNames(const CLI::App &app)
