@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Session descriptions: sdp check, fix, load and write.
+#include "channel/channelstore.h"
 #include "corvelctl/changes.h"
 #include "corvelctl/families.h"
 #include "corvelctl/findingsout.h"
@@ -138,7 +139,7 @@ int showRest(Context &context, const ops::SdpFixed &fixed, const ops::SdpFacts &
     const ops::Findings left = ops::checkSdp({text}, facts);
     for (const ops::Finding &finding : left) {
         if (finding.severity != ops::Severity::Note)
-            context.out.note("left: " + ops::findingsText({finding}).chopped(1));
+            context.out.note("left: " + ops::findingsText({finding}).split('\n').first());
     }
     return ops::hasTrouble(left) ? Found : Done;
 }

@@ -10,9 +10,13 @@
 
 #include <arpa/inet.h>
 #include <ifaddrs.h>
+#include <linux/ethtool.h>
+#include <linux/sockios.h>
 #include <net/if.h>
 #include <net/route.h>
 #include <netinet/in.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -26,15 +30,49 @@ QByteArray fileText(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// A property of an interface as the system's file tree shows it; 0 when it has none.
-qint64 property(const QByteArray &interface, const char *name)
-{
-    const QString path =
-        QStringLiteral("/sys/class/net/%1/%2").arg(QFile::decodeName(interface), QLatin1String(name));
-    return qMax(0LL, fileText(path).trimmed().toLongLong());
-}
+// Asks the kernel of one interface: the file tree in /sys may show another network namespace.
+class Asker {
+public:
+    Asker() : m_socket(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
+    ~Asker()
+    {
+        if (m_socket >= 0)
+            close(m_socket);
+    }
+    Asker(const Asker &) = delete;
+    Asker &operator=(const Asker &) = delete;
 
-NetInterface &interfaceNamed(std::vector<NetInterface> &interfaces, const ifaddrs &entry)
+    int mtu(const QByteArray &name) const
+    {
+        ifreq question = about(name);
+        return ioctl(m_socket, SIOCGIFMTU, &question) == 0 ? question.ifr_mtu : 0;
+    }
+
+    // 0 without a link, and for interfaces that have no speed.
+    qint64 speedMbit(const QByteArray &name) const
+    {
+        ethtool_cmd settings{};
+        settings.cmd = ETHTOOL_GSET;
+        ifreq question = about(name);
+        question.ifr_data = reinterpret_cast<char *>(&settings);
+        if (ioctl(m_socket, SIOCETHTOOL, &question) != 0)
+            return 0;
+        const quint32 speed = ethtool_cmd_speed(&settings);
+        return speed == quint32(SPEED_UNKNOWN) ? 0 : speed;
+    }
+
+private:
+    static ifreq about(const QByteArray &name)
+    {
+        ifreq question{};
+        qstrncpy(question.ifr_name, name.constData(), sizeof question.ifr_name);
+        return question;
+    }
+
+    int m_socket;
+};
+
+NetInterface &interfaceNamed(std::vector<NetInterface> &interfaces, const ifaddrs &entry, const Asker &asker)
 {
     for (NetInterface &known : interfaces) {
         if (known.name == entry.ifa_name)
@@ -46,20 +84,21 @@ NetInterface &interfaceNamed(std::vector<NetInterface> &interfaces, const ifaddr
     made.multicast =
         entry.ifa_flags & (IFF_MULTICAST | IFF_LOOPBACK); // the loopback takes groups without saying so
     made.loopback = entry.ifa_flags & IFF_LOOPBACK;
-    made.mtu = static_cast<int>(property(made.name, "mtu"));
-    made.speedMbit = property(made.name, "speed");
+    made.mtu = asker.mtu(made.name);
+    made.speedMbit = asker.speedMbit(made.name);
     interfaces.push_back(made);
     return interfaces.back();
 }
 
 std::vector<NetInterface> machineInterfaces()
 {
+    const Asker asker;
     std::vector<NetInterface> interfaces;
     ifaddrs *list = nullptr;
     if (getifaddrs(&list) != 0)
         return interfaces;
     for (const ifaddrs *entry = list; entry; entry = entry->ifa_next) {
-        NetInterface &interface = interfaceNamed(interfaces, *entry);
+        NetInterface &interface = interfaceNamed(interfaces, *entry, asker);
         if (entry->ifa_addr && entry->ifa_addr->sa_family == AF_INET) {
             const auto *address = reinterpret_cast<const sockaddr_in *>(entry->ifa_addr);
             interface.addresses.push_back(ntohl(address->sin_addr.s_addr));

@@ -287,8 +287,7 @@ void TestPreflight::onlyPtpChannelsNeedAClient()
     picture.noSoftwareClock = "x";
     picture.hardwareClock = false;
     QCOMPARE(check({{"0", "clock=internal"}}, picture), QStringList());
-    QCOMPARE(check({{"0", "clock=hw-ptp"}}, picture),
-             QStringList({QStringLiteral("ptp-client: 0 clock")}));
+    QCOMPARE(check({{"0", "clock=hw-ptp"}}, picture), QStringList({QStringLiteral("ptp-client: 0 clock")}));
     QCOMPARE(check({{"0", "clock=free-run"}, {"1", "clock=internal"}, {"1", "domain=3"}}, picture),
              QStringList());
     QCOMPARE(check({{"0", "gm=AC-DE-48-FF-FE-23-45-67"}}), QStringList());
