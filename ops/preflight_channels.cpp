@@ -120,7 +120,7 @@ const PreflightRule rules[] = {
     {"never-set-up",   Severity::Note,    "",               neverSetUp,    nullptr},
     {"ptp-client",     Severity::Error,   "",               noClient,      nullptr},
     {"ptp-domains",    Severity::Warning, "",               domains,       nullptr},
-    {"ptp-domain",     Severity::Error,   "RFC 7273 4.8",   domainRange,   nullptr},
+    {"ptp-domain",     Severity::Error,   "",               domainRange,   nullptr},
     {"ptp-grandmaster", Severity::Error,  "",               grandMaster,   nullptr},
     {"format",         Severity::Error,   "",               formatUnknown, nullptr},
     {"audio-packet",   Severity::Error,   "ST 2110-10",     audioPackets,  nullptr},

@@ -147,6 +147,7 @@ private slots:
     void eachTroubleIsTold_data();
     void eachTroubleIsTold();
     void everyRuleHasATest();
+    void theManualNamesEveryRule();
     void machineTroubles_data();
     void machineTroubles();
     void storedNumbersOutOfRange();
@@ -202,6 +203,16 @@ void TestPreflight::everyRuleHasATest()
         names << rule;
     }
     QCOMPARE(tested, names);
+}
+
+void TestPreflight::theManualNamesEveryRule()
+{
+    QFile manual(QStringLiteral(CORVEL_TEST_DATA "/../../docs/corvelctl-check.1"));
+    QVERIFY(manual.open(QIODevice::ReadOnly));
+    const QByteArray text = manual.readAll();
+    for (const char *rule : preflightRuleNames())
+        QVERIFY2(text.contains(QByteArray(".It Li ") + rule + " Pq "), rule);
+    QCOMPARE(text.count(".It Li "), int(preflightRuleNames().size()));
 }
 
 void TestPreflight::machineTroubles_data()

@@ -165,6 +165,7 @@ private slots:
     void eachTroubleIsToldAtItsLine();
     void everyRuleHasATextThatBreaksIt();
     void everyRuleHasANameOfItsOwn();
+    void theManualNamesEveryRule();
     void rightVariantsAreAccepted_data();
     void rightVariantsAreAccepted();
     void lineEndsAndStrayBytesAreTold();
@@ -224,6 +225,16 @@ void TestSdpCheck::everyRuleHasANameOfItsOwn()
     for (const char *rule : ops::sdpRuleNames())
         names << rule;
     QCOMPARE(names.size(), int(ops::sdpRuleNames().size()));
+}
+
+void TestSdpCheck::theManualNamesEveryRule()
+{
+    QFile manual(QStringLiteral(CORVEL_TEST_DATA "/../../docs/corvelctl-sdp.1"));
+    QVERIFY(manual.open(QIODevice::ReadOnly));
+    const QByteArray text = manual.readAll();
+    for (const char *rule : ops::sdpRuleNames())
+        QVERIFY2(text.contains(QByteArray(".It Li ") + rule + " Pq "), rule);
+    QCOMPARE(text.count(".It Li "), int(ops::sdpRuleNames().size()));
 }
 
 void TestSdpCheck::rightVariantsAreAccepted_data()
