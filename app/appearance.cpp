@@ -2,20 +2,31 @@
 #include "app/appearance.h"
 
 #include <QApplication>
-#include <QFontDatabase>
+#include <QFontInfo>
+#include <QIcon>
 #include <QPalette>
 #include <QStyleFactory>
+
+#include <cstring>
+
+// The icon lives in a static library; its resources have to be asked for by name, outside any namespace.
+static void initResources()
+{
+    Q_INIT_RESOURCE(corvel);
+}
 
 namespace {
 
 constexpr int kPointSize = 10;
 
-// Noto Sans has digits of even width, so the running clock does not jitter.
+constexpr char kDesktopEntry[] = "org.corvel.Corvel"; // packaging/org.corvel.Corvel.desktop
+
+// Noto Sans has digits of even width, so the running clock does not jitter. Asking for one family is
+// much quicker than listing all that are installed.
 QString preferredFamily()
 {
-    const QStringList installed = QFontDatabase().families();
     for (const char *family : {"Noto Sans", "DejaVu Sans"}) {
-        if (installed.contains(QLatin1String(family)))
+        if (QFontInfo(QFont(QLatin1String(family))).family() == QLatin1String(family))
             return QLatin1String(family);
     }
     return QApplication::font().family();
@@ -49,9 +60,25 @@ const PaletteRow kPalette[] = {
 
 } // namespace
 
-void useCorvelAppearance(QApplication &application)
+bool choosesStyle(int argc, char **argv)
 {
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    for (int i = 1; i < argc; ++i) {
+        const char *option = argv[i];
+        if (strncmp(option, "--", 2) == 0)
+            ++option; // the toolkit takes one dash or two
+        if (strcmp(option, "-style") == 0 || strncmp(option, "-style=", 7) == 0)
+            return true;
+    }
+    return false;
+}
+
+void useCorvelAppearance(QApplication &application, bool ownStyle)
+{
+    initResources();
+    QGuiApplication::setDesktopFileName(QLatin1String(kDesktopEntry));
+    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/resources/corvel-128.png")));
+    if (ownStyle)
+        QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QPalette palette = application.palette();
     for (const PaletteRow &row : kPalette) {
         palette.setColor(row.role, QColor::fromRgb(row.colour));

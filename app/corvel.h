@@ -3,10 +3,10 @@
 // QCorvel: the "IP Video Setup" dialog. It shows the SMPTE ST 2110 settings of one channel and element
 // at a time and writes every edit to the configuration store at once.
 //
-// The class is declared here once and defined over several files, one per subsystem; each group below
-// names its file. Every control is a public member whose object name is the member's name (array
-// members carry the index), so that tests, style sheets and assistive tools find it. Everything runs on
-// the user interface thread; store calls may block it for as long as the disk does.
+// What others may use of it is declared here, everything else stands behind one pointer. Every control is a
+// public member whose object name is the member's name (array members carry the index), so that tests,
+// style sheets and assistive tools find it. Everything runs on the user interface thread; store calls may
+// block it for as long as the disk does.
 #ifndef CORVEL_CORVEL_H
 #define CORVEL_CORVEL_H
 
@@ -20,14 +20,13 @@
 #include <QMap>
 #include <QString>
 #include <QUrl>
-#include <QVector>
+
+#include <memory>
 
 class QCheckBox;
 class QComboBox;
-class QFrame;
 class QGridLayout;
 class QGroupBox;
-class QHBoxLayout;
 class QLabel;
 class QLineAddress;
 class QLineEdit;
@@ -37,7 +36,7 @@ class QStackedLayout;
 class QTextEdit;
 class QTimer;
 class QTreeWidgetItem;
-struct SdpInput;
+struct QCorvelPrivate;
 
 class QCorvel : public QDialog {
     Q_OBJECT
@@ -99,20 +98,19 @@ protected:
     void changeEvent(QEvent *event) override;
 
 public:
-    // Frame: construction, style sheet, closing (corvel.cpp)
+    // Frame: construction, style sheet
     void init(bool standAlone);
     void applyStyleSheet(const QString &resource);
     static bool isStandAlone();
     static double fontFactor();
 
-    // Frame: controls, combo contents, signal wiring (corvel_controls.cpp, corvel_layout.cpp,
-    // corvel_wiring.cpp)
+    // Frame: controls, combo contents, signal wiring
     void initCtrls();
     void popCombos();
     void connectSignals();
     void disconnectSignals();
 
-    // Channel settings: store to controls and back (corvel_channel.cpp)
+    // Channel settings: store to controls and back
     void loadData();
     void loadDataStandAlone();
     void saveDataStandAlone();
@@ -132,25 +130,25 @@ public:
     void getRecSndTypes(quint32 *receive, quint32 *send) const;
     void getSignalFormatValues(QString *width, QString *height, QString *rate) const;
 
-    // Named configurations (corvel_audio.cpp)
+    // Named configurations
     void findConfigs();
     void followConfig();
 
-    // Locks (corvel_locks.cpp)
+    // Locks
     void checkLocksForConfig();
 
-    // Validation (corvel_checks.cpp)
+    // Validation
     int checkErrors();
     int findDefaultInterface();
     QString GetIP(QString text) const;
 
-    // Clock status (corvel_clock.cpp)
+    // Clock status
     void checkPTP();
 
-    // Files (corvel_files.cpp)
+    // Files
     void loadSdp(quint64 file);
 
-    // NMOS link (corvel_nmos.cpp)
+    // NMOS link
     void loadNmosCfg();
     void overrideNmos(bool checked);
     void nmosEventTimeout(int channel);
@@ -295,141 +293,7 @@ public:
     char m_szNmosTxRx[kFlowCount] = {'r', 'r', 'r', 'r', 'r', 'r', 'r', 'r'};
 
 private:
-    // One network field on the page: its value control (an address or a text), boxes and key.
-    struct NetworkField {
-        Side side;
-        Field field;
-        QLineAddress *address;
-        QLineEdit *edit;
-        QCheckBox *use;
-        QCheckBox *lock;
-        QString value() const;
-        void setValue(const QString &value) const;
-        QWidget *control() const;
-    };
-
-    // Controls (corvel_controls.cpp), their places (corvel_layout.cpp) and names (corvel_access.cpp)
-    void fillTypes();
-    QFont controlFont() const;
-    QLabel *newLabel(const char *name, const QString &text);
-    QComboBox *newCombo(const char *name, QWidget *parent = nullptr);
-    QCheckBox *newCheckBox(const char *name, const QString &text);
-    QPushButton *newButton(const char *name, const QString &text);
-    QLineEdit *newLineEdit(const char *name);
-    QLineAddress *newAddress(const char *name);
-    QRadioButton *newRadio(const char *name, const QString &text, QWidget *parent);
-    void createHeader();
-    void createNmosRow();
-    void createFormatRows();
-    void createElementRow();
-    void createReceiveBlock();
-    void createSendBlock();
-    void createClockBlock();
-    void createSimplePage();
-    void createCommands();
-    void createErrorDialog();
-    void createNmosDialog();
-    void loadNmosSwitches();
-    void lockInterfaces();
-    void buildLayout();
-    void layoutHeader(QFrame *band);
-    void layoutNmosRow(QHBoxLayout *row);
-    void layoutFormatRows();
-    void layoutElementRow();
-    void layoutBlock(Side side, int row);
-    void layoutBlockRows(Side side, int row);
-    void layoutClockBlock();
-    void underlay(const char *name, int row, int rows, int columns);
-    void layoutSimplePage(QWidget *page);
-    void layoutCommands(QFrame *band);
-    void layoutErrorDialog();
-    void layoutNmosDialog();
-    void describeControls();
-    void setBuddies();
-    void setTabOrders();
-    int px(double pixels) const;
-
-    // Wiring (corvel_wiring.cpp)
-    void wire(bool on);
-
-    // Channel settings (corvel_channel.cpp, corvel_media.cpp)
-    QVector<NetworkField> networkFields() const;
-    const NetworkField &networkField(Side side, Field field) const;
-    Element currentElement() const;
-    int currentChannel() const;
-    QByteArray loadFlowSuffix();
-    QByteArray saveFlowSuffix() const;
-    void loadFlowCount(int channel);
-    void loadElement(int channel, const QByteArray &suffix);
-    void showValue(Side side, Field field, const QString &value);
-    void showFlags(Side side, quint32 flags);
-    void loadClock(int channel);
-    void loadCommon(int channel);
-    void lookForInterfaces();
-    void saveShownElement(int channel);
-    QString shownValue(Side side, Field field) const;
-    quint32 shownFlags(Side side) const;
-    void logElement(Side side, int channel) const;
-    void showElementRadios(bool video, bool others);
-    void applyFixedSize();
-    void loadEmbedded();
-    void showNoType();
-    void showMediaConfig(const MEDIACMD &config);
-    void showMediaSettings(Side side, const MEDIACMD &answer);
-    void showAudioLayout(Side side, quint32 layout);
-    void sendType(quint32 layout);
-    void sendMediaSettings(Side side, quint32 code);
-    void sendMediaField(const NetworkField &field);
-    MEDIACMD mediaCommand(quint32 code) const;
-    MEDIACMD elementCommand(quint32 code, Side side) const;
-    int engineFlow() const;
-    quint32 audioLayout() const;
-
-    // Audio flows (corvel_audio.cpp)
-    void writeAudioTotals(quint32 total);
-    void enableFlowSelectors();
-    void selectOnlyFlow(QRadioButton *flow);
-    void showElementControls();
-    quint32 comboData(const QComboBox *combo) const;
-
-    // Locks (corvel_locks.cpp)
-    QString lockName(const NetworkField &field, int channel) const;
-    bool isLocked(const NetworkField &field) const;
-    bool concerns(const NetworkField &field, const QObject *sender) const;
-    void recordLocks(QObject *from);
-    void propagate(const NetworkField &field, int channel);
-
-    // Validation (corvel_checks.cpp)
-    void showErrors(const QString &text);
-    void finishKeys();
-    void leaveField();
-
-    // Clock status (corvel_clock.cpp)
-    void showSoftwareClock();
-    void showHardwareClock();
-    void showSystemClock();
-
-    // Files (corvel_files.cpp)
-    QString settingsFilter() const;
-    SdpInput sdpInput(int channel) const;
-    void saveSettings(const QString &path);
-    void saveSdpFiles(const QString &answer);
-    void writeSdpFile(const QString &path, const QString &text);
-    bool loadSettings(quint64 file);
-
-    QVector<NetworkField> m_fields; // in the order of the eye: receive, then send
-    QFrame *m_pHeaderBand = nullptr;
-    QFrame *m_pCommandBand = nullptr;
-    QWidget *m_pFullPage = nullptr;
-    QWidget *m_pSimplePage = nullptr;
-    QLabel *m_pRowLbl[10] = {};
-    QLabel *m_pUseHead[2] = {};
-    int m_signalDepth = 1; // 0: connected; the dialog starts disconnected
-    bool m_singleFlow = false;
-    bool m_keepNoFlow = false;  // the next load leaves the flow selectors unchecked
-    bool m_showsErrors = false; // the error list's event loop runs
-
-    friend class SignalBracket;
+    const std::unique_ptr<QCorvelPrivate> d;
 };
 
 // Holds the dialog's signals disconnected while it lives; only the outermost one reconnects.

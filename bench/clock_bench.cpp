@@ -2,17 +2,21 @@
 //
 // What the software PTP clock costs: the dialog's processor time and memory at rest with the clock source
 // "Internal" and with "S/W SMPTE 2059/PTP" following a real master behind a veth pair, and ptp4l's own.
+// And how long a client of the library takes to its first lock, and to notice that its ptp4l was killed.
 // Runs in a network namespace of its own:
 //
 //   tests/platform/rkptp/innetns build/ci/bench/bin/clock_bench [SECONDS]
 #include "measure.h"
 #include "platform/rkptp/ptpnet.h"
+#include "rkptp.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QThread>
 
+#include <csignal>
 #include <memory>
 
 namespace {
@@ -54,6 +58,30 @@ Rest measureDialog(const char *clockType, int seconds, Rest *client)
     return rest;
 }
 
+// Until the client is in this state; half a minute at most.
+qint64 msUntil(PTP_HANDLE client, int status)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (rkPTPGetStatus(client, 0) != status && timer.elapsed() < 30000)
+        QThread::msleep(1);
+    return timer.elapsed();
+}
+
+void measureClient(QTextStream &out)
+{
+    const PTP_HANDLE client = rkPTPStart("10.9.0.1");
+    rkPTPSetTargetDomain(client, 0);
+    rkPTPSetTargetMacAddress(client, "");
+    const qint64 lockMs = msUntil(client, RKPTP_LOCKED);
+    for (const pid_t pid : childrenNamed(getpid(), "ptp4l"))
+        kill(pid, SIGKILL);
+    const qint64 noticeMs = msUntil(client, RKPTP_NO_CLIENT);
+    rkPTPEnd(client);
+    out << QString::asprintf("first lock after    %7lld ms\n", lockMs)
+        << QString::asprintf("killed ptp4l noticed%7lld ms\n", noticeMs);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -83,5 +111,6 @@ int main(int argc, char **argv)
         << QString::asprintf("its ptp4l           %7.2f %15.0f\n", client.cpuPercent, client.anonKiB)
         << QString::asprintf("ratio, more         %7.2f %+15.0f\n", software.cpuPercent / internal.cpuPercent,
                              software.anonKiB - internal.anonKiB);
+    measureClient(out);
     return 0;
 }

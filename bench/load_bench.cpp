@@ -4,7 +4,7 @@
 // every value in it another one than stored, and a machine of 1,000 channels out of it. The file and the
 // store are on disk, the way is that of the dialog, and either ends with the one commit.
 #include "channel/channelstore.h"
-#include "files/settingsfile.h"
+#include "files/fileload.h"
 #include "rkcfg.h"
 #include "rkos.h"
 
@@ -52,31 +52,20 @@ void writeFile(const QString &path, const QByteArray &text)
     rkOSCloseFile(file);
 }
 
-void store(const SettingsValue &value)
-{
-    if (value.global)
-        setGlobalDword(StorePath::AvHal, value.key.constData(), globalSettingsNumber(value.text));
-    else
-        setCfgValue(value.key.constData(), value.text, value.isString, value.channel);
-}
-
 // Returns the number of values that the file brought.
 int loadFile(const QString &path)
 {
     const quint64 file = rkOSCreateFile(path.toUtf8().constData(), RKOS_GENERIC_READ, RKOS_SHARE_READ,
                                         nullptr, RKOS_OPEN_EXISTING, RKOS_ATTRIBUTE_NORMAL, nullptr);
-    SettingsReader reader;
-    SettingsValue value;
-    char line[kLineBytes] = {};
-    int stored = 0;
-    if (!rkOSfgets(line, kLineBytes, file) || !isSettingsSignature(line))
+    char buffer[kLineBytes] = {};
+    if (!rkOSfgets(buffer, kLineBytes, file) || !isSettingsSignature(buffer))
         return 0;
-    while (rkOSfgets(line, kLineBytes, file)) {
-        if (reader.feed(line, &value) != SettingsReader::Result::Value)
-            continue;
-        store(value);
-        ++stored;
-    }
+    const auto lines = [&](QByteArray &line) {
+        const bool more = rkOSfgets(buffer, kLineBytes, file) != nullptr;
+        line = buffer;
+        return more;
+    };
+    const int stored = loadSettingsFile(lines).values;
     rkOSCloseFile(file);
     commitStore();
     return stored;
@@ -157,7 +146,7 @@ void LoadBench::save()
     QByteArray text;
     QBENCHMARK
     {
-        setGlobalDword(StorePath::AvHAL, "nmosoverride", 0);
+        setGlobalDword(StorePath::AvHAL, MachineValue::NmosOverride, 0);
         commitStore();
         text = writeSettingsFile(stored, kSavedChannels, kMostFlows);
         writeFile(copy, text);

@@ -16,7 +16,7 @@ namespace {
 // Video, seven audio flows and ancillary data of the send side, with filters and clock lines.
 QByteArray nineSections()
 {
-    return writeFileSdp(sdpsample::input(7, 15, sdpsample::Ptp), SdpSide::Send).toLatin1();
+    return writeFileSdp(sdpsample::input(7, 15, sdpsample::Ptp), Side::Send).toLatin1();
 }
 
 // Hands out the lines of a text in memory, as cheaply as the file layer could.
@@ -86,7 +86,7 @@ void SdpBench::write()
     int size = 0;
     QBENCHMARK
     {
-        size = writeFileSdp(input, SdpSide::Send).size();
+        size = writeFileSdp(input, Side::Send).size();
     }
     QVERIFY(size > 2000);
 }

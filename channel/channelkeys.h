@@ -8,6 +8,8 @@
 #ifndef CORVEL_CHANNELKEYS_H
 #define CORVEL_CHANNELKEYS_H
 
+#include "channel/valuenames.h"
+
 #include <QByteArray>
 
 #include <cstddef>
@@ -29,6 +31,11 @@ enum class Field {
 // Audio flows are numbered 0 to 7; their number is the suffix of a per-flow value name.
 constexpr int kFlowCount = 8;
 
+// How many there are of each of the three above.
+constexpr int kElementCount = static_cast<int>(Element::Anc) + 1;
+constexpr int kSideCount = static_cast<int>(Side::Send) + 1;
+constexpr int kFieldCount = static_cast<int>(Field::PacketTime) + 1;
+
 // How a value is kept in the store: a text, or an unsigned 32-bit number.
 enum class Stored { Text, Number };
 
@@ -46,20 +53,27 @@ template<class T>
 struct TableView {
     const T *first;
     std::size_t count;
-    const T *begin() const { return first; }
-    const T *end() const { return first + count; }
-    std::size_t size() const { return count; }
+    constexpr const T *begin() const { return first; }
+    constexpr const T *end() const { return first + count; }
+    constexpr std::size_t size() const { return count; }
 };
 
 // All rows, in no order of meaning.
 TableView<ChannelKey> channelKeys();
 
-// The row of one field. Channels, TotalChannels and PacketTime exist for audio only; asking for one of
-// them of another element gives the null pointer.
+// The row of a field that the element has: the five network fields and the flags of every element, all of
+// audio. Any other question is a mistake of the caller and ends the program.
+const ChannelKey &channelKey(Element element, Side side, Field field);
+
+// The row, or the null pointer when the element has no such field. Channels, TotalChannels and PacketTime
+// exist for audio only.
 const ChannelKey *findChannelKey(Element element, Side side, Field field);
 
 // The value name of a row; flowSuffix ("0" to "7", or empty) is appended to per-flow names only.
 QByteArray valueName(const ChannelKey &key, const QByteArray &flowSuffix);
+
+// The same for a flow's number. The names of flows 0 to 7 are made once for the whole process.
+QByteArray flowValueName(const ChannelKey &key, int flow);
 
 // One field of one side, as a step in an order of fields.
 struct FieldStep {
@@ -67,9 +81,15 @@ struct FieldStep {
     Field field;
 };
 
-// The orders in which a load reads and a save writes the fields of an element.
-TableView<FieldStep> loadOrder(Element element);
-TableView<FieldStep> saveOrder(Element element);
+// The orders, each named for the walk it is for. Every step has a row; the compiler checks it.
+TableView<FieldStep> loadOrder(Element element); // a load reads the fields of an element
+TableView<FieldStep> saveOrder(Element element); // a save writes them
+TableView<FieldStep> networkFieldOrder();        // the ten network fields as they stand on the page
+TableView<FieldStep> lockAllOrder();             // "lock all" sets the ten locks
+TableView<FieldStep> lockedCopyOrder();          // locked fields are copied to all elements; no interfaces
+TableView<FieldStep> lockedInterfaceOrder();     // what the engine gets after these
+TableView<Element> elementOrder();               // video, audio, ancillary data
+TableView<Side> sideOrder();                     // receive, send
 
 // Bits of every value whose name ends in "Flags": the network fields of that side that are in use.
 struct FlagBit {
@@ -83,30 +103,5 @@ quint32 flagBit(Field field);
 
 // Element codes that address one element and side of a channel in media commands.
 quint32 elementCode(Element element, Side side);
-
-// Values that exist once per channel.
-namespace ChannelValue {
-constexpr char VideoType[] = "VideoType";                 // number: channel type
-constexpr char SignalFormat[] = "SignalFormat";           // number: see videoformats.h
-constexpr char ClockType[] = "ClockType";                 // number: ClockSource
-constexpr char ClockDomain[] = "ClockDomain";             // number: PTP domain
-constexpr char ClockGrandMaster[] = "ClockGrandMaster";   // text: grandmaster identity or MAC address
-constexpr char AudioFlowType[] = "AudioFlowType";         // number: 0 single flow, 1 flows
-constexpr char IpUseFileSettings[] = "IpUseFileSettings"; // number: 0 or 1
-} // namespace ChannelValue
-
-// "VideoType". Types 1 and 8 carry several elements.
-namespace ChannelType {
-constexpr quint32 Smpte2110 = 1;
-constexpr quint32 ClockDomainOwner = 8; // the one type whose "ClockDomain" also has an edit of its own
-} // namespace ChannelType
-
-// "ClockType", the item data of the clock source combo.
-namespace ClockSource {
-constexpr quint32 Internal = 0;
-constexpr quint32 SoftwarePtp = 0x10000;
-constexpr quint32 HardwarePtp = 0x20000;
-constexpr quint32 FreeRun = 0x800000;
-} // namespace ClockSource
 
 #endif

@@ -11,11 +11,6 @@ namespace {
 constexpr int kPathSize = 128;
 constexpr int kTextSize = 4096;
 
-void *defaultStore()
-{
-    return reinterpret_cast<void *>(static_cast<intptr_t>(-1));
-}
-
 // A key path as the store wants it: at most 127 bytes and a terminating zero.
 struct KeyPath {
     explicit KeyPath(int channel)
@@ -27,6 +22,12 @@ struct KeyPath {
 };
 
 } // namespace
+
+// Not the macro of rkcfg.h: a site's own library need not have it.
+void *defaultStore()
+{
+    return reinterpret_cast<void *>(static_cast<intptr_t>(-1));
+}
 
 QString channelIpKeyName(int channel)
 {
@@ -95,7 +96,7 @@ int channelCount()
 {
     // A count above the limit is a damaged store; a list that long would only stop the program. With the
     // sign bit set it is no count at all.
-    const quint32 stored = globalDword(StorePath::Config, "MaxIntChannels", 4);
+    const quint32 stored = globalDword(StorePath::Config, MachineValue::ChannelCount, 4);
     if (stored <= kMaxChannels)
         return static_cast<int>(stored);
     const int offered = static_cast<qint32>(stored) < 0 ? 0 : kMaxChannels;

@@ -6,17 +6,13 @@
 #ifndef CORVEL_CHANNELSTORE_H
 #define CORVEL_CHANNELSTORE_H
 
+#include "channel/valuenames.h"
+
 #include <QByteArray>
 #include <QString>
 
-// Key paths outside the channels. The spelling of each is the one its reader or writer has always
-// used; the store compares paths without regard to case.
-namespace StorePath {
-constexpr char Config[] = "KWX\\Config";
-constexpr char AvHAL[] = "KWX\\Advanced\\AvHAL";
-constexpr char AvHal[] = "KWX\\Advanced\\AvHal";
-constexpr char Debug[] = "KWX\\Advanced\\Debug";
-} // namespace StorePath
+// The handle of the store that everything here reads and writes, for calls of the library itself.
+void *defaultStore();
 
 // The channel's key path, "KWX\Internal%1\IpConfig" with the zero-based index in decimal.
 QString channelIpKeyName(int channel);

@@ -12,7 +12,7 @@ struct VideoFormat {
     quint32 id;         // the engine's format code, opaque: stored and compared as it stands
     const char *width;  // pixels
     const char *height; // lines of a frame
-    const char *rate;   // exact rate; for the interlaced formats the field rate, on purpose
+    const char *rate;   // exact rate; for the interlaced formats the field rate (deliberate)
 };
 
 // In the order of the combo.

@@ -45,7 +45,7 @@ endif()
 add_library(corvel_options INTERFACE)
 target_compile_features(corvel_options INTERFACE cxx_std_17 c_std_11)
 target_compile_options(corvel_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wformat=2 -Wundef -Wcast-align
+  -Wall -Wextra -Wpedantic -Werror=switch -Wshadow -Wformat=2 -Wundef -Wcast-align
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi>
   -fstack-protector-strong ${CORVEL_HARDENING}
   $<$<BOOL:${CORVEL_WERROR}>:-Werror>)

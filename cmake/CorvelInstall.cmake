@@ -8,8 +8,11 @@ include(CMakePackageConfigHelpers)
 
 add_library(corvel_library SHARED
   $<TARGET_OBJECTS:corvel_app>
-  $<TARGET_OBJECTS:corvel_channel>
+  $<TARGET_OBJECTS:corvel_view>
+  $<TARGET_OBJECTS:corvel_keys>
+  $<TARGET_OBJECTS:corvel_store>
   $<TARGET_OBJECTS:corvel_files>
+  $<TARGET_OBJECTS:corvel_fileload>
   $<TARGET_OBJECTS:corvel_theme>)
 # The names that the package gives them, so that an example reads the same in this tree and outside.
 add_library(corvel::corvel ALIAS corvel_library)
@@ -35,7 +38,8 @@ endif()
 # The headers include each other by their place in the tree, so that place is kept below include/corvel.
 set(CORVEL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/corvel")
 set(CORVEL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/corvel")
-foreach(header app/corvel.h app/mediacommand.h channel/channelkeys.h theme/lineaddress.h)
+set(headers app/corvel.h app/mediacommand.h channel/channelkeys.h channel/valuenames.h theme/lineaddress.h)
+foreach(header ${headers})
   get_filename_component(folder ${header} DIRECTORY)
   install(FILES "${CMAKE_SOURCE_DIR}/${header}" DESTINATION "${CORVEL_INCLUDEDIR}/${folder}")
 endforeach()
@@ -45,6 +49,8 @@ else()
   set(platform_part CFLAGS "-I\${includedir}/corvel" REQUIRES Qt5Widgets rkptp)
 endif()
 corvel_pkg_config(corvel "the IP Video Setup dialog for use in another application" LIBS -lcorvel ${platform_part})
+list(TRANSFORM headers PREPEND "${CMAKE_SOURCE_DIR}/")
+set_target_properties(corvel_library PROPERTIES CORVEL_HEADERS "${headers}")
 install(TARGETS corvel_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
 configure_package_config_file("${CMAKE_SOURCE_DIR}/cmake/corvel-config.cmake.in"

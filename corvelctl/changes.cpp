@@ -31,15 +31,19 @@ Json changeItem(const ops::Change &change)
             {"after", valueItem(change.after)}};
 }
 
+QByteArray changeText(const Output &out, const ops::Change &change)
+{
+    const QByteArray before = printable(ops::valueInWords(change.path, change.name, change.before));
+    const QByteArray after = printable(ops::valueInWords(change.path, change.name, change.after));
+    return printable(ops::keyInWords(change.path, change.name)) + ": " +
+           out.coloured(before, Output::Colour::Old) + " -> " + out.coloured(after, Output::Colour::New);
+}
+
 void printChange(Output &out, const ops::Change &change)
 {
     out.item([&change] { return changeItem(change); });
-    if (!out.isText())
-        return;
-    const QByteArray before = printable(ops::valueInWords(change.path, change.name, change.before));
-    const QByteArray after = printable(ops::valueInWords(change.path, change.name, change.after));
-    out.line(printable(ops::keyInWords(change.path, change.name)) + ": " +
-             out.coloured(before, Output::Colour::Old) + " -> " + out.coloured(after, Output::Colour::New));
+    if (out.isText())
+        out.line(changeText(out, change));
 }
 
 void printChanges(Output &out, const ops::Changes &changes)

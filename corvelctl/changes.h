@@ -10,6 +10,7 @@
 // One line or item per value, "2/video rx.dst: 239.20.2.1 -> 239.20.9.1"; a dry run and diff print the same.
 void printChanges(Output &out, const ops::Changes &changes);
 void printChange(Output &out, const ops::Change &change);
+QByteArray changeText(const Output &out, const ops::Change &change);
 
 // The JSON form of one change, which the history extends.
 Json changeItem(const ops::Change &change);

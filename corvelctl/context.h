@@ -50,7 +50,9 @@ CLI::App *addCommand(CLI::App &app, Context &context, const char *name, const ch
     CLI::App *command = app.add_subcommand(name, does);
     command->footer(std::string("Example:\n  ") + example);
     declare(*command, *options);
-    command->callback([&context, options, run, name] {
+    command->callback([&context, options, run, name, command] {
+        if (!command->get_subcommands().empty())
+            return; // "ptp doctor" is not "ptp" as well
         context.out.begin(name);
         context.exit = run(context, *options);
     });

@@ -16,5 +16,9 @@ void addIppCommands(CLI::App &app, Context &context);    // ipp export, import, 
 void addSdpCommands(CLI::App &app, Context &context);    // sdp check, fix, load, write
 void addCheckCommands(CLI::App &app, Context &context);  // check
 void addConfigCommands(CLI::App &app, Context &context); // config list, new, copy, rename, delete, use
+void addManyCommands(CLI::App &app, Context &context);   // copy, flows, table export, import
+void addTimeCommands(CLI::App &app, Context &context);   // history, undo, redo, blame
+void addWatchCommand(CLI::App &app, Context &context);   // watch
+void addClockCommands(CLI::App &app, Context &context);  // ptp, ptp doctor
 
 #endif

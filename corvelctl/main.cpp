@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // corvelctl: the whole server from a shell. docs/corvelctl.1 is its manual.
+#include "corvelctl/complete.h"
 #include "corvelctl/context.h"
 #include "corvelctl/families.h"
 #include "ops/suggest.h"
@@ -35,6 +36,10 @@ void addFamilies(CLI::App &app, Context &context)
     addDumpCommands(app, context);
     addIppCommands(app, context);
     addConfigCommands(app, context);
+    addManyCommands(app, context);
+    addTimeCommands(app, context);
+    addWatchCommand(app, context);
+    addClockCommands(app, context);
     addSdpCommands(app, context);
     addCheckCommands(app, context);
 }
@@ -86,6 +91,17 @@ int run(CLI::App &app, Context &context, int argc, char **argv)
     return StoreFailed;
 }
 
+// "__complete" and the words so far; before everything else, as they are no words of ours yet.
+int complete(const CLI::App &app, Context &context, int argc, char **argv)
+{
+    QByteArrayList words;
+    for (int at = 2; at < argc; ++at)
+        words.append(argv[at]);
+    for (const QByteArray &candidate : completions(app, context, words))
+        context.out.line(candidate);
+    return context.out.finish() ? Done : StoreFailed;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -98,5 +114,7 @@ int main(int argc, char **argv)
     app.fallthrough();
     addCommonOptions(app, context);
     addFamilies(app, context);
+    if (argc > 1 && qstrcmp(argv[1], "__complete") == 0)
+        return complete(app, context, argc, argv);
     return run(app, context, argc, argv);
 }

@@ -81,6 +81,7 @@ void Output::note(const QByteArray &message) const
 
 void Output::error(const QByteArray &message)
 {
+    fflush(stdout); // in the order in which things happened
     const QByteArray line = "corvelctl: " + printable(message) + '\n';
     fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
 }

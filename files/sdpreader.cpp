@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "files/sdpreader.h"
 
+#include "channel/channelkeys.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 
@@ -12,47 +14,40 @@ namespace {
 
 using std::string_view;
 
-enum Side { Receive, Send };
-enum Element { Video, Audio, Anc, NoElement };
-
-struct SideNames {
-    QByteArray destination;
-    QByteArray source;
-    QByteArray port;
-};
-
-// clang-format off
-// Rows by element, columns by side. Audio names are followed by the flow number.
-const SideNames &namesOf(Element element, Side side)
-{
-    static const SideNames names[3][2] = {
-        // destination address        source address        port
-        {{"ReceiveDestinationIp",     "ReceiveSourceIp",    "ReceiveDestinationPort"},
-         {"TransmitDestinationIp",    "TransmitIp",         "TransmitRemotePort"}},
-        {{"ReceiveAudDestinationIp",  "ReceiveAudSourceIp", "ReceiveAudDestinationPort"},
-         {"TransmitAudDestinationIp", "TransmitAudIp",      "TransmitAudRemotePort"}},
-        {{"ReceiveAncDestinationIp",  "ReceiveAncSourceIp", "ReceiveAncDestinationPort"},
-         {"TransmitAncDestinationIp", "TransmitAncIp",      "TransmitAncRemotePort"}},
-    };
-    return names[element][side];
-}
-
-SideNames flowNamesOf(Side side, int flow)
-{
-    const SideNames &stem = namesOf(Audio, side);
-    const QByteArray number = QByteArray::number(flow);
-    return {stem.destination + number, stem.source + number, stem.port + number};
-}
-
 // Media words and the element each stands for. "all" is the text before the first media line: it counts
-// as video on purpose, so that a connection address given for the whole session is not lost.
+// as video, so that a connection address given for the whole session is not lost.
 const struct {
     string_view word;
     Element element;
 } mediaWords[] = {
-    {"video", Video}, {"all", Video}, {"audio", Audio}, {"text", Anc}, {"data", Anc},
+    {"video", Element::Video}, {"all", Element::Video}, {"audio", Element::Audio},
+    {"text", Element::Anc},    {"data", Element::Anc},
 };
-// clang-format on
+
+// What a side of a block stores, in this order. Audio and ancillary data are guarded by the locks of the
+// video values.
+struct Part {
+    Field field;
+    bool isString;
+    SdpTick box;
+    QByteArray lock[kSideCount];
+};
+
+Part part(Field field, bool isString, SdpTick box)
+{
+    Part made{field, isString, box, {}};
+    for (const Side side : sideOrder())
+        made.lock[int(side)] = flowValueName(channelKey(Element::Video, side, field), 0);
+    return made;
+}
+
+const Part (&parts())[3]
+{
+    static const Part all[] = {part(Field::DestinationAddress, true, SdpTick::RecDstAddr),
+                               part(Field::SourceAddress, true, SdpTick::RecSrcAddr),
+                               part(Field::DestinationPort, false, SdpTick::RecDstPort)};
+    return all;
+}
 
 // The text of a line without what its source may have left at the end.
 string_view lineText(const QByteArray &line)
@@ -122,7 +117,7 @@ private:
     void attributeLine(string_view text);
     void sourceFilter(string_view text);
     void applySide(Element element, Side side, int flow);
-    void store(const SdpStore &value);
+    const std::string &text(Field field) const;
 
     std::string m_media = "all";
     std::string m_port, m_destination, m_source;
@@ -196,42 +191,42 @@ void Reader::startBlock()
     m_source.clear();
 }
 
-// Every audio block takes the next flow, whatever its direction and even when it stores nothing, on
-// purpose; there is no upper bound either.
+// Every audio block takes the next flow, whatever its direction and even when it stores nothing: flows are
+// counted, not recognised. There is no upper bound either.
 void Reader::applyBlock()
 {
-    Element element = NoElement;
     for (const auto &row : mediaWords) {
-        if (row.word == m_media)
-            element = row.element;
+        if (row.word != m_media)
+            continue;
+        const int flow = row.element == Element::Audio ? m_audioBlocks++ : 0;
+        const bool both = !m_receive && !m_send;
+        if (m_receive || both)
+            applySide(row.element, Side::Receive, flow);
+        if (m_send || both)
+            applySide(row.element, Side::Send, flow);
+        return;
     }
-    const int flow = element == Audio ? m_audioBlocks++ : -1;
-    const bool both = !m_receive && !m_send;
-    if (m_receive || both)
-        applySide(element, Receive, flow);
-    if (m_send || both)
-        applySide(element, Send, flow);
 }
 
-// Audio and ancillary data are guarded by the locks of the video values, and the send side ticks the
-// receive boxes, both on purpose.
+const std::string &Reader::text(Field field) const
+{
+    if (field == Field::DestinationPort)
+        return m_port;
+    return field == Field::SourceAddress ? m_source : m_destination;
+}
+
+// The send side ticks the receive boxes. Texts of less than two characters, one-digit ports among them, are
+// passed over. Deliberate, both.
 void Reader::applySide(Element element, Side side, int flow)
 {
-    if (element == NoElement)
-        return;
-    const SideNames name = element == Audio ? flowNamesOf(side, flow) : namesOf(element, side);
-    const SideNames &lock = namesOf(Video, side);
-    const auto box = [element](SdpTick tick) { return element == Video ? tick : SdpTick::None; };
-    store({name.destination, true, fromUtf8(m_destination), lock.destination, box(SdpTick::RecDstAddr)});
-    store({name.source, true, fromUtf8(m_source), lock.source, box(SdpTick::RecSrcAddr)});
-    store({name.port, false, fromUtf8(m_port), lock.port, box(SdpTick::RecDstPort)});
-}
-
-// Texts of less than two characters, one-digit ports among them, are passed over on purpose.
-void Reader::store(const SdpStore &value)
-{
-    if (value.text.size() >= 2)
-        m_stores.append(value);
+    for (const Part &part : parts()) {
+        const QString stored = fromUtf8(text(part.field));
+        if (stored.size() < 2)
+            continue;
+        const SdpTick box = element == Element::Video ? part.box : SdpTick::None;
+        m_stores.append({flowValueName(channelKey(element, side, part.field), flow), part.isString, stored,
+                         part.lock[int(side)], box});
+    }
 }
 
 } // namespace

@@ -2,8 +2,8 @@
 //
 // Session descriptions (SDP, RFC 4566) of a channel's SMPTE ST 2110 streams, written from plain values.
 //
-// Two writers share their line templates and differ on purpose in order, media words and the place of
-// the frame rate: one describes a single element of the selected channel, the other all three elements
+// Two writers share their line templates and differ in order, media words and the place of the frame
+// rate: one describes a single element of the selected channel, the other all three elements
 // of the first channel. Each is asked twice per command, once per side, with the same input, so that
 // both files of a pair carry the same session identifier.
 //
@@ -12,12 +12,11 @@
 #ifndef CORVEL_SDPWRITER_H
 #define CORVEL_SDPWRITER_H
 
+#include "channel/channelkeys.h"
+
 #include <QString>
 
 #include <functional>
-
-enum class SdpSide { Receive, Send };
-enum class SdpElement { Video, Audio, Anc };
 
 // Everything a session description is made of.
 struct SdpInput {
@@ -44,11 +43,11 @@ struct SdpInput {
 };
 
 // The text for one element. Video is split by side; audio and ancillary data hold both directions in
-// either text, so their two files are the same on purpose.
-QString writeElementSdp(const SdpInput &input, SdpElement element, SdpSide side);
+// either text, so their two files are the same.
+QString writeElementSdp(const SdpInput &input, Element element, Side side);
 
 // The text for video, all audio flows and ancillary data of one side.
-QString writeFileSdp(const SdpInput &input, SdpSide side);
+QString writeFileSdp(const SdpInput &input, Side side);
 
 struct SdpFileNames {
     QString rx, tx;

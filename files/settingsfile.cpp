@@ -12,8 +12,8 @@ namespace {
 
 using std::string_view;
 
-// The second piece has no line end, so that the name line continues a comment, on purpose: files have
-// always looked so.
+// The second piece has no line end, so that the name line continues a comment. Deliberate, see
+// docs/deliberate.md.
 const char *const header[] = {"[HalvectIpConfig]\n", ";Network Config file", "Name=Quorlex\n",
                               "Version=1.0\n\n"};
 const char signature[] = "[HalvectIpConfig]";
@@ -56,7 +56,7 @@ const FlowLine receiveFlow[] = {
     {nullptr,                     Form::Text},
 };
 
-// The lines of a section in their order. The audio interfaces are those of video on purpose.
+// The lines of a section in their order. The audio interfaces are those of video: deliberate.
 const WrittenLine writtenLines[] = {
     // key                        value                form
     {"nmosoverride",              nullptr,             Form::Zero,   nullptr},
@@ -107,8 +107,8 @@ const WrittenLine writtenLines[] = {
 
 enum class Kind { Text, Number, TextFlow, NumberFlow, Global };
 
-// The keys the reader accepts, in the order in which it tries them. The interface keys are missing on
-// purpose: a file never changes which network interface a channel uses.
+// The keys the reader accepts, in the order in which it tries them. The interface keys are missing: a
+// file never changes which network interface a channel uses.
 const struct {
     const char *key;
     Kind kind;
@@ -272,7 +272,7 @@ QByteArray lastCharacter(string_view key)
     return QString::fromUcs4(&last, 1).toUtf8();
 }
 
-// A stem alone means flow 0; else the flow is the key's last character, whatever it is, on purpose.
+// A stem alone means flow 0; else the flow is the key's last character, whatever it is: deliberate.
 QByteArray flowKey(const AcceptedKey &row, string_view key)
 {
     if (key.size() == row.lowered.size())
@@ -321,7 +321,7 @@ quint32 globalSettingsNumber(const QString &text)
     return quint32(text.toLongLong());
 }
 
-// Only one digit is ever read, at the place where a plain "[channel3]" has it, on purpose.
+// Only one digit is ever read, at the place where a plain "[channel3]" has it: deliberate.
 SettingsReader::Result SettingsReader::section(const QByteArray &line)
 {
     const QString text = QString::fromUtf8(line);
@@ -356,7 +356,7 @@ SettingsReader::Result SettingsReader::feed(const QByteArray &line, SettingsValu
     if (row == keys.end())
         return Result::Ignored;
 
-    // A second "=" and what follows it are dropped on purpose.
+    // A second "=" and what follows it are dropped: deliberate.
     const string_view value = text.substr(equals + 1, text.find('=', equals + 1) - equals - 1);
     out->key = row->isFlow() ? flowKey(*row, key) : row->name;
     out->isString = row->kind == Kind::Text || row->kind == Kind::TextFlow;

@@ -2,7 +2,7 @@
 //
 // The settings file (".ipp"): the settings of every channel as sections of key=value lines.
 //
-// Writer and reader walk two tables of their own, because they differ on purpose: the writer writes the
+// Writer and reader walk two tables of their own, because they differ: the writer writes the
 // network interfaces, which the reader ignores, and the reader accepts keys that the writer never
 // writes. Neither knows a file, a store or a widget. Everything here may be called from any thread and
 // never blocks (the writer apart from calling its value function).

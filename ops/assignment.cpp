@@ -2,6 +2,7 @@
 #include "ops/assignment.h"
 
 #include "channel/channelstore.h"
+#include "channel/valuenames.h"
 #include "ops/suggest.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@ namespace ops {
 
 namespace {
 
-constexpr quint32 kDefaultAudioChannels = 2;
 constexpr int kDefaultChannels = 4;
 
 const char *const kSides[] = {"rx.", "tx."};
@@ -123,6 +123,8 @@ Outcome<Done> assignKnown(const Place &place, const KnownName &known, const QByt
     const int colon = words.indexOf(':');
     const KnownName *port = known.kind == Kind::Address ? knownByWord(place, known.word + "-port") : nullptr;
     const bool pair = port && colon >= 0;
+    if (pair && colon == 0)
+        return wrong(placeText(place) + ' ' + known.word + "=" + words + ": the address is missing");
     const Outcome<Value> value = fromWords(known.kind, pair ? words.left(colon) : words);
     if (!value)
         return wrong(placeText(place) + ' ' + known.word + ": " + value.failure().text);
@@ -165,7 +167,8 @@ Outcome<Done> assign(const Place &place, const QByteArray &assignment, Foreign f
     if (found.empty())
         return unknownWord(place, word);
     for (const KnownName *known : found) {
-        const Outcome<Done> done = assignKnown(audioOf(place), *known, words, draft);
+        const bool audio = known->place.startsWith("audio");
+        const Outcome<Done> done = assignKnown(audio ? audioOf(place) : place, *known, words, draft);
         if (!done)
             return done;
     }

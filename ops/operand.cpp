@@ -110,8 +110,14 @@ Changes compare(const Operand &left, const Operand &right)
     Changes changes = shown < 0 ? difference(left.values, right.values)
                                 : difference(onlyChannel(left.values, shown, shown),
                                              onlyChannel(right.values, other, shown));
+    // A settings file says "empty" and 0 where the store has nothing.
+    const auto isNothing = [](const std::optional<Value> &value) {
+        return !value || (value->text.isEmpty() && value->number == 0);
+    };
     const auto untold = [&](const Change &change) {
-        return (left.partial && !change.before) || (right.partial && !change.after);
+        const bool partial = (left.partial && !change.before) || (right.partial && !change.after);
+        return partial ||
+               ((left.partial || right.partial) && isNothing(change.before) && isNothing(change.after));
     };
     changes.erase(std::remove_if(changes.begin(), changes.end(), untold), changes.end());
     return changes;

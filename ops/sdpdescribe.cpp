@@ -61,10 +61,9 @@ SdpPair describeChannel(const Snapshot &snapshot, const Place &place, const SdpD
 {
     const SdpInput input = inputOf(snapshot, place, wanted);
     if (!place.element)
-        return {writeFileSdp(input, SdpSide::Receive), writeFileSdp(input, SdpSide::Send)};
-    const auto element = static_cast<SdpElement>(*place.element); // the same three in the same order
-    return {writeElementSdp(input, element, SdpSide::Receive),
-            writeElementSdp(input, element, SdpSide::Send)};
+        return {writeFileSdp(input, Side::Receive), writeFileSdp(input, Side::Send)};
+    const Element element = *place.element;
+    return {writeElementSdp(input, element, Side::Receive), writeElementSdp(input, element, Side::Send)};
 }
 
 } // namespace ops

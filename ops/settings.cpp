@@ -2,6 +2,7 @@
 #include "ops/settings.h"
 
 #include "channel/channelstore.h"
+#include "channel/valuenames.h"
 #include "files/settingsfile.h"
 #include "ops/assignment.h"
 #include "ops/place.h"
@@ -84,6 +85,7 @@ private:
     SettingsReader m_reader;
     SettingsRead m_read;
     std::set<int> m_channels;
+    bool m_inSection = false;
     int m_line = 1; // the signature
 };
 
@@ -102,7 +104,8 @@ void Import::store(const SettingsValue &value)
 void Import::ignored(const QByteArray &line)
 {
     const int equals = line.indexOf('=');
-    if (equals > 0)
+    m_inSection = m_inSection || line.startsWith("[channel");
+    if (equals > 0 && m_inSection)
         note(line.left(equals) + " is left out" +
              (line.contains("Interface=") ? ": a file never changes interfaces" : ""));
     const bool section = line.startsWith("[channel");
@@ -179,7 +182,7 @@ QByteArrayList settingsLosses(const Snapshot &values)
     QByteArrayList losses;
     if (!beyond.empty())
         losses.append("everything of channels " + QByteArray::number(*beyond.begin()) + " to " +
-                      QByteArray::number(*beyond.rbegin()) + ": only ten sections can be read back");
+                      QByteArray::number(*beyond.rbegin()) + ": only the first digit of a section is read");
     for (const auto &[name, count] : lost)
         losses.append(name + " of " + QByteArray::number(count) + (count == 1 ? " channel" : " channels"));
     return losses;

@@ -20,6 +20,16 @@ int compareBytes(const QByteArray &left, const QByteArray &right)
     return order != 0 ? order : left.size() - right.size();
 }
 
+using RowIterator = std::vector<Row>::const_iterator;
+
+// What is at its end comes last.
+int orderOf(RowIterator left, RowIterator leftEnd, RowIterator right, RowIterator rightEnd)
+{
+    if (left == leftEnd || right == rightEnd)
+        return left == leftEnd ? 1 : -1;
+    return compareKeys(left->path, left->name, right->path, right->name);
+}
+
 bool comesBefore(const Row &row, const Row &other)
 {
     return compareKeys(row.path, row.name, other.path, other.name) < 0;
@@ -115,19 +125,14 @@ Changes difference(const Snapshot &from, const Snapshot &to, Spelling spelling)
     Changes changes;
     auto left = from.rows().begin();
     auto right = to.rows().begin();
-    const auto leftEnd = from.rows().end();
-    const auto rightEnd = to.rows().end();
-    while (left != leftEnd || right != rightEnd) {
-        int order = 0;
-        if (left == leftEnd || right == rightEnd)
-            order = left == leftEnd ? 1 : -1;
-        else
-            order = compareKeys(left->path, left->name, right->path, right->name);
-        if (order < 0)
+    while (left != from.rows().end() || right != to.rows().end()) {
+        const int order = orderOf(left, from.rows().end(), right, to.rows().end());
+        const bool respelled = order == 0 && spelling == Spelling::Exact && left->path != right->path;
+        if (order < 0 || respelled)
             changes.push_back({left->path, left->name, left->value, std::nullopt});
-        else if (order > 0)
+        if (order > 0 || respelled)
             changes.push_back({right->path, right->name, std::nullopt, right->value});
-        else if (left->value != right->value || (spelling == Spelling::Exact && left->path != right->path))
+        else if (order == 0 && left->value != right->value)
             changes.push_back({right->path, right->name, left->value, right->value});
         left += order <= 0;
         right += order >= 0;

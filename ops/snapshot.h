@@ -78,8 +78,8 @@ using Changes = std::vector<Change>;
 
 enum class Spelling { AnyCase, Exact };
 
-// What turns `from` into `to`, in order. With Exact, the same value under another spelling of its path is a
-// change too.
+// What turns `from` into `to`, in order. With Exact, a value whose path is spelled otherwise is
+// deleted and made again, since the store keeps the spelling of the first writing.
 Changes difference(const Snapshot &from, const Snapshot &to, Spelling spelling = Spelling::AnyCase);
 
 } // namespace ops

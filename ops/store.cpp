@@ -67,19 +67,9 @@ Failure notWritten(const Change &change)
     return refused("the store did not take " + change.path + ' ' + change.name + "; nothing was changed");
 }
 
-// A library without transactions can still take a single value safely.
-Outcome<Done> writeOne(void *handle, const Change &change)
-{
-    if (!write(handle, change))
-        return notWritten(change);
-    if (rkCFGSave(handle, nullptr, 0) != 0)
-        return refused("the change could not be made durable");
-    return Done();
-}
-
 } // namespace
 
-Store::Store() : m_handle(RKCFG_DEFAULT_STORE) {}
+Store::Store() : m_handle(reinterpret_cast<void *>(static_cast<intptr_t>(-1))) {}
 
 Outcome<Store> Store::open(const QByteArray &name, bool create)
 {
@@ -110,9 +100,16 @@ Outcome<Snapshot> Store::read(const QByteArray &path) const
 {
     Filler filler;
     const char *from = path.isEmpty() ? nullptr : path.constData();
-    if (rkCFGForEach(m_handle, from, addRow, &filler) != 0)
+    if (!storeCalls().forEach || storeCalls().forEach(m_handle, from, addRow, &filler) != 0)
         return refused("the store cannot be read");
     return std::move(filler.snapshot);
+}
+
+Outcome<Done> Store::save()
+{
+    if (rkCFGSave(m_handle, nullptr, 0) != 0)
+        return refused("the change is stored but could not be made durable");
+    return Done();
 }
 
 Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
@@ -122,8 +119,9 @@ Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
         return Done();
     if (calls.label && !label.isEmpty())
         calls.label(m_handle, label.constData());
+    // A library without transactions can still take a single value safely.
     if (!calls.begin && changes.size() == 1)
-        return writeOne(m_handle, changes.front());
+        return write(m_handle, changes.front()) ? save() : notWritten(changes.front());
     if (!calls.begin)
         return refused("this configuration library cannot store several values as one; nothing was changed");
     if (calls.begin(m_handle) != 0)
@@ -136,7 +134,7 @@ Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
     }
     if (calls.end(m_handle, 1) != 0)
         return refused("the store did not take the change; nothing was changed");
-    return Done();
+    return save();
 }
 
 } // namespace ops

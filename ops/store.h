@@ -32,6 +32,9 @@ public:
     // nothing.
     Outcome<Done> apply(const Changes &changes, const QByteArray &label);
 
+    // What was written so far survives a power cut.
+    Outcome<Done> save();
+
 private:
     explicit Store(void *handle) : m_handle(handle) {}
 

@@ -16,12 +16,15 @@ void look(Function *&call, const char *name)
 StoreCalls lookAll()
 {
     StoreCalls calls{};
+    look(calls.forEach, "rkCFGForEach");
     look(calls.open, "rkCFGOpen");
     look(calls.changed, "rkCFGChanged");
     look(calls.begin, "rkCFGBegin");
     look(calls.end, "rkCFGEnd");
     look(calls.remove, "rkCFGRemove");
     look(calls.label, "rkCFGLabel");
+    look(calls.history, "rkCFGHistory");
+    look(calls.takeBack, "rkCFGTakeBack");
     look(calls.deleteConfiguration, "rkCFGDelete");
     look(calls.renameConfiguration, "rkCFGRename");
     return calls;

@@ -3,6 +3,7 @@
 
 #include "channel/channelkeys.h"
 #include "channel/channelstore.h"
+#include "channel/valuenames.h"
 #include "channel/videoformats.h"
 #include "ops/suggest.h"
 
@@ -54,7 +55,7 @@ const struct { Kind kind; quint32 least, most; const char *says; } kRanges[] = {
     {Kind::Number,       0, 0xffffffff,   "a number from 0 to 4294967295 is needed"},
     {Kind::AudioCount,   0, 512,          "a number of audio channels is from 0 to 512"},
     {Kind::PacketTime,   1, 4000,         "a packet time is 125 or 1000 microseconds"},
-    {Kind::Domain,       0, 127,          "a PTP domain is a number from 0 to 127"},
+    {Kind::Domain,       0, kHighestPtpDomain,          "a PTP domain is a number from 0 to 127"},
     {Kind::ChannelCount, 0, kMaxChannels, "a server has 0 to 65536 channels"},
     {Kind::Type,         0, 0xffffffff,   "a channel type is SMPTE-2110 or a number"},
     {Kind::Format,       0, 0xffffffff,   "a video format is one of: corvelctl __complete format"},

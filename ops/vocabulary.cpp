@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ops/vocabulary.h"
 
-#include "channel/channelstore.h"
+#include "channel/valuenames.h"
 
 #include <QHash>
 
@@ -33,18 +33,6 @@ const struct { const char *word; const char *name; Kind kind; } kChannelWords[] 
     {"flow-mode",     ChannelValue::AudioFlowType,     Kind::FlowMode},
     {"file-settings", ChannelValue::IpUseFileSettings, Kind::Switch},
 };
-
-namespace FirstChannelValue {
-constexpr char NmosDomain[] = "nmosdomain";
-constexpr char NmosIp[] = "nmosip";
-constexpr char NmosServerIp[] = "nmosserverip";
-constexpr char NmosServerPort[] = "nmosserverport";
-} // namespace FirstChannelValue
-namespace MachineValue {
-constexpr char ChannelCount[] = "MaxIntChannels";
-constexpr char NmosOverride[] = "nmosoverride";
-constexpr char NmosUseLog[] = "NMOSUseLog";
-} // namespace MachineValue
 
 // A null path: with channel 0.
 const struct { const char *word; const char *path; const char *name; Kind kind; } kServerWords[] = {

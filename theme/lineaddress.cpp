@@ -1,90 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include "theme/lineaddress.h"
 
+#include <algorithm>
+#include <iterator>
+
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QRegExpValidator>
 #include <QStringList>
 
+#include "theme/addresstext.h"
+#include "theme/invalidmark.h"
+#include "theme/octetedit.h"
+
 namespace {
 
 // 0 to 255 without leading zeros; an empty text is "not yet" and may stand.
 const char octetPattern[] = "^(0|[1-9]|[1-9][0-9]|1[0-9][0-9]|2([0-4][0-9]|5[0-5]))$";
-
-// Where the focus goes when a key acts.
-enum class Move { Prev, Next, Back };
-
-// What a key does before the octet itself gets it.
-struct KeyRule {
-    int key;
-    bool (*acts)(const QLineEdit &octet);
-    Move move;
-    bool mayChangeText; // announced by signalTextChanged, whether the rule acts or not
-};
-
-bool always(const QLineEdit &)
-{
-    return true;
-}
-
-bool emptyOrAtStart(const QLineEdit &octet)
-{
-    return octet.text().isEmpty() || octet.cursorPosition() == 0;
-}
-
-bool atStartOrAllSelected(const QLineEdit &octet)
-{
-    return octet.cursorPosition() == 0 || octet.selectedText().length() == octet.text().length();
-}
-
-bool emptyOrAtEnd(const QLineEdit &octet)
-{
-    return octet.text().isEmpty() || octet.cursorPosition() == octet.text().length();
-}
-
-bool emptyOrZero(const QLineEdit &octet)
-{
-    return octet.text().isEmpty() || octet.text() == QLatin1String("0");
-}
-
-// Backspace and the keys that only move say nothing, on purpose: the owner learns of what they did
-// when the focus leaves the widget. Every key without a row is announced, on purpose, letters and
-// Tab included: the rule is about keys, not about what the octet makes of them.
-// clang-format off
-const KeyRule keyRules[] = {
-    // key               acts when             focus goes   may change the text
-    { Qt::Key_Backspace, emptyOrAtStart,       Move::Prev,  false },
-    { Qt::Key_Left,      atStartOrAllSelected, Move::Prev,  false },
-    { Qt::Key_Right,     emptyOrAtEnd,         Move::Next,  false },
-    { Qt::Key_Period,    always,               Move::Next,  false },
-    { Qt::Key_Comma,     always,               Move::Next,  false },
-    { Qt::Key_0,         emptyOrZero,          Move::Next,  true  },
-    { Qt::Key_Return,    always,               Move::Back,  true  },
-    { Qt::Key_Enter,     always,               Move::Back,  true  },
-};
-// clang-format on
-
-const KeyRule *ruleFor(int key)
-{
-    for (const KeyRule &rule : keyRules) {
-        if (rule.key == key)
-            return &rule;
-    }
-    return nullptr;
-}
-
-void fillOctet(QLineEdit *octet, int key)
-{
-    // A "0" typed onto a "0" writes it again, which also drops a selection.
-    if (!octet->text().isEmpty() && key != Qt::Key_0)
-        return;
-    octet->setText(QStringLiteral("0"));
-    // The octet gets the Backspace too and would delete the new "0" again.
-    if (key == Qt::Key_Backspace)
-        octet->setCursorPosition(0);
-}
 
 QFont octetFont(QFont font)
 {
@@ -94,19 +29,6 @@ QFont octetFont(QFont font)
     if (font.pointSizeF() > 1.0)
         font.setPointSizeF(font.pointSizeF() - 1.0);
     return font;
-}
-
-void focusAndSelect(QLineEdit *octet)
-{
-    octet->setFocus(Qt::OtherFocusReason);
-    octet->selectAll();
-}
-
-void enterOctet(QLineEdit *octet)
-{
-    octet->setFocus(Qt::OtherFocusReason);
-    octet->setCursorPosition(0);
-    octet->selectAll();
 }
 
 } // namespace
@@ -138,7 +60,7 @@ QLineAddress::QLineAddress(QWidget *parent) : QFrame(parent)
 
 void QLineAddress::addOctet(int index)
 {
-    auto *octet = new QLineEdit(this);
+    auto *octet = new OctetEdit(this);
     m_pLineEdit[index] = octet;
     octet->installEventFilter(this);
     octet->setObjectName(QStringLiteral("octet%1").arg(index));
@@ -148,6 +70,7 @@ void QLineAddress::addOctet(int index)
     octet->setFont(octetFont(octet->font()));
     const QRegExp rule(QLatin1String(octetPattern), Qt::CaseSensitive, QRegExp::RegExp);
     octet->setValidator(new QRegExpValidator(rule, octet));
+    connect(octet, &QLineEdit::textChanged, this, &QLineAddress::showMark);
 }
 
 QString QLineAddress::address() const
@@ -192,114 +115,86 @@ void QLineAddress::setAccessibleNames(const QString &name)
     }
 }
 
-bool QLineAddress::eventFilter(QObject *watched, QEvent *event)
+// ------------------------------------------------------------------------------------- whole addresses
+
+bool QLineAddress::takeAddress(const QString &text)
 {
-    const int index = octetIndex(watched);
-    if (index >= 0) {
-        switch (event->type()) {
-        case QEvent::MouseButtonRelease:
-            if (static_cast<QMouseEvent *>(event)->button() == Qt::LeftButton)
-                focusAndSelect(m_pLineEdit[index]);
-            break;
-        case QEvent::KeyPress:
-            keyPressed(index, static_cast<QKeyEvent *>(event)->key());
-            break;
-        case QEvent::FocusOut:
-            focusLeft(index);
-            break;
-        default:
-            break;
-        }
-    }
-    return QFrame::eventFilter(watched, event);
+    const QString found = addressInText(text);
+    if (found.isEmpty())
+        return false;
+    setAddress(found);
+    announceEdit();
+    // Where typing it would have ended: the next Tab leaves the field.
+    if (octetIndex(window()->focusWidget()) >= 0)
+        m_pLineEdit[QTUTL_IP_SIZE - 1]->setFocus(Qt::OtherFocusReason);
+    return true;
 }
 
-void QLineAddress::slotTextChanged(QLineEdit *edit)
+void QLineAddress::copyAddress() const
 {
-    const int index = octetIndex(edit);
-    if (index < 0)
-        return;
-    // Any announced key moves on from a full octet or a lone "0", on purpose also one that typed
-    // nothing; "0" counts as full because no digit may follow it. That the octet still has the focus
-    // is not asked for, on purpose: it never has it while another window is in front.
-    const QString text = edit->text();
-    const bool full = text.length() == MAX_DIGITS && edit->cursorPosition() == text.length();
-    const bool advance = full || text == QLatin1String("0");
-    if (advance && index + 1 < QTUTL_IP_SIZE && !focusGivenBack())
-        focusAndSelect(m_pLineEdit[index + 1]);
-    emit addressChanged();
+    QGuiApplication::clipboard()->setText(address());
 }
 
-void QLineAddress::moveNextLineEdit(int index)
+// Queued as a key is, so that edits are told in their order; but there is nothing to move on from.
+void QLineAddress::announceEdit()
 {
-    if (index + 1 >= QTUTL_IP_SIZE)
-        return;
-    enterOctet(m_pLineEdit[index + 1]);
+    m_nAdvancedTo = -1;
+    QMetaObject::invokeMethod(this, &QLineAddress::addressChanged, Qt::QueuedConnection);
 }
 
-void QLineAddress::movePrevLineEdit(int index)
+// ------------------------------------------------------------------------------------------- the mark
+
+bool QLineAddress::isIncomplete() const
 {
-    if (index <= 0)
-        return;
-    enterOctet(m_pLineEdit[index - 1]);
+    return std::any_of(std::begin(m_pLineEdit), std::end(m_pLineEdit),
+                       [](const QLineEdit *octet) { return octet->text().isEmpty(); });
 }
 
-void QLineAddress::keyPressed(int index, int key)
+void QLineAddress::setInvalid(bool invalid)
 {
-    QLineEdit *octet = m_pLineEdit[index];
-    const KeyRule *rule = ruleFor(key);
-    if (!rule) {
-        emit signalTextChanged(octet);
-        return;
-    }
-    const bool acts = rule->acts(*octet);
-    if (acts)
-        fillOctet(octet, key);
-    if (rule->mayChangeText)
-        emit signalTextChanged(octet);
-    if (!acts)
-        return;
-    switch (rule->move) {
-    case Move::Prev:
-        movePrevLineEdit(index);
-        break;
-    case Move::Next:
-        moveNextLineEdit(index);
-        break;
-    case Move::Back:
-        giveFocusBack(index);
-        break;
-    }
+    m_bOwnerInvalid = invalid;
+    showMark();
 }
 
-void QLineAddress::focusLeft(int index)
+// An octet may be empty while somebody types; a mark that is there stays until none is.
+void QLineAddress::showMark()
 {
-    for (int i = 0; i < QTUTL_IP_SIZE; ++i) {
-        if (i != index && m_pLineEdit[i]->hasFocus())
-            return;
-    }
-    emit processReturn();
+    if (!isIncomplete())
+        m_bMarkedEmpty = false;
+    else if (!hasFocusInside())
+        m_bMarkedEmpty = true;
+    markInvalid(this, m_bMarkedEmpty || m_bOwnerInvalid);
 }
 
-// The octet losing the focus is what tells the owner that the user has finished.
-void QLineAddress::giveFocusBack(int index)
+bool QLineAddress::hasFocusInside() const
 {
-    if (QWidget *owner = parentWidget()) {
-        owner->setFocus(Qt::OtherFocusReason);
+    return std::any_of(std::begin(m_pLineEdit), std::end(m_pLineEdit),
+                       [](const QLineEdit *octet) { return octet->hasFocus(); });
+}
+
+// -------------------------------------------------------------------------------------------- the mouse
+
+void QLineAddress::clickOctet(int index)
+{
+    m_nAdvancedTo = -1;
+    m_pLineEdit[index]->setFocus(Qt::OtherFocusReason);
+    m_pLineEdit[index]->selectAll();
+}
+
+void QLineAddress::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton) {
+        QFrame::mousePressEvent(event);
         return;
     }
-    m_bFocusCleared = true;
-    m_pLineEdit[index]->clearFocus();
-}
-
-// True after Return until something else takes the focus: the announcement that Return makes is
-// still on its way then and must not pull the focus back into the next octet.
-bool QLineAddress::focusGivenBack() const
-{
-    const QWidget *holder = window()->focusWidget();
-    if (const QWidget *owner = parentWidget())
-        return holder == owner;
-    return m_bFocusCleared && !holder;
+    const auto distance = [event](const QLineEdit *octet) {
+        return qAbs(octet->geometry().center().x() - event->pos().x());
+    };
+    const auto nearest = std::min_element(
+        std::begin(m_pLineEdit), std::end(m_pLineEdit),
+        [distance](const QLineEdit *a, const QLineEdit *b) { return distance(a) < distance(b); });
+    clickOctet(octetIndex(*nearest));
+    event->accept();
 }
 
 int QLineAddress::octetIndex(const QObject *object) const

@@ -13,7 +13,11 @@
 
 #include <QFrame>
 #include <QLineEdit> // complete, so that moc registers QLineEdit * for the queued connection
+#include <QPointer>
 #include <QString>
+
+class OctetEdit;
+class QKeyEvent;
 
 class QLineAddress : public QFrame {
     Q_OBJECT
@@ -53,6 +57,17 @@ public:
     // name gives back the plain "octet 1 of 4" of a new widget.
     void setAccessibleNames(const QString &name);
 
+    // Tells now, in order, of every key and edit that addressChanged() has yet to be emitted for. To be
+    // called before anything that changes what the address belongs to. Leaving the widget does it too.
+    void finishKeys();
+
+    // True while an octet is empty.
+    bool isIncomplete() const;
+
+    // The owner's verdict on the address. The widget bears the dynamic property "invalid", for the style
+    // sheet, while the verdict is bad, and also from leaving it with an empty octet until none is empty.
+    void setInvalid(bool invalid);
+
     // Key, mouse and focus handling of the octets. Never keeps an event from them.
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -63,29 +78,63 @@ public:
 signals:
     // An octet is about to get a key that may change its text. For the widget's own use.
     void signalTextChanged(QLineEdit *edit);
-    // A key that may have changed the address has been handled. Comes from the event loop, after the
-    // key took effect. Backspace and the keys that only move on do not cause it.
+    // A key that may have changed the address has been handled, or text was cut, pasted or dropped: a
+    // whole address counts as one edit. Comes from the event loop, after the key took effect, but never
+    // later than finishKeys() and processReturn(). Backspace, the keys that only move on, modifiers and
+    // commands (Ctrl, Alt, Meta) do not cause it.
     void addressChanged();
     // The focus has left the widget as a whole: by Return or Enter, by Tab or mouse, or because
     // another window came to the front. Moving between the octets does not cause it.
     void processReturn();
 
 public slots:
-    // Moves on from a full octet and emits addressChanged(). Anything but one of the four octets is
-    // ignored.
+    // Moves on from a full octet, unless the focus has gone elsewhere since, and emits addressChanged().
+    // Anything but one of the four octets is ignored.
     void slotTextChanged(QLineEdit *edit);
 
+protected:
+    // A click beside the octets goes to the nearest one.
+    void mousePressEvent(QMouseEvent *event) override;
+
 private:
+    friend class OctetEdit; // copies, pastes and hands on keys through the four functions below
+    bool takeAddress(const QString &text);
+    void copyAddress() const;
+    void announceEdit();
+    QLineEdit *takeKeyTarget();
+
     void addOctet(int index);
+    void clickOctet(int index);
+    void showMark();
+    bool hasFocusInside() const;
+    void octetEvent(int index, QEvent *event);
+    void keyPressed(int index, const QKeyEvent &event);
+    void act(int index, int key);
+    void announceKey(int index);
     void moveNextLineEdit(int index);
     void movePrevLineEdit(int index);
-    void keyPressed(int index, int key);
+    bool advanceIsDue(int index) const;
+    void advance(int index);
+    void settle(int index);
     void focusLeft(int index);
     void giveFocusBack(int index);
-    bool focusGivenBack() const;
+    void keepPlace(int index, QWidget *owner);
+    void ownerEvent(QEvent *event);
+    void goOnFromPlace();
     int octetIndex(const QObject *object) const;
 
-    bool m_bFocusCleared = false; // Return was pressed while there was no parent to take the focus
+    // Keys of an octet that slotTextChanged() has yet to see: those that may still move on from it, and
+    // before them those that may not, because the focus has left the octet since.
+    int m_nAnnounced[QTUTL_IP_SIZE] = {};
+    int m_nSettled[QTUTL_IP_SIZE] = {};
+    int m_nAdvancedTo = -1;            // octet entered by an automatic advance, nothing typed there since
+    QLineEdit *m_pKeyTarget = nullptr; // octet that the key in hand goes on to
+    bool m_bFocusCleared = false;      // Return was pressed while there was no parent to take the focus
+    QPointer<QWidget> m_pPlaceKeeper;  // got the focus by Return; its next Tab goes on from m_nPlace
+    int m_nPlace = 0;
+    bool m_bPassing = false;      // the focus only passes through on that Tab
+    bool m_bMarkedEmpty = false;  // left with an empty octet
+    bool m_bOwnerInvalid = false; // setInvalid()
 };
 
 #endif

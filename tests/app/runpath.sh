@@ -14,7 +14,7 @@ for file in bin/* lib/*.so; do
     *::*) fail "$file has an empty entry in its run path: $path" ;;
   esac
   for entry in $(echo "$path" | tr : ' '); do
-    case $entry in '$ORIGIN'*) ;; *) fail "$file looks into $entry" ;; esac
+    case $entry in \$ORIGIN*) ;; *) fail "$file looks into $entry" ;; esac
   done
   readelf -d "$file" | grep -q 'SYMBOLIC' && fail "$file is bound to itself"
 done

@@ -2,6 +2,7 @@
 //
 // Validation and closing: the error list, the alerts of the interface fields, their storing, and "Done"
 // and its like. What ends the process runs in a process of its own: this program with "--close".
+#include "fake/real.h"
 #include "support/dialog.h"
 #include "support/logfile.h"
 #include "support/snapshot.h"
@@ -11,7 +12,6 @@
 #include <cstdio>
 #include <memory>
 
-#include <dlfcn.h>
 #include <ifaddrs.h>
 
 using namespace DialogTest;
@@ -24,7 +24,7 @@ static bool noInterfaces = false;
 extern "C" int getifaddrs(ifaddrs **first)
 {
     if (!noInterfaces)
-        return reinterpret_cast<decltype(&getifaddrs)>(dlsym(RTLD_NEXT, "getifaddrs"))(first);
+        return real(getifaddrs, "getifaddrs")(first);
     return -1;
 }
 

@@ -2,8 +2,9 @@
 //
 // The clock: when the PTP client is started, stopped and started again, and what the two lines show. The
 // client is one that only remembers.
-#include "app/digitgroups.h"
+#include "app/view/digitgroups.h"
 #include "fake/ptpclient.h"
+#include "fake/real.h"
 #include "support/dialog.h"
 #include "support/snapshot.h"
 
@@ -11,7 +12,6 @@
 #include <QDateTime>
 #include <QRegularExpression>
 
-#include <dlfcn.h>
 #include <limits>
 #include <memory>
 
@@ -28,12 +28,6 @@ static struct {
     QString infoThen; // what the information line showed at that moment
     QLineEdit *info;
 } asked;
-
-template<class Function>
-static Function *real(Function *, const char *name)
-{
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
 
 extern "C" int rkOSGetEpochDateTimeString(uint64_t seconds, char *date, char *time, uint32_t nanoseconds,
                                           uint32_t flags)

@@ -2,7 +2,7 @@
 //
 // Whatever writes to the store makes it durable before it is done: each action of a person, and each call
 // of a host.
-#include "fake/commits.h"
+#include "fake/recorder.h"
 #include "support/filefixture.h"
 
 #include <cstring>
@@ -99,19 +99,19 @@ void TestCommits::everyActionCommits()
 {
     QFETCH(int, index);
     FileFixture m;
-    Commits::clear();
+    Recorder::clear();
     kRows[index].run(m);
-    QVERIFY(Commits::saves() > 0);
-    QCOMPARE(Commits::pending(), 0);
+    QVERIFY(Recorder::saves() > 0);
+    QCOMPARE(Recorder::pending(), 0);
 }
 
 void TestCommits::startingCommits()
 {
     const FreshStore store;
-    Commits::clear();
+    Recorder::clear();
     const QCorvel dialog(true, nullptr);
-    QVERIFY(Commits::saves() > 0);
-    QCOMPARE(Commits::pending(), 0);
+    QVERIFY(Recorder::saves() > 0);
+    QCOMPARE(Recorder::pending(), 0);
 }
 
 void TestCommits::switchingConfigurationsClosesWithSaving()
@@ -119,21 +119,21 @@ void TestCommits::switchingConfigurationsClosesWithSaving()
     FileFixture m;
     StoreTest::put(0, "TransmitIp", QStringLiteral("1.2.3.4"));
     m.dialog->m_pConfig->addItem(QStringLiteral("other"), QStringLiteral("other"));
-    Commits::clear();
+    Recorder::clear();
     chooseOther(m.dialog->m_pConfig);
-    QCOMPARE(Commits::saves(), 1);
+    QCOMPARE(Recorder::saves(), 1);
 }
 
 void TestCommits::choosingAChannelWritesNothing()
 {
     FileFixture m;
-    Commits::clear();
+    Recorder::clear();
     for (QAbstractButton *button :
          {m.dialog->m_pAudioConfig, m.dialog->m_pAncConfig, m.dialog->m_pVideoConfig})
         click(button);
     choose(m.dialog->m_pChannel, 2);
-    QCOMPARE(Commits::pending(), 0);
-    QCOMPARE(Commits::saves(), 0);
+    QCOMPARE(Recorder::pending(), 0);
+    QCOMPARE(Recorder::saves(), 0);
 }
 
 CORVEL_DIALOG_TEST_MAIN(TestCommits)

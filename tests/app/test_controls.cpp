@@ -4,7 +4,7 @@
 #include "channel/videoformats.h"
 #include "fake/recorder.h"
 #include "support/dialog.h"
-#include "support/listing.h"
+#include "support/snapshot.h"
 
 #include <QDir>
 #include <QFile>
@@ -261,13 +261,12 @@ void TestControls::firstStartWritesTwoValues()
 {
     open();
     show(m_dialog.get());
-    QTest::qWait(30); // some ticks
-    const Listing two = {{"KWX\\Advanced\\AvHAL\tnmosoverride", "0"},
-                         {"KWX\\Advanced\\Debug\tNMOSUseLog", "0"}};
-    QCOMPARE(listing(), two);
+    letItTick(m_dialog.get());
+    const Snapshot two = firstStart();
+    QCOMPARE(snapshot(), two);
     m_dialog.reset();
     open();
-    QCOMPARE(listing(), two);
+    QCOMPARE(snapshot(), two);
 }
 
 void TestControls::switchesComeFromTheStore()

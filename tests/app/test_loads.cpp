@@ -98,7 +98,7 @@ void TestLoads::lookingWritesNothing()
             click(flow);
     }
     m_dialog->loadData();
-    QTest::qWait(30); // some ticks of the clock
+    letItTick(m_dialog.get());
     QCOMPARE(dump(), before);
     m_dialog.reset();
     QCOMPARE(dump(), before);

@@ -147,7 +147,7 @@ void TestLook::enter(const State &state)
         click(m_dialog->m_pAncConfig);
     else if (state.shown == Shown::Simple)
         m_dialog->m_pSwapLayout->setCurrentIndex(1);
-    QTest::qWait(30); // the clock lines
+    letItTick(m_dialog.get()); // the clock lines
 }
 
 void TestLook::savePicture(QWidget *window, const QString &name)
@@ -293,15 +293,19 @@ void TestLook::childDialogs()
     checkNothingCut(m_dialog->m_pErrDlg);
     m_dialog->m_pErrDlg->hide();
 
-    QString question;
-    QTimer::singleShot(50, this, [&] {
+    QTimer answer;
+    connect(&answer, &QTimer::timeout, this, [&] {
         QWidget *box = QApplication::activeModalWidget();
-        QVERIFY(box);
+        if (!box || !box->isVisible())
+            return;
+        answer.stop();
         savePicture(box, QStringLiteral("confirm"));
         checkNothingCut(box);
         box->close();
     });
+    answer.start(5);
     click(m_dialog->m_pNmosOverride);
+    QVERIFY(!answer.isActive());
 }
 
 void TestLook::embedded()

@@ -3,7 +3,7 @@
 // The key table against a list written down independently of it, and a round trip of every row through a
 // store on disk and a second process.
 #include "channel/channelkeys.h"
-#include "support/listing.h"
+#include "support/snapshot.h"
 
 #include <QSet>
 
@@ -91,6 +91,11 @@ private slots:
     void fieldsOfOneElementOnly();
     void flowNumberOnlyOnPerFlowNames();
     void everyRowRoundTrips();
+    void namesOfFlows();
+    void ordersWalkEachKeyOnce();
+    void networkFieldsOfEveryElement();
+    void loadOrders();
+    void lockOrders();
     void saveOrderOfPlainElements();
     void saveOrderOfAudio();
     void flagBits_data();
@@ -147,7 +152,7 @@ void TestChannelKeys::flowNumberOnlyOnPerFlowNames()
 void TestChannelKeys::everyRowRoundTrips()
 {
     const FreshStore store;
-    StoreTest::Listing values;
+    StoreTest::Snapshot values;
     quint32 number = 4023456789u;
     for (const ChannelKey &key : channelKeys()) {
         for (const QByteArray &name : namesOf(key)) {
@@ -157,10 +162,86 @@ void TestChannelKeys::everyRowRoundTrips()
             setCfgValue(name.constData(), value, isText, 2);
             QCOMPARE(cfgValue(name.constData(), isText, 2), value);
             QCOMPARE(cfgValue(name.constData(), isText, 1), isText ? QString() : QStringLiteral("0"));
-            values[StoreTest::channelEntry(2, name)] = value.toLatin1();
+            values[StoreTest::channelEntry(2, name)] = isText ? StoreTest::quoted(value) : value;
         }
     }
-    QCOMPARE(StoreTest::listing(), values);
+    QCOMPARE(StoreTest::snapshot(), values);
+}
+
+// Flows beyond the last one have names too: a session description may hold any number of them.
+void TestChannelKeys::namesOfFlows()
+{
+    for (const ChannelKey &key : channelKeys()) {
+        for (const int flow : {0, 1, 7, 8, 12})
+            QCOMPARE(flowValueName(key, flow), valueName(key, QByteArray::number(flow)));
+    }
+    const ChannelKey copy = channelKey(audio, tx, Field::DestinationPort);
+    QCOMPARE(flowValueName(copy, 7), QByteArray("TransmitAudRemotePort7"));
+    QCOMPARE(flowValueName(copy, 10), QByteArray("TransmitAudRemotePort10"));
+}
+
+void TestChannelKeys::ordersWalkEachKeyOnce()
+{
+    for (const auto &order : {loadOrder, saveOrder}) {
+        QSet<QByteArray> names;
+        int steps = 0;
+        for (const Element element : elementOrder()) {
+            for (const FieldStep &step : order(element)) {
+                names.insert(channelKey(element, step.side, step.field).name);
+                ++steps;
+            }
+        }
+        QCOMPARE(names.size(), steps);
+        QCOMPARE(std::size_t(steps), channelKeys().size() - 2); // all but the two totals
+    }
+}
+
+void TestChannelKeys::networkFieldsOfEveryElement()
+{
+    QCOMPARE(networkFieldOrder().size(), std::size_t(10));
+    QCOMPARE(lockAllOrder().size(), std::size_t(10));
+    for (const FieldStep &step : networkFieldOrder()) {
+        QVERIFY(::flagBit(step.field) != 0);
+        for (const Element element : elementOrder())
+            QVERIFY(findChannelKey(element, step.side, step.field));
+    }
+}
+
+void TestChannelKeys::loadOrders()
+{
+    const auto names = [](Element element) {
+        QByteArrayList found;
+        for (const FieldStep &step : loadOrder(element))
+            found.append(QByteArray(channelKey(element, step.side, step.field).name));
+        return found;
+    };
+    const QByteArrayList plain = {
+        "ReceiveSourceIp",    "ReceiveSourcePort", "ReceiveDestinationIp", "ReceiveDestinationPort",
+        "ReceiveInterface",   "TransmitIp",        "TransmitSourcePort",   "TransmitDestinationIp",
+        "TransmitRemotePort", "TransmitInterface", "ReceiveFlags",         "TransmitFlags",
+    };
+    QCOMPARE(names(video), plain);
+    QCOMPARE(names(anc).join(' ').replace("Anc", ""), plain.join(' '));
+    QCOMPARE(names(audio).size(), 16);
+}
+
+void TestChannelKeys::lockOrders()
+{
+    const auto names = [](TableView<FieldStep> order) {
+        QByteArrayList found;
+        for (const FieldStep &step : order)
+            found.append(QByteArray(channelKey(video, step.side, step.field).name));
+        return found;
+    };
+    QCOMPARE(names(lockedCopyOrder()),
+             (QByteArrayList{"ReceiveDestinationIp", "ReceiveSourceIp", "TransmitDestinationIp", "TransmitIp",
+                             "ReceiveDestinationPort", "ReceiveSourcePort", "TransmitRemotePort",
+                             "TransmitSourcePort"}));
+    QCOMPARE(names(lockedInterfaceOrder()), (QByteArrayList{"ReceiveInterface", "TransmitInterface"}));
+    QCOMPARE(names(lockAllOrder()),
+             (QByteArrayList{"ReceiveSourceIp", "ReceiveSourcePort", "ReceiveDestinationPort",
+                             "ReceiveDestinationIp", "ReceiveInterface", "TransmitIp", "TransmitSourcePort",
+                             "TransmitDestinationIp", "TransmitRemotePort", "TransmitInterface"}));
 }
 
 void TestChannelKeys::saveOrderOfPlainElements()

@@ -97,8 +97,8 @@ struct Kind {
 
 inline const QList<Kind> &kinds()
 {
-    using E = SdpElement;
-    using S = SdpSide;
+    using E = Element;
+    using S = Side;
     static const QList<Kind> list = {
         {"element-video-rx", false,
          [](const SdpInput &in) { return writeElementSdp(in, E::Video, S::Receive); }},

@@ -79,23 +79,23 @@ private slots:
 void TestRoundTrip::videoElement()
 {
     const SdpInput in = sample(0, AllBoxes);
-    QCOMPARE(readBack(writeElementSdp(in, SdpElement::Video, SdpSide::Receive)),
+    QCOMPARE(readBack(writeElementSdp(in, Element::Video, Side::Receive)),
              samples("ReceiveDestinationIp ReceiveSourceIp ReceiveDestinationPort"));
-    QCOMPARE(readBack(writeElementSdp(in, SdpElement::Video, SdpSide::Send)),
+    QCOMPARE(readBack(writeElementSdp(in, Element::Video, Side::Send)),
              samples("TransmitDestinationIp TransmitIp TransmitRemotePort"));
 }
 
 // Announced as video, recognised by its encoding; both sides in either file.
 void TestRoundTrip::ancElement()
 {
-    QCOMPARE(readBack(writeElementSdp(sample(0, AllBoxes), SdpElement::Anc, SdpSide::Send)),
+    QCOMPARE(readBack(writeElementSdp(sample(0, AllBoxes), Element::Anc, Side::Send)),
              samples("ReceiveAncDestinationIp ReceiveAncSourceIp ReceiveAncDestinationPort "
                      "TransmitAncDestinationIp TransmitAncIp TransmitAncRemotePort"));
 }
 
 void TestRoundTrip::singleAudioFlowShiftsItsSendSide()
 {
-    const auto values = readBack(writeElementSdp(sample(1, NoBox), SdpElement::Audio, SdpSide::Send));
+    const auto values = readBack(writeElementSdp(sample(1, NoBox), Element::Audio, Side::Send));
     QCOMPARE(values.value(QStringLiteral("ReceiveAudDestinationPort0")), QStringLiteral("20100"));
     QCOMPARE(values.value(QStringLiteral("TransmitAudRemotePort1")), QStringLiteral("30100"));
     QVERIFY(!values.contains(QStringLiteral("TransmitAudRemotePort0")));
@@ -104,7 +104,7 @@ void TestRoundTrip::singleAudioFlowShiftsItsSendSide()
 // Every block is a flow of its own to the reader, so flow n comes back as 2n (receive) and 2n+1 (send).
 void TestRoundTrip::audioElementShiftsItsFlows()
 {
-    const auto values = readBack(writeElementSdp(sample(8, AllBoxes), SdpElement::Audio, SdpSide::Receive));
+    const auto values = readBack(writeElementSdp(sample(8, AllBoxes), Element::Audio, Side::Receive));
     QCOMPARE(values.size(), 8 * 6);
     for (int n = 0; n < 8; ++n) {
         const QString rx = QString::number(2 * n), tx = QString::number(2 * n + 1);
@@ -131,21 +131,21 @@ void TestRoundTrip::fileOfEachSide()
             (flow.key().startsWith(QLatin1Char('R')) ? rx : tx)[flow.key() + QString::number(n)] =
                 flow.value().arg(n);
     }
-    QCOMPARE(readBack(writeFileSdp(sample(8, AllBoxes), SdpSide::Receive)), rx);
-    QCOMPARE(readBack(writeFileSdp(sample(8, AllBoxes), SdpSide::Send)), tx);
+    QCOMPARE(readBack(writeFileSdp(sample(8, AllBoxes), Side::Receive)), rx);
+    QCOMPARE(readBack(writeFileSdp(sample(8, AllBoxes), Side::Send)), tx);
 }
 
 void TestRoundTrip::sourceComesBackOnlyWithAFilter()
 {
-    QCOMPARE(readBack(writeElementSdp(sample(0, NoBox), SdpElement::Video, SdpSide::Receive)),
+    QCOMPARE(readBack(writeElementSdp(sample(0, NoBox), Element::Video, Side::Receive)),
              samples("ReceiveDestinationIp ReceiveDestinationPort"));
 }
 
 void TestRoundTrip::starKeepsTheDestination()
 {
-    QCOMPARE(readBack(writeElementSdp(sample(0, ReceiveSource), SdpElement::Video, SdpSide::Receive)),
+    QCOMPARE(readBack(writeElementSdp(sample(0, ReceiveSource), Element::Video, Side::Receive)),
              samples("ReceiveDestinationIp ReceiveSourceIp ReceiveDestinationPort"));
-    QCOMPARE(readBack(writeElementSdp(sample(0, SendSource), SdpElement::Video, SdpSide::Send)),
+    QCOMPARE(readBack(writeElementSdp(sample(0, SendSource), Element::Video, Side::Send)),
              samples("TransmitDestinationIp TransmitIp TransmitRemotePort"));
 }
 
@@ -155,7 +155,7 @@ void TestRoundTrip::oneDigitPortsDoNotComeBack()
     in.value = [](const char *, bool isString) {
         return isString ? QStringLiteral("239.1.1.1") : QStringLiteral("7");
     };
-    QCOMPARE(readBack(writeElementSdp(in, SdpElement::Video, SdpSide::Receive)).keys(),
+    QCOMPARE(readBack(writeElementSdp(in, Element::Video, Side::Receive)).keys(),
              QStringList(QStringLiteral("ReceiveDestinationIp")));
 }
 
@@ -163,12 +163,12 @@ void TestRoundTrip::unsetAddressesDoNotComeBack()
 {
     SdpInput in = sample(8, AllBoxes);
     in.value = [](const char *, bool isString) { return isString ? QString() : QStringLiteral("0"); };
-    QVERIFY(readBack(writeFileSdp(in, SdpSide::Receive)).isEmpty());
+    QVERIFY(readBack(writeFileSdp(in, Side::Receive)).isEmpty());
 }
 
 void TestRoundTrip::clockAndFormatDoNotComeBack()
 {
-    for (const SdpStore &store : readSdpText(writeFileSdp(sample(8, AllBoxes), SdpSide::Send).toLatin1()))
+    for (const SdpStore &store : readSdpText(writeFileSdp(sample(8, AllBoxes), Side::Send).toLatin1()))
         QVERIFY2(store.valueName.contains("Ip") || store.valueName.contains("Port"),
                  store.valueName.constData());
 }

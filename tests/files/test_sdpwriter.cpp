@@ -134,8 +134,8 @@ void TestSdpWriter::matrix()
 void TestSdpWriter::videoElementIsSplitBySide()
 {
     const SdpInput in = input(2, 0, NoClock);
-    const QString rx = writeElementSdp(in, SdpElement::Video, SdpSide::Receive);
-    const QString tx = writeElementSdp(in, SdpElement::Video, SdpSide::Send);
+    const QString rx = writeElementSdp(in, Element::Video, Side::Receive);
+    const QString tx = writeElementSdp(in, Element::Video, Side::Send);
     QCOMPARE(linesStartingWith(rx, QStringLiteral("m=")),
              QStringList(QStringLiteral("m=video 20000 RTP/AVP 100")));
     QVERIFY(rx.endsWith(QLatin1String("\na=recvonly\n")));
@@ -146,7 +146,7 @@ void TestSdpWriter::videoElementIsSplitBySide()
 
 void TestSdpWriter::audioOfTwoFlowsHasFourSectionsInOrder()
 {
-    const QString text = writeElementSdp(input(2, 0, NoClock), SdpElement::Audio, SdpSide::Receive);
+    const QString text = writeElementSdp(input(2, 0, NoClock), Element::Audio, Side::Receive);
     const QStringList expected = {
         QStringLiteral("m=audio 20100 RTP/AVP 96"), QStringLiteral("m=audio 30100 RTP/AVP 97"),
         QStringLiteral("m=audio 20101 RTP/AVP 96"), QStringLiteral("m=audio 30101 RTP/AVP 97")};
@@ -156,8 +156,8 @@ void TestSdpWriter::audioOfTwoFlowsHasFourSectionsInOrder()
 void TestSdpWriter::audioAndAncFilesOfAPairAreTheSame()
 {
     const SdpInput in = input(3, 15, Ptp);
-    for (SdpElement element : {SdpElement::Audio, SdpElement::Anc})
-        QCOMPARE(writeElementSdp(in, element, SdpSide::Receive), writeElementSdp(in, element, SdpSide::Send));
+    for (Element element : {Element::Audio, Element::Anc})
+        QCOMPARE(writeElementSdp(in, element, Side::Receive), writeElementSdp(in, element, Side::Send));
 }
 
 void TestSdpWriter::noFlowsLeaveOnlyTheHeader_data()
@@ -170,7 +170,7 @@ void TestSdpWriter::noFlowsLeaveOnlyTheHeader_data()
 void TestSdpWriter::noFlowsLeaveOnlyTheHeader()
 {
     QFETCH(int, flows);
-    const QString text = writeElementSdp(input(flows, 15, Ptp), SdpElement::Audio, SdpSide::Send);
+    const QString text = writeElementSdp(input(flows, 15, Ptp), Element::Audio, Side::Send);
     QCOMPARE(text, QStringLiteral("v=0\no=- 1700000000123456 0 IN IP4 192.168.10.2\ns=Halvect IP Config\n"
                                   "t=0 0\n"));
 }
@@ -181,14 +181,14 @@ void TestSdpWriter::sourceBoxWithoutDestinationBoxWritesStar_data()
     QTest::addColumn<int>("side");
     QTest::addColumn<QString>("expected");
     const QString start = QStringLiteral("a=source-filter: incl IN IP4 ");
-    QTest::newRow("receive") << 8 << int(SdpSide::Receive) << start + QStringLiteral("* 192.168.20.1");
+    QTest::newRow("receive") << 8 << int(Side::Receive) << start + QStringLiteral("* 192.168.20.1");
     QTest::newRow("receive, both boxes")
-        << 12 << int(SdpSide::Receive) << start + QStringLiteral("239.1.1.1 192.168.20.1");
+        << 12 << int(Side::Receive) << start + QStringLiteral("239.1.1.1 192.168.20.1");
     QTest::newRow("receive, other side's destination box")
-        << 9 << int(SdpSide::Receive) << start + QStringLiteral("* 192.168.20.1");
-    QTest::newRow("send") << 2 << int(SdpSide::Send) << start + QStringLiteral("* 192.168.10.1");
+        << 9 << int(Side::Receive) << start + QStringLiteral("* 192.168.20.1");
+    QTest::newRow("send") << 2 << int(Side::Send) << start + QStringLiteral("* 192.168.10.1");
     QTest::newRow("send, both boxes")
-        << 3 << int(SdpSide::Send) << start + QStringLiteral("239.2.1.1 192.168.10.1");
+        << 3 << int(Side::Send) << start + QStringLiteral("239.2.1.1 192.168.10.1");
 }
 
 void TestSdpWriter::sourceBoxWithoutDestinationBoxWritesStar()
@@ -196,14 +196,14 @@ void TestSdpWriter::sourceBoxWithoutDestinationBoxWritesStar()
     QFETCH(int, boxes);
     QFETCH(int, side);
     QFETCH(QString, expected);
-    const QString text = writeElementSdp(input(1, boxes, NoClock), SdpElement::Video, SdpSide(side));
+    const QString text = writeElementSdp(input(1, boxes, NoClock), Element::Video, Side(side));
     QCOMPARE(linesStartingWith(text, QStringLiteral("a=source-filter")), QStringList(expected));
 }
 
 void TestSdpWriter::destinationBoxAloneWritesNoFilter()
 {
     const SdpInput in = input(1, 5, NoClock);
-    for (SdpSide side : {SdpSide::Receive, SdpSide::Send})
+    for (Side side : {Side::Receive, Side::Send})
         QVERIFY(!writeFileSdp(in, side).contains(QLatin1String("source-filter")));
 }
 
@@ -236,7 +236,7 @@ void TestSdpWriter::clockLines()
     QFETCH(int, clockIndex);
     QFETCH(QString, address);
     QFETCH(QString, expected);
-    const QString text = writeFileSdp(clockInput(useGmId, clockIndex, address), SdpSide::Receive);
+    const QString text = writeFileSdp(clockInput(useGmId, clockIndex, address), Side::Receive);
     // Video, one audio flow and ancillary data each carry the same pair of lines.
     const int sections = expected.isEmpty() ? 0 : 3;
     QCOMPARE(text.count(QLatin1String("a=ts-refclk")), sections);
@@ -249,7 +249,7 @@ void TestSdpWriter::unknownFormatWritesEmptyValues()
 {
     SdpInput in = input(0, 0, NoClock);
     in.width = in.height = in.rate = QString();
-    const QString text = writeElementSdp(in, SdpElement::Video, SdpSide::Send);
+    const QString text = writeElementSdp(in, Element::Video, Side::Send);
     QVERIFY(text.contains(QLatin1String("\na=framerate:\n")));
     QVERIFY(text.contains(QLatin1String("\na=fmtp:101 width=; height=; TP=2110TPNL; exactframerate=; PM=")));
 }
@@ -258,7 +258,7 @@ void TestSdpWriter::missingValuesAreWrittenAsTheyRead()
 {
     SdpInput in = input(1, 15, NoClock);
     in.value = [](const char *, bool isString) { return isString ? QString() : QStringLiteral("0"); };
-    QCOMPARE(writeElementSdp(in, SdpElement::Audio, SdpSide::Receive),
+    QCOMPARE(writeElementSdp(in, Element::Audio, Side::Receive),
              QStringLiteral("v=0\no=- 1700000000123456 0 IN IP4 \ns=Halvect IP Config\nt=0 0\n"
                             "m=audio 0 RTP/AVP 96\nc=IN IP4 \na=source-filter: incl IN IP4  \n"
                             "a=rtpmap:96 L24/48000/1\na=ptime:0\na=recvonly\n"
@@ -270,16 +270,16 @@ void TestSdpWriter::templateMarksInValuesAreLeftAlone()
 {
     SdpInput in = input(0, 0, NoClock);
     in.value = [](const char *, bool) { return QStringLiteral("%1%2"); };
-    const QString text = writeElementSdp(in, SdpElement::Video, SdpSide::Receive);
+    const QString text = writeElementSdp(in, Element::Video, Side::Receive);
     QVERIFY(text.contains(QLatin1String("m=video %1%2 RTP/AVP 100\nc=IN IP4 %1%2\n")));
 }
 
 void TestSdpWriter::ancIsVideoForTheElementAndDataForTheFile()
 {
     const SdpInput in = input(0, 0, NoClock);
-    QVERIFY(writeElementSdp(in, SdpElement::Anc, SdpSide::Send)
-                .contains(QLatin1String("m=video 30300 RTP/AVP 99\n")));
-    QVERIFY(writeFileSdp(in, SdpSide::Send).contains(QLatin1String("m=data 30300 RTP/AVP 99\n")));
+    QVERIFY(
+        writeElementSdp(in, Element::Anc, Side::Send).contains(QLatin1String("m=video 30300 RTP/AVP 99\n")));
+    QVERIFY(writeFileSdp(in, Side::Send).contains(QLatin1String("m=data 30300 RTP/AVP 99\n")));
 }
 
 void TestSdpWriter::addressesAreAskedForAsTextsAndPortsAsNumbers()
@@ -302,7 +302,7 @@ void TestSdpWriter::originIsTheSendInterfaceOnBothSides()
 {
     const SdpInput in = input(0, 0, NoClock);
     const QString origin = QStringLiteral("o=- 1700000000123456 0 IN IP4 192.168.10.2");
-    for (SdpSide side : {SdpSide::Receive, SdpSide::Send})
+    for (Side side : {Side::Receive, Side::Send})
         QCOMPARE(writeFileSdp(in, side).section(QLatin1Char('\n'), 1, 1), origin);
 }
 
@@ -310,7 +310,7 @@ void TestSdpWriter::identifierMayUseAllBits()
 {
     SdpInput in = input(0, 0, NoClock);
     in.sessionId = ~Q_UINT64_C(0);
-    QVERIFY(writeFileSdp(in, SdpSide::Send).contains(QLatin1String("\no=- 18446744073709551615 0 IN IP4 ")));
+    QVERIFY(writeFileSdp(in, Side::Send).contains(QLatin1String("\no=- 18446744073709551615 0 IN IP4 ")));
 }
 
 void TestSdpWriter::linesEndInLineFeedsOnly()

@@ -71,6 +71,27 @@ inline void choose(QComboBox *combo, quint32 data)
     QCOMPARE(combo->currentData().toUInt(), data);
 }
 
+// Waits until the dialog's clock has shown itself anew some times.
+inline void letItTick(QCorvel *dialog)
+{
+    class Ticks : public QObject {
+    public:
+        explicit Ticks(QCorvel *dialog) : m_dialog(dialog) { dialog->installEventFilter(this); }
+        int count = 0;
+
+    private:
+        bool eventFilter(QObject *, QEvent *event) override
+        {
+            if (event->type() == QEvent::Timer)
+                count += static_cast<QTimerEvent *>(event)->timerId() == m_dialog->timerId;
+            return false;
+        }
+        QCorvel *m_dialog;
+    };
+    const Ticks ticks(dialog);
+    QTRY_VERIFY(ticks.count > 3);
+}
+
 // Answers the next modal dialog by pressing its button with this text, and keeps what it said. A test
 // asks for wasShown afterwards.
 class ModalAnswer : public QObject {

@@ -52,6 +52,24 @@ inline Snapshot changes(const Snapshot &before, const Snapshot &after)
     return result;
 }
 
+// The entry of a channel's value.
+inline QString channelEntry(int channel, const QByteArray &name)
+{
+    return QString::number(channel) + QLatin1Char(':') + QString::fromLatin1(name);
+}
+
+inline bool isOfChannel(int channel, const QString &entry)
+{
+    return entry.startsWith(channelEntry(channel, QByteArray()));
+}
+
+// All that the first start on an empty store leaves there.
+inline Snapshot firstStart()
+{
+    return {{QStringLiteral("KWX\\Advanced\\AvHAL:nmosoverride"), QStringLiteral("0")},
+            {QStringLiteral("KWX\\Advanced\\Debug:NMOSUseLog"), QStringLiteral("0")}};
+}
+
 inline QString quoted(const QString &text)
 {
     return QLatin1Char('\'') + text + QLatin1Char('\'');

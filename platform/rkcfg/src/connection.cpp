@@ -20,6 +20,8 @@ constexpr const char *settings[] = {
     "PRAGMA trusted_schema=OFF",
     "PRAGMA cell_size_check=ON",
     "PRAGMA mmap_size=0",
+    "PRAGMA secure_delete=OFF",
+    "PRAGMA cache_spill=OFF",
 };
 
 constexpr const char *selectSql = "SELECT value FROM setting WHERE path = ?1 AND name = ?2";

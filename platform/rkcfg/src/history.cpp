@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "history.h"
 
+#include "clock.h"
 #include "schema.h"
 #include "writer.h"
 
-#include <ctime>
 #include <string>
 #include <unistd.h>
 
@@ -32,13 +32,6 @@ constexpr const char *backwardSql =
 constexpr const char *batchSql = RKCFG_CHANGE_ROWS " WHERE h.id >= ?1 AND h.batch = ?1 ORDER BY h.id";
 
 #undef RKCFG_CHANGE_ROWS
-
-int64_t nowMicroseconds()
-{
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    return int64_t(now.tv_sec) * 1'000'000 + now.tv_nsec / 1000;
-}
 
 Change changeOf(const Statement &row)
 {
@@ -142,18 +135,12 @@ bool History::present()
     return find.prepare(m_db, sql) == SQLITE_OK && find.step() == SQLITE_ROW;
 }
 
-int History::begin(Walk &walk)
+void History::begin(Walk &walk)
 {
-    Statement bounds;
-    int code = bounds.prepare(m_db, "SELECT coalesce(min(id), 0), coalesce(max(id), 0) FROM history");
-    if (code == SQLITE_OK)
-        code = bounds.step();
-    if (code != SQLITE_ROW)
-        return asContent(code);
-    walk.end = walk.newestFirst ? bounds.number(0) : bounds.number(1);
+    const Extent now = extent();
+    walk.end = walk.newestFirst ? now.first : now.last;
     if (walk.newestFirst)
-        walk.position = bounds.number(1) + 1;
-    return SQLITE_OK;
+        walk.position = now.last + 1;
 }
 
 int History::read(Walk &walk, std::vector<Change> &changes)
@@ -161,10 +148,10 @@ int History::read(Walk &walk, std::vector<Change> &changes)
     changes.clear();
     if (!present())
         return SQLITE_OK;
-    int code = walk.end < 0 ? begin(walk) : SQLITE_OK;
+    if (walk.end < 0)
+        begin(walk);
     Statement page;
-    if (code == SQLITE_OK)
-        code = page.prepare(m_db, walk.newestFirst ? backwardSql : forwardSql);
+    int code = page.prepare(m_db, walk.newestFirst ? backwardSql : forwardSql);
     if (code != SQLITE_OK)
         return asContent(code);
     page.bind(1, walk.position);

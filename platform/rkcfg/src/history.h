@@ -66,11 +66,24 @@ public:
     // All changes of one batch in their order, none when its beginning is not there.
     int readBatch(int64_t batch, std::vector<Change> &changes);
 
+    // Whether there is more than the bounds allow, and enough of it to be worth a step.
+    bool surplus();
+    // Removes the oldest of it, in a transaction of the caller's or of its own.
+    int prune();
+
 private:
+    struct Extent {
+        int64_t first = 0;
+        int64_t last = 0; // 0: there is no history
+        int64_t oldest_us = 0;
+    };
+
     int make();
     int findWriter(Batch &batch);
     int rows(Statement &statement, std::vector<Change> &changes);
-    int begin(Walk &walk);
+    void begin(Walk &walk);
+    Extent extent();
+    int64_t surplusEnd();
     bool present();
 
     sqlite3 *m_db = nullptr;

@@ -13,6 +13,7 @@ namespace {
 
 constexpr int attempts = 3;
 constexpr int impatientMs = 50;
+constexpr int stepsAtOpen = 5;
 
 // Another number for each connection, so that a mark taken with one never fits the next.
 uint32_t nextGeneration()
@@ -160,6 +161,7 @@ int Store::reopen(const std::string &name, Result &result)
     if (m_connection->readOnly() && !m_readOnlyTold)
         ErrOut("rkcfg: %s can only be read", m_paths.database.c_str());
     m_readOnlyTold = m_connection->readOnly();
+    prune(stepsAtOpen);
     copyWhenDue();
     return SQLITE_OK;
 }
@@ -243,8 +245,10 @@ int Store::save(const char *name)
         return SQLITE_OK;
     m_batch.end();
     code = syncAndTell();
-    if (m_uncopied)
+    if (m_uncopied) {
+        prune(1);
         copyWhenDue();
+    }
     // What a failed write left out is not durable, so the save that was to cover it says so once.
     if (code == SQLITE_OK && m_lostWrite)
         code = SQLITE_IOERR;

@@ -70,6 +70,7 @@ private:
     int syncAndTell();
     int finish(bool keep);
     void copyWhenDue();
+    void prune(int steps);
     int patienceMs() const;
     void adjustPatience(int code);
     Journal journalOf(const std::string &folder);

@@ -89,6 +89,20 @@ int Store::takeBack(const TakeBackOrder &order, TakeBackResult &result)
     return code != SQLITE_OK ? code : ended;
 }
 
+// Never waits: what cannot be removed now is removed another time.
+void Store::prune(int steps)
+{
+    if (m_connection->readOnly())
+        return;
+    const LockGuard shared(m_lock, m_paths.folder, FolderLock::Kind::Shared, 0);
+    m_connection->setBusyTimeout(0);
+    while (shared.held() && steps-- > 0 && m_connection->history().surplus()) {
+        if (m_connection->history().prune() != SQLITE_OK)
+            break;
+    }
+    m_connection->setBusyTimeout(patienceMs());
+}
+
 int Store::changedByOthers(uint64_t &mark)
 {
     int64_t version = 0;

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int kPatienceMs = 20000;
+constexpr int kPatienceMs = 60000;
 
 QProcessEnvironment environmentFor(const QString &display)
 {

@@ -21,7 +21,7 @@ const char kOtherSource[] = "192.0.2.2";
 const char kGroup[] = "239.20.30.40";
 const char kPort[] = "20040";
 constexpr quint32 k1080p5994 = 0x2380b23b;
-constexpr int kPatienceMs = 15000; // a busy machine drops packets: it takes another frame then
+constexpr int kPatienceMs = 60000; // a busy machine drops packets: it takes another frame then
 
 // Types a name into the next file dialog and saves.
 class SaveAs : public QObject {

@@ -287,7 +287,11 @@ void TestRkcfgFailures::patienceReturnsAfterABusyStart()
     QCOMPARE(writer.ask("BEGIN IMMEDIATE"), QByteArray());
     bool written = false;
     std::thread thread([&written] { written = putNumber("p", "n", 2); });
-    usleep(400000); // longer than an impatient call waits, far shorter than a patient one
+    // Somebody else with more patience than an impatient call, and far less than a patient one, gives up
+    // meanwhile.
+    Direct third(m_home->database());
+    third.ask("PRAGMA busy_timeout = 400");
+    QVERIFY(third.ask("BEGIN IMMEDIATE").contains("locked"));
     QCOMPARE(writer.ask("COMMIT"), QByteArray());
     thread.join();
     QVERIFY(written);

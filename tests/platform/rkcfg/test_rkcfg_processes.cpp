@@ -3,7 +3,6 @@
 #include "storehome.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QRandomGenerator>
 #include <QtTest>

@@ -10,7 +10,7 @@ mount -t tmpfs -o mode=755 none /run
 serve() {
     exec {out}< <(exec "$rkevent" wait "$@")
     pid=$!
-    read -r -t 20 line <&"$out" && test "$line" = waiting || fail "no service for $1"
+    { read -r -t 20 line <&"$out" && test "$line" = waiting; } || fail "no service for $1"
 }
 
 # Without the directory events lie at the user's.

@@ -20,7 +20,12 @@
 namespace {
 
 constexpr const char *eventName = "HalvectNMOSConfigChange_1_tx_{8ba14a78-0bb2-b00b-5f55-bfe29a74a8d8}";
-constexpr int longMs = 20000;
+constexpr int longMs = 60000;
+#if defined(__SANITIZE_THREAD__)
+constexpr int kills = 100; // each program takes its time to start there
+#else
+constexpr int kills = 1000;
+#endif
 
 uint64_t openEvent(const char *name = eventName)
 {
@@ -73,12 +78,12 @@ public:
     }
 
     // The next line it prints; empty when it ends or stays silent.
-    QByteArray line(int timeoutMs = longMs)
+    QByteArray line()
     {
         while (!m_text.contains('\n')) {
             pollfd waiting = {m_output, POLLIN, 0};
             char buffer[512];
-            if (poll(&waiting, 1, timeoutMs) <= 0)
+            if (poll(&waiting, 1, longMs) <= 0)
                 return {};
             const ssize_t got = read(m_output, buffer, sizeof buffer);
             if (got <= 0)
@@ -344,24 +349,26 @@ private slots:
 
     void aSignalDoesNotEndAWait()
     {
-        const int result = inSecondProcess([] {
-            struct sigaction action {};
-            action.sa_handler = [](int) {};
-            sigaction(SIGUSR1, &action, nullptr);
-            const uint64_t service = rkOSCreateEvent(eventName);
-            const pthread_t waiter = pthread_self();
-            std::atomic<bool> done{false};
-            std::thread pest([&] {
-                for (int i = 0; i < 200; ++i)
-                    pthread_kill(waiter, SIGUSR1);
-                rkOSSetEvent(service);
-                done = true;
-            });
-            const int waited = rkOSWaitEvent(service, RKOS_INFINITE);
-            pest.join();
-            return waited == 0 && done ? 0 : 1;
+        struct sigaction action {};
+        struct sigaction before {};
+        action.sa_handler = [](int) {};
+        sigaction(SIGUSR1, &action, &before);
+        const uint64_t service = rkOSCreateEvent(eventName);
+        const pthread_t waiter = pthread_self();
+        std::atomic<bool> pestered{false};
+        std::thread pest([&] {
+            for (int i = 0; i < 200; ++i)
+                pthread_kill(waiter, SIGUSR1);
+            pestered = true;
+            rkOSSetEvent(service);
         });
-        QCOMPARE(result, 0);
+        const int waited = rkOSWaitEvent(service, RKOS_INFINITE);
+        const bool early = !pestered;
+        pest.join();
+        sigaction(SIGUSR1, &before, nullptr);
+        rkOSCloseEvent(service);
+        QCOMPARE(waited, 0);
+        QVERIFY(!early);
     }
 
     void closingEndsAWait()
@@ -410,10 +417,10 @@ private slots:
         rkOSCloseEvent(event);
     }
 
-    void noGhostAndNoLostSetInAThousandKills()
+    void noGhostAndNoLostSetInManyKills()
     {
         const int before = openDescriptors();
-        for (int round = 0; round < 1000; ++round) {
+        for (int round = 0; round < kills; ++round) {
             Service service;
             QVERIFY2(service.waits(), QByteArray::number(round).constData());
             const uint64_t event = openEvent();
@@ -466,15 +473,10 @@ private slots:
         const uint64_t event = openEvent();
         service.signal(SIGSTOP);
         int refused = 0;
-        qint64 slowest = 0;
-        QElapsedTimer timer;
-        for (int i = 0; i < 1000000; ++i) {
-            timer.start();
+        // One that waited for the service would never come back.
+        for (int i = 0; i < 1000000; ++i)
             refused += rkOSSetEvent(event) == 1 ? 0 : 1;
-            slowest = qMax(slowest, timer.elapsed());
-        }
         QCOMPARE(refused, 0);
-        QVERIFY2(slowest < 5000, QByteArray::number(slowest).constData());
         // Other openers are not held up either.
         const uint64_t other = openEvent();
         QVERIFY(other != RKOS_INVALID_HANDLE);
@@ -482,9 +484,10 @@ private slots:
         rkOSCloseEvent(other);
         service.signal(SIGCONT);
         QVERIFY(service.wakes());
-        QCOMPARE(service.line(200), QByteArray());
         QCOMPARE(rkOSSetEvent(event), 1);
         QVERIFY(service.wakes());
+        service.end(SIGTERM); // it tells of everything that was set before it goes
+        QCOMPARE(service.line(), QByteArray());
         rkOSCloseEvent(event);
     }
 

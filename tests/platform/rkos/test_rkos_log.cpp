@@ -329,7 +329,7 @@ private slots:
         int bad = 0;
         for (int i = 0; i < 200; ++i) {
             bad += inSecondProcess([] {
-                alarm(10);
+                alarm(120);
                 ErrOut("child");
                 return 0;
             });
@@ -342,7 +342,7 @@ private slots:
     void aSignalHandlerMayLog()
     {
         const int result = inSecondProcess([] {
-            alarm(30);
+            alarm(120);
             struct sigaction action {};
             action.sa_handler = logOnAlarm;
             action.sa_flags = SA_RESTART;
@@ -438,7 +438,7 @@ private slots:
     {
         QFETCH(QString, kind);
         const int result = inSecondProcess([&kind] {
-            alarm(20);
+            alarm(120);
             int ends[2] = {-1, -1};
             const bool isSocket = kind.startsWith(QLatin1String("socket"));
             if ((isSocket ? socketpair(AF_UNIX, SOCK_STREAM, 0, ends) : pipe(ends)) != 0)

@@ -8,12 +8,13 @@
 
 #include <QByteArray>
 #include <QByteArrayList>
+#include <QtTest>
 
 #include <ctime>
 
 constexpr qint64 nanosPerSecond = 1000000000;
 constexpr qint64 tolerance = nanosPerSecond / 1000; // of a client's time
-constexpr int lockTimeout = 10000;                  // ms; generous where the time itself is not the question
+constexpr int lockTimeout = 20000;                  // ms; generous, a loaded machine is no failure
 
 /* The lines written to the log since the last call. ErrOut of rkos is replaced in these programs. */
 QByteArrayList takeLog();
@@ -64,6 +65,24 @@ public:
             *result = code;
         const qint64 time = static_cast<qint64>(seconds) * nanosPerSecond + nanoseconds;
         return time < before ? time - before : time > after ? time - after : 0;
+    }
+
+    // The largest error, looked at all the while until so many new offsets have come from the master. Far
+    // beyond any tolerance when they do not come.
+    qint64 worstError(int offsets) const
+    {
+        qint64 worst = 0;
+        int64_t last = 0;
+        rkPTPGetOffset_Nano(m_handle, &last);
+        const auto came = [&] {
+            worst = qMax(worst, qAbs(error()));
+            int64_t offset = last;
+            rkPTPGetOffset_Nano(m_handle, &offset);
+            offsets -= offset != last;
+            last = offset;
+            return offsets <= 0;
+        };
+        return QTest::qWaitFor(came, 2 * lockTimeout) ? worst : 1000 * nanosPerSecond;
     }
 
 private:

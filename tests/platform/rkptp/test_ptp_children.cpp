@@ -221,7 +221,7 @@ void TestPtpChildren::addressesNobodyHas()
     const TestClient client(0, address.constData());
     QVERIFY(client.handle());
     QCOMPARE(client.status(), readable ? RKPTP_STARTING : RKPTP_NO_CLIENT);
-    QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_NO_CLIENT, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_NO_CLIENT, lockTimeout);
     QCOMPARE(ptp4lCount(), size_t{0});
 }
 
@@ -284,30 +284,37 @@ void TestPtpChildren::restartTakesTheChildOver()
         handle = rkPTPStart("10.9.0.1");
         rkPTPSetTargetDomain(handle, 2);
         rkPTPSetTargetMacAddress(handle, typed);
-        QTRY_COMPARE_WITH_TIMEOUT(rkPTPGetStatus(handle, 0), RKPTP_LISTENING, 200);
+        QTRY_COMPARE_WITH_TIMEOUT(rkPTPGetStatus(handle, 0), RKPTP_LISTENING, lockTimeout);
+        QCOMPARE(childrenNamed(getpid(), "ptp4l"), before);
     }
-    QTest::qWait(700);
+    // A child that is left behind later than those is gone: whatever was due for them is over.
+    {
+        const TestClient later(3);
+        QTRY_COMPARE_WITH_TIMEOUT(later.status(), RKPTP_LISTENING, lockTimeout);
+        QCOMPARE(ptp4lCount(), size_t{2});
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(ptp4lCount(), size_t{1}, lockTimeout);
     QCOMPARE(childrenNamed(getpid(), "ptp4l"), before);
     rkPTPEnd(handle);
-    QTRY_COMPARE_WITH_TIMEOUT(ptp4lCount(), size_t{0}, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(ptp4lCount(), size_t{0}, lockTimeout);
 }
 
 void TestPtpChildren::fiftyStartsAndEndsSpawnFewChildren()
 {
     std::set<pid_t> seen;
+    size_t waits = 0;
     for (int i = 0; i < 50; ++i) {
         const TestClient client(i % 5 == 0 ? 3 : 4);
         // Mostly too short for a child to be started, now and then long enough.
-        QElapsedTimer elapsed;
-        elapsed.start();
-        const int life = i % 7 == 0 ? 350 : 50;
-        while (elapsed.elapsed() < life) {
-            for (pid_t pid : childrenNamed(getpid(), "ptp4l"))
-                seen.insert(pid);
-            QTest::qWait(20);
+        if (i % 7 == 0) {
+            ++waits;
+            QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_LISTENING, lockTimeout);
         }
+        for (pid_t pid : childrenNamed(getpid(), "ptp4l"))
+            seen.insert(pid);
     }
-    QVERIFY2(!seen.empty() && seen.size() <= 5,
+    // The short ones start none, and often one of the others takes over what the one before left behind.
+    QVERIFY2(!seen.empty() && seen.size() <= waits,
              QByteArray::number(static_cast<int>(seen.size())).constData());
 }
 
@@ -315,11 +322,11 @@ void TestPtpChildren::killedPtp4lIsReportedAndReplaced()
 {
     const TestClient client(5);
     QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_LISTENING, lockTimeout);
-    QTRY_COMPARE_WITH_TIMEOUT(ptp4lCount(), size_t{1}, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(ptp4lCount(), size_t{1}, lockTimeout);
     const pid_t first = childrenNamed(getpid(), "ptp4l")[0];
     takeLog();
     kill(first, SIGKILL);
-    QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_NO_CLIENT, 200);
+    QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_NO_CLIENT, lockTimeout);
     QVERIFY(!hasZombies());
     QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_LISTENING, lockTimeout);
     QVERIFY(childrenNamed(getpid(), "ptp4l").at(0) != first);
@@ -330,7 +337,8 @@ void TestPtpChildren::killedPtp4lIsReportedAndReplaced()
 
 void TestPtpChildren::tenKilledPtp4lLeaveNothingBehind()
 {
-    QTRY_COMPARE_WITH_TIMEOUT(countOf("task"), m_threads, 5000); // the worker ends when nothing is left to do
+    QTRY_COMPARE_WITH_TIMEOUT(countOf("task"), m_threads,
+                              lockTimeout); // the worker ends when nothing is left to do
     QCOMPARE(countOf("fd"), m_descriptors);
     for (int round = 0; round < 2; ++round) {
         std::vector<std::unique_ptr<TestClient>> clients;
@@ -340,14 +348,11 @@ void TestPtpChildren::tenKilledPtp4lLeaveNothingBehind()
             QTRY_COMPARE_WITH_TIMEOUT(client->status(), RKPTP_LISTENING, lockTimeout);
         for (pid_t pid : childrenNamed(getpid(), "ptp4l"))
             kill(pid, SIGKILL);
-        QElapsedTimer elapsed;
-        elapsed.start();
         for (const auto &client : clients)
-            QTRY_COMPARE_WITH_TIMEOUT(client->status(), RKPTP_NO_CLIENT, 200);
-        QVERIFY(elapsed.elapsed() <= 200);
+            QTRY_COMPARE_WITH_TIMEOUT(client->status(), RKPTP_NO_CLIENT, lockTimeout);
         QVERIFY(!hasZombies());
     }
-    QTRY_COMPARE_WITH_TIMEOUT(countOf("task"), m_threads, 5000);
+    QTRY_COMPARE_WITH_TIMEOUT(countOf("task"), m_threads, lockTimeout);
     QCOMPARE(countOf("fd"), m_descriptors);
 }
 
@@ -359,16 +364,13 @@ void TestPtpChildren::killedProgramsLeaveNoPtp4l()
         running.push_back(
             startCommand(ptpstatus, {QStringLiteral("-w"), QStringLiteral("-i"), QStringLiteral("10.9.0.1"),
                                      QStringLiteral("-d"), QString::number(20 + i)}));
-    QTRY_COMPARE_WITH_TIMEOUT(ptp4lCount(), size_t{programs}, 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(ptp4lCount(), size_t{programs}, 3 * lockTimeout);
     const std::vector<pid_t> children = childrenNamed(getpid(), "ptp4l");
     for (const auto &process : running) {
         kill(static_cast<pid_t>(process->processId()), SIGKILL);
-        process->waitForFinished(1000);
+        QVERIFY(process->waitForFinished());
     }
-    QElapsedTimer elapsed;
-    elapsed.start();
-    QTRY_VERIFY_WITH_TIMEOUT(std::none_of(children.begin(), children.end(), isAlive), 1000);
-    qInfo("all gone after %lld ms", elapsed.elapsed());
+    QTRY_VERIFY_WITH_TIMEOUT(std::none_of(children.begin(), children.end(), isAlive), lockTimeout);
 }
 
 void TestPtpChildren::endingProgramLeavesNothing()
@@ -379,8 +381,8 @@ void TestPtpChildren::endingProgramLeavesNothing()
     QVERIFY(process.waitForStarted());
     std::vector<pid_t> children;
     const pid_t program = static_cast<pid_t>(process.processId());
-    QTRY_VERIFY_WITH_TIMEOUT(!(children = childrenNamed(program, "ptp4l")).empty(), 5000);
-    QVERIFY(process.waitForFinished(15000));
+    QTRY_VERIFY_WITH_TIMEOUT(!(children = childrenNamed(program, "ptp4l")).empty(), lockTimeout);
+    QVERIFY(process.waitForFinished());
     // It waits for its child, so there is nothing to wait for here.
     QCOMPARE(process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(process.exitCode(), 1);
@@ -395,7 +397,7 @@ void TestPtpChildren::callsInTheChildOfAFork()
     const pid_t child = fork();
     if (child == 0) {
         NOTE_FORK();
-        alarm(5);
+        alarm(120);
         const bool ended = client.status() == RKPTP_NO_CLIENT && !rkPTPStart("10.9.0.1");
         rkPTPEnd(client.handle());
         exit(ended ? 0 : 1); // runs what the library has registered for the end of the process
@@ -433,7 +435,6 @@ void TestPtpChildren::missingParts()
                     {launcher, noCapability, "setcap cap_net_bind_service=p /", {}, {}, {}},
                     {launcher, noFolder, "no private folder", {}, {}, {}}};
     const QStringList arguments = {QStringLiteral("-i"), QStringLiteral("10.9.0.1")};
-    const QStringList threeSeconds = {QStringLiteral("timeout"), QStringLiteral("3")};
     // Inside a chroot nobody can mount over /tmp; there the last case is left out.
     const bool mountsAllowed =
         QProcess::execute(QStringLiteral("unshare"), {QStringLiteral("-m"), QStringLiteral("true")}) == 0;
@@ -445,19 +446,24 @@ void TestPtpChildren::missingParts()
             continue;
         one.place = std::make_unique<OtherPlace>(one.launcher);
         one.once = one.place->start(one.wrapper, arguments);
-        one.watching =
-            one.place->start(threeSeconds + one.wrapper, arguments + QStringList{QStringLiteral("-w")});
+        one.watching = one.place->start(one.wrapper, arguments + QStringList{QStringLiteral("-w")});
     }
     for (Case &one : cases) {
         if (!possible(one))
             continue;
-        QVERIFY(one.once->waitForFinished(15000));
+        QTRY_COMPARE_WITH_TIMEOUT(one.once->state(), QProcess::NotRunning, lockTimeout);
         QByteArray output = one.once->readAll();
         QVERIFY2(one.once->exitCode() == 3 && output.count(one.line) == 1, output.constData());
-        QVERIFY(one.watching->waitForFinished(15000));
-        output = one.watching->readAll();
+        output.clear();
+        const auto saidTwice = [&one, &output] {
+            output += one.watching->readAll();
+            return output.count("no client can run") >= 2;
+        };
+        QVERIFY2(QTest::qWaitFor(saidTwice, lockTimeout), output.constData());
+        one.watching->terminate();
+        QVERIFY(one.watching->waitForFinished());
+        output += one.watching->readAll();
         QVERIFY2(output.count(one.line) == 1 && output.count("PTP: ") == 1, output.constData());
-        QVERIFY2(output.count("no client can run") >= 2, output.constData());
     }
 }
 
@@ -472,20 +478,20 @@ void TestPtpChildren::foldersOfDeadProgramsAreSwept()
     };
     auto program =
         startCommand(ptpstatus, {QStringLiteral("-w"), QStringLiteral("-i"), QStringLiteral("10.9.0.1")});
-    QTRY_COMPARE_WITH_TIMEOUT(socketFolders(), 1, 5000);
+    QTRY_COMPARE_WITH_TIMEOUT(socketFolders(), 1, lockTimeout);
     struct stat info {};
     QCOMPARE(stat(QFile::encodeName(folder.path()).constData(), &info), 0);
     QCOMPARE(info.st_mode & 0777u, 0700u);
     program->kill();
-    QVERIFY(program->waitForFinished(3000));
+    QVERIFY(program->waitForFinished());
     QCOMPARE(socketFolders(), 1);
     program =
         startCommand(ptpstatus, {QStringLiteral("-t"), QStringLiteral("1"), QStringLiteral("-i"),
                                  QStringLiteral("10.9.0.1"), QStringLiteral("-d"), QStringLiteral("9")});
-    QTRY_VERIFY_WITH_TIMEOUT(!childrenNamed(getpid(), "ptp4l").empty(), 5000);
+    QTRY_VERIFY_WITH_TIMEOUT(!childrenNamed(getpid(), "ptp4l").empty(), lockTimeout);
     QCOMPARE(socketFolders(), 1);
     program->terminate();
-    program->waitForFinished(3000);
+    program->waitForFinished();
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
 }
 

@@ -24,7 +24,7 @@ Outcome run(const QString &program, const QStringList &arguments, const QStringL
     process.setEnvironment(environment);
     process.start(program, arguments);
     Outcome outcome;
-    if (process.waitForFinished(10000) && process.exitStatus() == QProcess::NormalExit)
+    if (process.waitForFinished() && process.exitStatus() == QProcess::NormalExit)
         outcome.code = process.exitCode();
     outcome.text = process.readAll();
     return outcome;

@@ -34,22 +34,21 @@ void TestPtpLoss::masterDiesReturnsAndChanges()
     const TestClient client(40);
     QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_LOCKED, lockTimeout);
     master->kill();
-    QElapsedTimer dead;
-    dead.start();
-    QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_SYNC_LOST, 4000);
-    // ptp4l itself holds on to the master for six seconds; a client is not locked in that time.
-    while (dead.elapsed() < 5000) {
-        QCOMPARE(client.status(), RKPTP_SYNC_LOST);
-        QTest::qWait(100);
-    }
+    QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_SYNC_LOST, lockTimeout);
     int result = RKPTP_NOT_SYNCED;
     QVERIFY(qAbs(client.error(&result)) < tolerance);
     QCOMPARE(result, RKPTP_OK);
     int64_t offset = INT64_MAX;
     QCOMPARE(rkPTPGetOffset_Nano(client.handle(), &offset), RKPTP_NOT_SYNCED);
     QVERIFY(offset != INT64_MAX);
-    QTRY_COMPARE_WITH_TIMEOUT(client.grandmaster(), QByteArray(), lockTimeout);
-    QCOMPARE(client.status(), RKPTP_SYNC_LOST);
+    // ptp4l itself holds on to the master for six seconds; a client is not locked in that time.
+    bool lost = true;
+    const auto letGo = [&] {
+        lost = lost && client.status() == RKPTP_SYNC_LOST;
+        return client.grandmaster().isEmpty();
+    };
+    QVERIFY(QTest::qWaitFor(letGo, 2 * lockTimeout));
+    QVERIFY(lost);
     master = m_net->startMaster(QStringLiteral("v0"), 40, QStringLiteral("001dc1.fffe.000040"));
     QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_LOCKED, lockTimeout);
     QCOMPARE(client.grandmaster(), QByteArray("00-1D-C1-FF-FE-00-00-40"));
@@ -85,7 +84,7 @@ void TestPtpLoss::linkDownAndUp()
     const TestClient client(60);
     QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_LOCKED, lockTimeout);
     runCommand(QStringLiteral("ip"), QStringLiteral("link set v0 down").split(QLatin1Char(' ')));
-    QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_PORT_FAULTY, 5000);
+    QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_PORT_FAULTY, lockTimeout);
     runCommand(QStringLiteral("ip"), QStringLiteral("link set v0 up").split(QLatin1Char(' ')));
     QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_LOCKED, 2 * lockTimeout);
     QVERIFY(qAbs(client.error()) < tolerance);
@@ -96,7 +95,7 @@ void TestPtpLoss::interfaceGoneAndBack()
     const TestClient client(61, "10.9.2.1");
     QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_LISTENING, lockTimeout);
     runCommand(QStringLiteral("ip"), QStringLiteral("link del v2").split(QLatin1Char(' ')));
-    QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_PORT_FAULTY, 5000);
+    QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_PORT_FAULTY, lockTimeout);
     m_net->addLink(QStringLiteral("v2"), 2);
     const auto master = m_net->startMaster(QStringLiteral("v2"), 61, QStringLiteral("001dc1.fffe.000061"));
     QTRY_COMPARE_WITH_TIMEOUT(client.status(), RKPTP_LOCKED, 2 * lockTimeout);

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+//
+// Class floor: the question before NMOS takes over. It is asked by the slot of the override box.
+#include "app/dialog/private.h"
+
+#include <QDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+// "CANCEL" has the focus and is the default, so that Return changes nothing.
+void QCorvelPrivate::fillNmosQuestion(QDialog *question)
+{
+    QVBoxLayout *column = new QVBoxLayout(question);
+    column->setContentsMargins(10, 10, 10, 10);
+    column->setSpacing(10);
+    QLabel *text =
+        new QLabel(QCorvel::tr("Using NMOS may over write your current settings. Continue?"), question);
+    QFont textFont = q->font();
+    textFont.setPointSize(10);
+    text->setObjectName(QStringLiteral("m_pNmosQuestion"));
+    text->setFont(textFont);
+    column->addWidget(text, 0, Qt::AlignCenter);
+    QHBoxLayout *row = new QHBoxLayout;
+    row->setContentsMargins(10, 10, 10, 10);
+    row->setSpacing(10);
+    QPushButton *yes = new QPushButton(QCorvel::tr("OK"), question);
+    QPushButton *no = new QPushButton(QCorvel::tr("CANCEL"), question);
+    row->addStretch(1);
+    for (QPushButton *button : {yes, no}) {
+        button->setFont(controlFont());
+        button->setFixedSize(px(100), px(28));
+        row->addWidget(button, 0, Qt::AlignCenter);
+    }
+    row->addStretch(1);
+    column->addLayout(row);
+    QObject::connect(yes, &QPushButton::clicked, question, &QDialog::accept);
+    QObject::connect(no, &QPushButton::clicked, question, &QDialog::close);
+    no->setDefault(true);
+    no->setFocus();
+}

@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: MIT
+//
+// Slots, NMOS: the node's connection settings, the override switch, and session descriptions pushed from
+// outside. The node itself runs in a service of its own; it hears of a change by a named event.
+#include "app/dialog/private.h"
+#include "app/nmosthread.h"
+#include "app/view/localinterface.h"
+#include "channel/channelstore.h"
+#include "rkcfg.h"
+#include "rkos.h"
+#include "theme/lineaddress.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <QTimer>
+
+#include <cstdio>
+#include <cstdlib>
+#include <malloc.h>
+#include <memory>
+
+namespace {
+
+constexpr int kNotifyDelayMs = 100;
+constexpr int kEventNameBytes = 256;
+constexpr int kTempPathBytes = 256;
+constexpr char kTempFile[] = "ipcfg_nmos_temp.sdp";
+constexpr char kEventName[] = "HalvectNMOSConfigChange_%d_%cx_{8ba14a78-0bb2-b00b-5f55-bfe29a74a8d8}";
+constexpr quint32 kReadWrite = RKOS_GENERIC_READ | RKOS_GENERIC_WRITE;
+
+using HeapBlock = std::unique_ptr<void, void (*)(void *)>;
+
+// Where a description waits to be read; empty when this machine has no place for it.
+QByteArray descriptionPath()
+{
+    char folder[kTempPathBytes] = {};
+    rkOSGetTempPath(folder, sizeof folder);
+    return folder[0] ? QByteArray(folder) + kTempFile : QByteArray();
+}
+
+// Writes the description to the file, all of it or not at all. False when it could not.
+bool writeDescription(const char *path, const void *data, int size)
+{
+    const quint32 disposition = rkOSFileExists(path) ? RKOS_TRUNCATE_EXISTING : RKOS_CREATE_ALWAYS;
+    const quint64 file = rkOSCreateFile(path, kReadWrite, RKOS_SHARE_READ, nullptr, disposition,
+                                        RKOS_ATTRIBUTE_NORMAL, nullptr);
+    if (file == RKOS_INVALID_HANDLE)
+        return false;
+    quint32 written = 0;
+    const quint32 length = static_cast<quint32>(size);
+    rkOSWriteFile(file, data, length, &written, nullptr);
+    rkOSCloseFile(file);
+    return written == length;
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------- node settings
+
+void QCorvel::loadNmosCfg()
+{
+    m_pEditNmosDmn->setText(cfgValue(FirstChannelValue::NmosDomain, true, 0));
+    m_pLineNmosIp->setAddress(cfgValue(FirstChannelValue::NmosIp, true, 0));
+    m_pLineNmosSrv->setAddress(cfgValue(FirstChannelValue::NmosServerIp, true, 0));
+    m_pEditNmosPort->setText(cfgValue(FirstChannelValue::NmosServerPort, true, 0));
+}
+
+void QCorvel::onShowNmosCfg()
+{
+    loadNmosCfg();
+    m_pNmosCfg->show();
+    m_pNmosCfg->raise();
+    m_pNmosCfg->activateWindow();
+}
+
+// All node settings belong to channel 0. A node address this machine does not have is left out.
+void QCorvel::onSetNmosCfg()
+{
+    setCfgValue(FirstChannelValue::NmosDomain, m_pEditNmosDmn->text(), true, 0);
+    const QString node = m_pLineNmosIp->address();
+    if (isLocalInterface(node))
+        setCfgValue(FirstChannelValue::NmosIp, node, true, 0);
+    setCfgValue(FirstChannelValue::NmosServerIp, m_pLineNmosSrv->address(), true, 0);
+    setCfgValue(FirstChannelValue::NmosServerPort, m_pEditNmosPort->text(), true, 0);
+    commitStore();
+    restartNmos();
+    m_pNmosCfg->close();
+}
+
+// ------------------------------------------------------------------------------------------------- switches
+
+// Both switches exist in the store after the first start: one that could not be read is written back.
+void QCorvelPrivate::loadNmosSwitches()
+{
+    struct Switch {
+        const char *path;
+        const char *name;
+        QCheckBox *box;
+    };
+    const Switch switches[] = {
+        {StorePath::AvHAL, MachineValue::NmosOverride, q->m_pNmosOverride},
+        {StorePath::Debug, MachineValue::NmosUseLog, q->m_pNmosOutLog},
+    };
+    void *const store = defaultStore();
+    for (const Switch &row : switches) {
+        quint32 value = 0;
+        if (rkCFGValueDword(store, row.path, row.name, &value, 0) != 0) {
+            rkCFGValueDword(store, row.path, row.name, &value, 1);
+            commitStore();
+        }
+        row.box->setChecked(value != 0);
+    }
+    q->bNmosUseLog = q->m_pNmosOutLog->isChecked();
+}
+
+void QCorvel::overrideNmos(bool checked)
+{
+    loadData();
+    setCfgValue(MachineValue::NmosOverride, checked ? QStringLiteral("1") : QStringLiteral("0"), false, 0);
+    commitStore();
+    m_pSwapLayout->setCurrentIndex(checked ? 0 : 1);
+    if (!checked)
+        restartNmos();
+}
+
+// Switching the override off asks first. When the answer is no, the box is checked again, which runs this
+// slot once more for the checked state; the outer run then still ends with its own value, so that "Load File"
+// stays disabled until the box is next changed.
+void QCorvel::onBoardSettingChanged(bool value)
+{
+    setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0);
+    commitStore();
+    QDialog confirmation(this);
+    d->fillNmosQuestion(&confirmation);
+
+    if (value)
+        overrideNmos(true);
+    else if (confirmation.exec() == QDialog::Accepted)
+        overrideNmos(false);
+    else
+        m_pNmosOverride->setChecked(true);
+    m_pCmdLoad->setEnabled(value);
+}
+
+void QCorvel::toggleNmosLog(bool on)
+{
+    bNmosUseLog = on;
+    if (setGlobalDword(StorePath::Debug, MachineValue::NmosUseLog, on ? 1 : 0))
+        commitStore();
+    if (!m_pNmosOverride->isChecked())
+        restartNmos();
+}
+
+// -------------------------------------------------------------------------------------- pushed descriptions
+
+// The description is applied even while NMOS is overridden; only the notification is left out then.
+void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
+{
+    HeapBlock block(sdp, std::free);
+    // A length beyond the block's end would read what is none of the sender's.
+    const bool fits = sdp && size >= 0 && static_cast<size_t>(size) <= malloc_usable_size(sdp);
+    if (!fits || channel < 0 || channel >= m_pChannel->count()) {
+        ErrOut("session description of %d bytes for channel %d refused", size, channel);
+        return;
+    }
+    const int shown = m_pChannel->currentIndex();
+    QTimer *timer = nullptr;
+    if (!m_pNmosOverride->isChecked() && channel < kFlowCount) {
+        timer = nmosTimer(channel);
+        timer->stop();
+    }
+    m_pChannel->setCurrentIndex(channel);
+    if (channel < kFlowCount)
+        m_szNmosTxRx[channel] = isSender ? 't' : 'r';
+    const QByteArray path = descriptionPath();
+    const bool written = !path.isEmpty() && writeDescription(path.constData(), sdp, size);
+    block.reset();
+    if (written) {
+        const quint64 file = rkOSCreateFile(path.constData(), RKOS_GENERIC_READ, RKOS_SHARE_READ, nullptr,
+                                            RKOS_OPEN_EXISTING, RKOS_ATTRIBUTE_NORMAL, nullptr);
+        if (file != RKOS_INVALID_HANDLE) {
+            loadSdp(file);
+            rkOSCloseFile(file);
+        }
+        loadData();
+    } else {
+        ErrOut("session description for channel %d: %s cannot be written", channel,
+               path.isEmpty() ? kTempFile : path.constData());
+    }
+    if (timer)
+        timer->start();
+    m_pChannel->setCurrentIndex(shown);
+}
+
+// The channel's notification timer, made on first use.
+QTimer *QCorvel::nmosTimer(int channel)
+{
+    while (m_pNmosEventTimers.size() <= channel)
+        m_pNmosEventTimers.append(nullptr);
+    QTimer *&timer = m_pNmosEventTimers[channel];
+    if (!timer) {
+        timer = new QTimer(this);
+        timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);
+        timer->setInterval(kNotifyDelayMs);
+        connect(timer, &QTimer::timeout, this, [this, channel] { nmosEventTimeout(channel); });
+    }
+    return timer;
+}
+
+void QCorvel::nmosEventTimeout(int channel)
+{
+    if (channel < 0 || channel >= kFlowCount)
+        return;
+    char name[kEventNameBytes];
+    snprintf(name, sizeof name, kEventName, channel, m_szNmosTxRx[channel]);
+    const quint64 event = rkOSOpenEvent(kReadWrite, 0, name);
+    if (event == 0 || event == RKOS_INVALID_HANDLE)
+        return; // no service is listening
+    rkOSSetEvent(event);
+    rkOSCloseEvent(event);
+}
+
+// ----------------------------------------------------------------- hooks of a node inside the process
+
+int nmosInitNode()
+{
+    return 0;
+}
+
+void NmosThread::run()
+{
+    nmosInitNode();
+}
+
+void QCorvel::restartNmos() {}
+
+void QCorvel::asyncPopulateSenders() {}
+
+void QCorvel::onMdnsDeviceFound(QString, QUrl, QJsonDocument) {}
+
+void QCorvel::onMdnsConnect() {}
+
+void QCorvel::onNmosThreadReady(int) {}

@@ -1,0 +1,284 @@
+// SPDX-License-Identifier: MIT
+//
+// The orders of channelkeys.h side by side. None of them follows from another: each is the order of one
+// list of store calls, of one page or of one engine.
+#include "channel/channelkeys.h"
+
+#include "channel/keytable.h"
+
+namespace {
+
+using KeyTable::hasRow;
+
+// clang-format off
+// Video and ancillary data are loaded in one order, of which each takes the steps it has rows for. Audio
+// has one of its own.
+constexpr FieldStep kPlainLoadOrder[] = {
+    {Side::Receive, Field::SourceAddress},
+    {Side::Receive, Field::SourcePort},
+    {Side::Receive, Field::DestinationAddress},
+    {Side::Receive, Field::DestinationPort},
+    {Side::Receive, Field::Interface},
+    {Side::Send,    Field::SourceAddress},
+    {Side::Send,    Field::SourcePort},
+    {Side::Send,    Field::DestinationAddress},
+    {Side::Send,    Field::DestinationPort},
+    {Side::Send,    Field::Interface},
+    {Side::Receive, Field::Flags},
+    {Side::Send,    Field::Flags},
+};
+
+constexpr FieldStep kAudioLoadOrder[] = {
+    {Side::Receive, Field::SourceAddress},
+    {Side::Receive, Field::SourcePort},
+    {Side::Receive, Field::DestinationAddress},
+    {Side::Receive, Field::DestinationPort},
+    {Side::Receive, Field::Channels},
+    {Side::Receive, Field::Interface},
+    {Side::Receive, Field::Flags},
+    {Side::Receive, Field::PacketTime},
+    {Side::Send,    Field::SourceAddress},
+    {Side::Send,    Field::SourcePort},
+    {Side::Send,    Field::DestinationAddress},
+    {Side::Send,    Field::DestinationPort},
+    {Side::Send,    Field::Channels},
+    {Side::Send,    Field::Interface},
+    {Side::Send,    Field::Flags},
+    {Side::Send,    Field::PacketTime},
+};
+
+// The same split for saving; what the audio flows share comes before and after each side's addresses.
+constexpr FieldStep kPlainSaveOrder[] = {
+    {Side::Receive, Field::SourceAddress},
+    {Side::Receive, Field::DestinationAddress},
+    {Side::Receive, Field::SourcePort},
+    {Side::Receive, Field::DestinationPort},
+    {Side::Receive, Field::Interface},
+    {Side::Receive, Field::Flags},
+    {Side::Send,    Field::SourceAddress},
+    {Side::Send,    Field::DestinationAddress},
+    {Side::Send,    Field::SourcePort},
+    {Side::Send,    Field::DestinationPort},
+    {Side::Send,    Field::Interface},
+    {Side::Send,    Field::Flags},
+};
+
+constexpr FieldStep kAudioSaveOrder[] = {
+    {Side::Receive, Field::PacketTime},
+    {Side::Receive, Field::Flags},
+    {Side::Receive, Field::Interface},
+    {Side::Send,    Field::Interface},
+    {Side::Send,    Field::Flags},
+    {Side::Send,    Field::PacketTime},
+    {Side::Receive, Field::SourceAddress},
+    {Side::Receive, Field::DestinationAddress},
+    {Side::Receive, Field::SourcePort},
+    {Side::Receive, Field::DestinationPort},
+    {Side::Receive, Field::Channels},
+    {Side::Send,    Field::SourceAddress},
+    {Side::Send,    Field::DestinationAddress},
+    {Side::Send,    Field::SourcePort},
+    {Side::Send,    Field::DestinationPort},
+    {Side::Send,    Field::Channels},
+};
+
+constexpr FieldStep kNetworkFieldOrder[] = {
+    {Side::Receive,  Field::SourceAddress},
+    {Side::Receive,  Field::SourcePort},
+    {Side::Receive,  Field::DestinationAddress},
+    {Side::Receive,  Field::DestinationPort},
+    {Side::Receive,  Field::Interface},
+    {Side::Send,     Field::SourceAddress},
+    {Side::Send,     Field::SourcePort},
+    {Side::Send,     Field::DestinationAddress},
+    {Side::Send,     Field::DestinationPort},
+    {Side::Send,     Field::Interface},
+};
+
+constexpr FieldStep kLockAllOrder[] = {
+    {Side::Receive, Field::SourceAddress},
+    {Side::Receive, Field::SourcePort},
+    {Side::Receive, Field::DestinationPort},
+    {Side::Receive, Field::DestinationAddress},
+    {Side::Receive, Field::Interface},
+    {Side::Send,    Field::SourceAddress},
+    {Side::Send,    Field::SourcePort},
+    {Side::Send,    Field::DestinationAddress},
+    {Side::Send,    Field::DestinationPort},
+    {Side::Send,    Field::Interface},
+};
+constexpr FieldStep kLockedCopyOrder[] = {
+    {Side::Receive, Field::DestinationAddress},
+    {Side::Receive, Field::SourceAddress},
+    {Side::Send,    Field::DestinationAddress},
+    {Side::Send,    Field::SourceAddress},
+    {Side::Receive, Field::DestinationPort},
+    {Side::Receive, Field::SourcePort},
+    {Side::Send,    Field::DestinationPort},
+    {Side::Send,    Field::SourcePort},
+};
+
+constexpr FieldStep kLockedInterfaceOrder[] = {
+    {Side::Receive, Field::Interface},
+    {Side::Send,    Field::Interface},
+};
+
+constexpr Element kElementOrder[] = {Element::Video, Element::Audio, Element::Anc};
+constexpr Side kSideOrder[] = {Side::Receive, Side::Send};
+// clang-format on
+
+// The steps of an order that one element has rows for.
+template<std::size_t N>
+struct Steps {
+    FieldStep step[N];
+    std::size_t count;
+};
+
+template<std::size_t N>
+constexpr Steps<N> stepsOf(Element element, const FieldStep (&order)[N])
+{
+    Steps<N> steps{};
+    for (const FieldStep &step : order) {
+        if (hasRow(element, step))
+            steps.step[steps.count++] = step;
+    }
+    return steps;
+}
+
+constexpr auto kVideoLoad = stepsOf(Element::Video, kPlainLoadOrder);
+constexpr auto kAudioLoad = stepsOf(Element::Audio, kAudioLoadOrder);
+constexpr auto kAncLoad = stepsOf(Element::Anc, kPlainLoadOrder);
+constexpr auto kVideoSave = stepsOf(Element::Video, kPlainSaveOrder);
+constexpr auto kAudioSave = stepsOf(Element::Audio, kAudioSaveOrder);
+constexpr auto kAncSave = stepsOf(Element::Anc, kPlainSaveOrder);
+
+// ------------------------------------------------------------- what the compiler checks of the orders
+
+template<std::size_t N>
+constexpr int timesIn(const Steps<N> &steps, const ChannelKey &key)
+{
+    int times = 0;
+    for (std::size_t i = 0; i < steps.count; ++i)
+        times += steps.step[i].side == key.side && steps.step[i].field == key.field;
+    return times;
+}
+
+// Every field of an element is loaded and saved, and once. The totals of audio are no field of the page:
+// they follow from two combos and are written when one of these changes.
+template<std::size_t N>
+constexpr bool covers(const Steps<N> &steps, Element element)
+{
+    for (const ChannelKey &key : KeyTable::kKeys) {
+        if (key.element == element && timesIn(steps, key) != (key.field == Field::TotalChannels ? 0 : 1))
+            return false;
+    }
+    return true;
+}
+
+static_assert(covers(kVideoLoad, Element::Video), "a video key has no place in the load order, or two");
+static_assert(covers(kAudioLoad, Element::Audio), "an audio key has no place in the load order, or two");
+static_assert(covers(kAncLoad, Element::Anc), "an ancillary key has no place in the load order, or two");
+static_assert(covers(kVideoSave, Element::Video), "a video key has no place in the save order, or two");
+static_assert(covers(kAudioSave, Element::Audio), "an audio key has no place in the save order, or two");
+static_assert(covers(kAncSave, Element::Anc), "an ancillary key has no place in the save order, or two");
+
+// A step that no element has a row for would vanish without a word.
+template<std::size_t N>
+constexpr bool known(const FieldStep (&order)[N], Element one, Element other)
+{
+    for (const FieldStep &step : order) {
+        if (!hasRow(one, step) && !hasRow(other, step))
+            return false;
+    }
+    return true;
+}
+
+static_assert(known(kPlainLoadOrder, Element::Video, Element::Anc), "a step of the load order has no row");
+static_assert(known(kAudioLoadOrder, Element::Audio, Element::Audio), "a step of the load order has no row");
+static_assert(known(kPlainSaveOrder, Element::Video, Element::Anc), "a step of the save order has no row");
+static_assert(known(kAudioSaveOrder, Element::Audio, Element::Audio), "a step of the save order has no row");
+
+// The other orders are walked for every element.
+template<std::size_t N>
+constexpr bool everywhere(const FieldStep (&order)[N])
+{
+    for (const Element element : kElementOrder) {
+        if (!known(order, element, element))
+            return false;
+    }
+    return true;
+}
+
+static_assert(std::size(kElementOrder) == kElementCount && std::size(kSideOrder) == kSideCount);
+static_assert(everywhere(kNetworkFieldOrder) && everywhere(kLockAllOrder), "a network field has no row");
+static_assert(everywhere(kLockedCopyOrder) && everywhere(kLockedInterfaceOrder), "a locked field has no row");
+
+template<std::size_t N>
+TableView<FieldStep> view(const Steps<N> &steps)
+{
+    return {steps.step, steps.count};
+}
+
+template<class T, std::size_t N>
+TableView<T> view(const T (&table)[N])
+{
+    return {table, N};
+}
+
+} // namespace
+
+TableView<FieldStep> loadOrder(Element element)
+{
+    switch (element) {
+    case Element::Video:
+        return view(kVideoLoad);
+    case Element::Audio:
+        return view(kAudioLoad);
+    case Element::Anc:
+        return view(kAncLoad);
+    }
+    Q_UNREACHABLE();
+}
+
+TableView<FieldStep> saveOrder(Element element)
+{
+    switch (element) {
+    case Element::Video:
+        return view(kVideoSave);
+    case Element::Audio:
+        return view(kAudioSave);
+    case Element::Anc:
+        return view(kAncSave);
+    }
+    Q_UNREACHABLE();
+}
+
+TableView<FieldStep> networkFieldOrder()
+{
+    return view(kNetworkFieldOrder);
+}
+
+TableView<FieldStep> lockAllOrder()
+{
+    return view(kLockAllOrder);
+}
+
+TableView<FieldStep> lockedCopyOrder()
+{
+    return view(kLockedCopyOrder);
+}
+
+TableView<FieldStep> lockedInterfaceOrder()
+{
+    return view(kLockedInterfaceOrder);
+}
+
+TableView<Element> elementOrder()
+{
+    return view(kElementOrder);
+}
+
+TableView<Side> sideOrder()
+{
+    return view(kSideOrder);
+}
