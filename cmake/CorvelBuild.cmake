@@ -72,11 +72,10 @@ target_compile_definitions(corvel_qt_options INTERFACE
 # platform libraries are found where CMake was pointed at.
 function(corvel_run_path target)
   get_target_property(type ${target} TYPE)
-  if(type STREQUAL "SHARED_LIBRARY")
-    set(path "$ORIGIN")
+  if(type STREQUAL "SHARED_LIBRARY") # libcorvel; the platform libraries stand side by side
+    set(path "$ORIGIN" "$ORIGIN/corvel")
   else()
-    set(path "$ORIGIN/../lib" "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-    list(REMOVE_DUPLICATES path)
+    set(path "$ORIGIN/../lib" "$ORIGIN/../${CORVEL_PRIVATE_LIBDIR}")
   endif()
   set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "${path}")
   if(CORVEL_PLATFORM_DIR)

@@ -41,7 +41,7 @@ set(CORVEL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/corvel")
 set(headers app/corvel.h app/mediacommand.h channel/channelkeys.h channel/valuenames.h theme/lineaddress.h)
 foreach(header ${headers})
   get_filename_component(folder ${header} DIRECTORY)
-  install(FILES "${CMAKE_SOURCE_DIR}/${header}" DESTINATION "${CORVEL_INCLUDEDIR}/${folder}")
+  install(FILES "${CMAKE_SOURCE_DIR}/${header}" DESTINATION "${CORVEL_INCLUDEDIR}/${folder}" COMPONENT development)
 endforeach()
 if(CORVEL_PLATFORM_DIR)
   set(platform_part CFLAGS "-I\${includedir}/corvel -I${CORVEL_PLATFORM_DIR}/include" REQUIRES Qt5Widgets)
@@ -51,15 +51,18 @@ endif()
 corvel_pkg_config(corvel "the IP Video Setup dialog for use in another application" LIBS -lcorvel ${platform_part})
 list(TRANSFORM headers PREPEND "${CMAKE_SOURCE_DIR}/")
 set_target_properties(corvel_library PROPERTIES CORVEL_HEADERS "${headers}")
-install(TARGETS corvel_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS corvel_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  COMPONENT library NAMELINK_COMPONENT development)
 
 configure_package_config_file("${CMAKE_SOURCE_DIR}/cmake/corvel-config.cmake.in"
   "${CMAKE_CURRENT_BINARY_DIR}/corvel-config.cmake"
   INSTALL_DESTINATION "${CORVEL_CMAKEDIR}"
-  PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_LIBDIR CORVEL_INCLUDEDIR)
+  PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_LIBDIR CORVEL_INCLUDEDIR CORVEL_PRIVATE_LIBDIR)
 write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/corvel-config-version.cmake"
   VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
 install(FILES
   "${CMAKE_CURRENT_BINARY_DIR}/corvel-config.cmake"
   "${CMAKE_CURRENT_BINARY_DIR}/corvel-config-version.cmake"
-  DESTINATION "${CORVEL_CMAKEDIR}")
+  DESTINATION "${CORVEL_CMAKEDIR}" COMPONENT development)
+install(DIRECTORY "${CMAKE_SOURCE_DIR}/examples/host" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libcorvel-dev/examples"
+  COMPONENT development)

@@ -11,7 +11,8 @@ add_library(corvel_platform_common INTERFACE)
 target_include_directories(corvel_platform_common INTERFACE "${CMAKE_SOURCE_DIR}/platform/common")
 
 # corvel_platform_library(NAME sources...): one C library with hidden visibility. It has no version
-# in its soname on purpose: a site exchanges the file librk*.so itself.
+# in its soname on purpose: a site exchanges the file librk*.so itself. So it is installed into a folder
+# of its own, where the system's loader, which tells libraries apart by version, does not look.
 function(corvel_platform_library name)
   add_library(${name} SHARED ${ARGN})
   target_include_directories(${name}
@@ -26,9 +27,9 @@ function(corvel_platform_library name)
   target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
   target_link_libraries(${name} PRIVATE corvel_options corvel_platform_common)
   corvel_run_path(${name})
-  install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-  install(FILES include/${name}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-  corvel_pkg_config(${name} "${platform_purpose_${name}}" LIBS "-l${name}")
+  install(TARGETS ${name} LIBRARY DESTINATION ${CORVEL_PRIVATE_LIBDIR} COMPONENT platform)
+  install(FILES include/${name}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+  corvel_pkg_config(${name} "${platform_purpose_${name}}" LIBS "-l${name}" LIBDIR "${CORVEL_PRIVATE_LIBDIR}")
 endfunction()
 
 if(CORVEL_PLATFORM_DIR)

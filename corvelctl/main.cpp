@@ -40,6 +40,8 @@ void addFamilies(CLI::App &app, Context &context)
     addTimeCommands(app, context);
     addWatchCommand(app, context);
     addClockCommands(app, context);
+    addSdpCommands(app, context);
+    addCheckCommands(app, context);
 }
 
 QByteArrayList commandNames(const CLI::App &app)

@@ -56,6 +56,16 @@ inline Character firstCharacter(std::string_view text)
     return {};
 }
 
+// At most `size` bytes of the text, cut before a character and not inside one; runs of continuation bytes
+// that are no text are cut anywhere.
+inline std::string_view cutBefore(std::string_view text, size_t size)
+{
+    size_t end = size;
+    for (int back = 0; end < text.size() && back < 3 && end > 0 && isContinuation(text[end]); ++back)
+        --end;
+    return text.substr(0, end);
+}
+
 } // namespace rk
 
 #endif // CORVEL_PLATFORM_UTF8_H

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "configurations.h"
 
+#include "patience.h"
 #include "recovery.h"
 
 namespace rkcfg {
 
 namespace {
-
-constexpr int lockWaitMs = 1000;
 
 Result objection(const StoreAccess &store, const Paths &paths)
 {
@@ -27,7 +26,7 @@ int alone(const StoreAccess &store, const char *what, const std::string &name, S
         return store->report(what, SQLITE_CANTOPEN, "no directory for configurations");
     const Paths paths(folder, name);
     FolderLock lock;
-    const LockGuard held(lock, folder, FolderLock::Kind::Exclusive, lockWaitMs);
+    const LockGuard held(lock, folder, FolderLock::Kind::Exclusive, remainingMs());
     if (!held.held())
         return store->report(what, SQLITE_BUSY, "another process is writing");
     Result result = objection(store, paths);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "connection.h"
 
+#include "patience.h"
 #include "schema.h"
 
 #include <algorithm>
@@ -107,6 +108,9 @@ std::unique_ptr<Connection> Connection::open(const std::string &path, const Mann
         result = connection->prepareAll();
     if (result.ok())
         return connection;
+    // All our statements are sound, so whatever makes one of them wrong is in the file.
+    if (primary(result.code) == SQLITE_ERROR || primary(result.code) == SQLITE_TOOBIG)
+        result.code = SQLITE_CORRUPT;
     // A file that is going to be set aside must not be written to while it is let go.
     connection->disown();
     return nullptr;
@@ -120,6 +124,8 @@ Result Connection::create(const std::string &path, const Manner &manner)
         code = connection.execute("PRAGMA synchronous=OFF");
     if (code == SQLITE_OK)
         code = connection.execute(schemaSql);
+    if (code == SQLITE_OK)
+        code = connection.execute(historySql);
     if (code == SQLITE_OK)
         code = connection.enterJournalMode();
     return connection.outcome(code);
@@ -144,11 +150,11 @@ int Connection::connect(const std::string &name, int flags)
 {
     const int code = sqlite3_open_v2(
         name.c_str(), &m_db, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_PRIVATECACHE | SQLITE_OPEN_EXRESCODE,
-        nullptr);
+        hurriedFileSystem());
     if (code != SQLITE_OK)
         return code;
     // Before anything else: each statement from here on may meet another process.
-    setBusyTimeout(m_manner.waitMs);
+    waitForLocks(m_db);
     return SQLITE_OK;
 }
 
@@ -163,8 +169,8 @@ Result Connection::openWriting(const std::string &path)
     if (code == SQLITE_OK)
         code = execute(syncSetting(m_manner));
     Result result = code == SQLITE_OK ? check(path) : outcome(code);
-    if (result.ok() && sqlite3_db_readonly(m_db, "main") == 1)
-        result = {SQLITE_READONLY, "the file cannot be written"};
+    if (result.ok())
+        result = checkWritable(path);
     if (result.ok())
         result = outcome(enterJournalMode());
     return result;
@@ -187,63 +193,17 @@ int Connection::enterJournalMode()
     const char *wanted = m_manner.journal == Journal::Wal ? "wal" : "delete";
     const char *sql =
         m_manner.journal == Journal::Wal ? "PRAGMA journal_mode=WAL" : "PRAGMA journal_mode=DELETE";
-    for (int waitedMs = 0;; waitedMs += journalPauseMs) {
+    for (;;) {
         std::string mode;
         const int code = text(sql, mode);
         if (code == SQLITE_OK && mode == wanted)
             return SQLITE_OK;
         if (code != SQLITE_OK && !Result{code, {}}.busy())
             return code;
-        if (waitedMs >= m_manner.waitMs)
+        if (remainingMs() == 0)
             return SQLITE_BUSY;
         usleep(journalPauseMs * 1000);
     }
-}
-
-Result Connection::check(const std::string &path)
-{
-    std::string answer;
-    const int code = text("PRAGMA quick_check(1)", answer);
-    if (code != SQLITE_OK)
-        return outcome(code);
-    if (answer != "ok") {
-        std::replace(answer.begin(), answer.end(), '\n', ' ');
-        return {SQLITE_CORRUPT, answer};
-    }
-    const Result whole = checkLength(path);
-    return whole.ok() ? checkHeader() : whole;
-}
-
-// SQLite fills a cut last page up with zeros. Only a log beside the file can make that good.
-Result Connection::checkLength(const std::string &path)
-{
-    int64_t pageBytes = 0;
-    if (const int code = number("PRAGMA page_size", pageBytes); code != SQLITE_OK)
-        return outcome(code);
-    if (fileState(path + "-wal").size() == 0 && fileState(path).size() % pageBytes != 0)
-        return {SQLITE_CORRUPT, "the last page is cut"};
-    return {};
-}
-
-// A sound database that is not ours holds nothing for us and is treated as damage: set aside, kept.
-// One that a newer version wrote is left where it is.
-Result Connection::checkHeader()
-{
-    int64_t id = 0;
-    int64_t version = 0;
-    int64_t tables = 0;
-    int code = number("PRAGMA application_id", id);
-    if (code == SQLITE_OK)
-        code = number("PRAGMA user_version", version);
-    if (code == SQLITE_OK)
-        code = number("SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name = 'setting'", tables);
-    if (code != SQLITE_OK)
-        return outcome(code);
-    if (id == applicationId && version > schemaVersion)
-        return {SQLITE_MISMATCH, "written by a newer version"};
-    if (id != applicationId || version != schemaVersion || tables != 1)
-        return {SQLITE_CORRUPT, "not a configuration store"};
-    return {};
 }
 
 int Connection::execute(const char *sql)
@@ -418,15 +378,30 @@ int Connection::copyTo(const std::string &path)
     return statement.run();
 }
 
+Result Connection::takeOver(const std::string &path, void (*rest)(sqlite3 *db))
+{
+    // Its log must not be tidied into a file that is going to be set aside.
+    sqlite3_db_config(m_db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    Statement attach;
+    int code = attach.prepare(m_db, "ATTACH ?1 AS damaged");
+    if (code != SQLITE_OK)
+        return outcome(code);
+    attach.bind(1, path);
+    code = attach.run();
+    if (code == SQLITE_OK)
+        code = execute("INSERT INTO main.setting SELECT * FROM damaged.setting");
+    if (code == SQLITE_OK) {
+        // Piece by piece: what meets damage cannot be committed.
+        rest(m_db);
+        code = execute("DETACH damaged; PRAGMA wal_checkpoint(TRUNCATE)");
+    }
+    return outcome(primary(code) == SQLITE_ERROR ? SQLITE_CORRUPT : code);
+}
+
 bool Connection::empty()
 {
     int64_t any = 0;
     return number("SELECT EXISTS (SELECT 1 FROM setting)", any) != SQLITE_OK || any == 0;
-}
-
-void Connection::setBusyTimeout(int milliseconds)
-{
-    sqlite3_busy_timeout(m_db, milliseconds);
 }
 
 Result Connection::outcome(int code) const

@@ -18,15 +18,16 @@ enum class Journal { Wal, Delete };
 // How a database is to be opened.
 struct Manner {
     Journal journal = Journal::Wal;
-    int waitMs = 0;       // how long to wait for another process
-    bool scratch = false; // under a temporary name: whoever gives it its name syncs it once before
-    bool create = true;   // whether a missing configuration is made
+    bool scratch = false;  // under a temporary name: whoever gives it its name syncs it once before
+    bool create = true;    // whether a missing configuration is made
+    bool thorough = false; // check what lies beside the settings as well
 };
 
 // A result code and what to say about it.
 struct Result {
     int code = SQLITE_OK;
     std::string text;
+    bool partly = false; // damage that leaves values to be had: of the log, or beside the settings
 
     bool ok() const { return code == SQLITE_OK; }
     // Whether the file's content is at fault: only then may a file be set aside.
@@ -36,12 +37,12 @@ struct Result {
 
 class Connection {
 public:
-    // How long a call waits for another writer.
-    static constexpr int busyTimeoutMs = 3000;
-
     // Opens an existing database, sets it up and checks all of it. Falls back to reading alone where
     // neither file nor directory can be written. A null pointer and the reason in result otherwise.
     static std::unique_ptr<Connection> open(const std::string &path, const Manner &manner, Result &result);
+
+    // Counts the values of a database that nobody writes to.
+    static Result countValues(const std::string &path, int64_t &count);
 
     // Fills an empty file with the schema, in its final journal mode. The caller syncs it.
     static Result create(const std::string &path, const Manner &manner);
@@ -75,8 +76,9 @@ public:
     // Writes a complete, compact copy into an empty file.
     int copyTo(const std::string &path);
     bool empty();
+    // Takes all values over from another database, and what rest copies from the one attached as "damaged".
+    Result takeOver(const std::string &path, void (*rest)(sqlite3 *db));
 
-    void setBusyTimeout(int milliseconds);
     // What SQLite says about a failure.
     std::string message(int code) const;
 
@@ -93,6 +95,9 @@ private:
     Result check(const std::string &path);
     Result checkLength(const std::string &path);
     Result checkHeader();
+    Result checkWritable(const std::string &path);
+    Result checkAround();
+    Result checked(const char *sql);
     int execute(const char *sql);
     int apply(const Key &key, const Value &before, const Value &after, Batch &batch);
     int put(const Key &key, const Value &value);

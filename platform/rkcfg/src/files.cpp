@@ -17,6 +17,7 @@ constexpr mode_t privateFolderMode = 0700;
 constexpr mode_t privateFileMode = 0600;
 constexpr mode_t othersBits = 0077;
 constexpr mode_t permissionBits = 07777;
+constexpr int openAttempts = 3;
 constexpr long lockPollNs = 2'000'000;
 constexpr const char *lockName = ".rkcfg-lock";
 
@@ -87,9 +88,16 @@ bool FileState::sameContent(const FileState &other) const
 FileState fileState(const std::string &path)
 {
     FileState state;
-    state.exists = stat(path.c_str(), &state.info) == 0;
-    if (!state.exists)
-        state.info = {};
+    state.exists = lstat(path.c_str(), &state.info) == 0;
+    state.error = state.exists ? 0 : errno;
+    return state;
+}
+
+FileState fileState(const Descriptor &file)
+{
+    FileState state;
+    state.exists = fstat(file.get(), &state.info) == 0;
+    state.error = state.exists ? 0 : errno;
     return state;
 }
 
@@ -106,7 +114,9 @@ bool newerThan(const FileState &one, const FileState &other)
 bool makePrivateFolder(const std::string &path)
 {
     mkdir(path.c_str(), privateFolderMode);
-    const FileState state = fileState(path);
+    // The folder itself may be a link of the user's.
+    FileState state;
+    state.exists = stat(path.c_str(), &state.info) == 0;
     if (!state.exists || !S_ISDIR(state.info.st_mode))
         return false;
     if ((state.info.st_mode & othersBits) != 0 && state.info.st_uid == geteuid())
@@ -117,7 +127,7 @@ bool makePrivateFolder(const std::string &path)
 void makePrivateFile(const std::string &path, const FileState &state)
 {
     // A failure changes nothing for us: the directory is closed to others anyway.
-    if (state.regular() && (state.info.st_mode & othersBits) != 0 && state.info.st_uid == geteuid())
+    if (state.plain() && (state.info.st_mode & othersBits) != 0 && state.info.st_uid == geteuid())
         (void)!chmod(path.c_str(), state.info.st_mode & permissionBits & ~othersBits);
 }
 
@@ -155,9 +165,18 @@ bool FolderLock::open(const std::string &folder)
     if (m_file.valid() && m_path == path)
         return true;
     m_path = path;
-    m_file.reset(openRetrying(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW, privateFileMode));
-    m_opened.exists = m_file.valid() && fstat(m_file.get(), &m_opened.info) == 0;
-    return m_opened.exists;
+    for (int attempt = 0; attempt < openAttempts; ++attempt) {
+        m_file.reset(openRetrying(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW, privateFileMode));
+        m_opened = fileState(m_file);
+        if (m_opened.plain())
+            return true;
+        m_file.reset();
+        // A link or the like under our name keeps nobody apart: away with the name, what is behind it stays.
+        const FileState now = fileState(path);
+        if (now.exists && (now.plain() || unlink(path.c_str()) != 0))
+            break;
+    }
+    return false;
 }
 
 bool FolderLock::stillThere() const

@@ -8,6 +8,7 @@
 
 #include "descriptor.h"
 
+#include <cerrno>
 #include <ctime>
 #include <string>
 #include <sys/stat.h>
@@ -19,15 +20,22 @@ using rk::Descriptor;
 // What one stat told about a path. Two answers for the same path differ when the file was replaced.
 struct FileState {
     bool exists = false;
+    int error = 0; // why it does not exist, as errno
     struct stat info {};
 
+    // Not there for sure; a failing disk cannot say so.
+    bool missing() const { return !exists && error == ENOENT; }
     bool regular() const { return exists && S_ISREG(info.st_mode); }
+    // A regular file with one name only: nobody else's file under a name of ours.
+    bool plain() const { return regular() && info.st_nlink == 1; }
     off_t size() const { return exists ? info.st_size : 0; }
     bool sameFile(const FileState &other) const;
     bool sameContent(const FileState &other) const;
 };
 
+// Symbolic links are not followed.
 FileState fileState(const std::string &path);
+FileState fileState(const Descriptor &file);
 
 // Seconds by which the file is older (negative: newer) than a time of day. 0 for a missing file.
 double ageSeconds(const FileState &state, const timespec &now);

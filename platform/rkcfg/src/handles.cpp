@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "handles.h"
 
+#include "clock.h"
 #include "rkcfg.h"
 
 #include <map>
@@ -32,7 +33,10 @@ std::mutex &forkSafeMutex()
 {
     static const int watching =
         pthread_atfork([] { theStores().mutex.lock(); }, [] { theStores().mutex.unlock(); },
-                       [] { theStores().mutex.unlock(); });
+                       [] {
+                           Store::forked();
+                           theStores().mutex.unlock();
+                       });
     (void)watching;
     return theStores().mutex;
 }
@@ -47,12 +51,21 @@ Store *find(void *handle)
 
 } // namespace
 
-StoreAccess::StoreAccess(void *handle) : m_held(forkSafeMutex()), m_store(find(handle)) {}
+// The time of a call runs while it waits for its turn, too.
+StoreAccess::StoreAccess(void *handle) : StoreAccess(handle, steadyMs()) {}
+
+StoreAccess::StoreAccess(void *handle, int64_t startMs) : m_held(forkSafeMutex()), m_store(find(handle))
+{
+    if (m_store != nullptr)
+        m_store->beginCall(startMs);
+}
 
 void *openHandle(const std::string &name, bool create)
 {
+    const int64_t startMs = steadyMs();
     const std::lock_guard<std::mutex> held(forkSafeMutex());
     auto store = std::make_unique<Store>(name);
+    store->beginCall(startMs);
     if (store->open(create) != 0)
         return nullptr;
     Stores &stores = theStores();
@@ -63,10 +76,12 @@ void *openHandle(const std::string &name, bool create)
 
 bool closeHandle(void *handle, bool save, int &code)
 {
+    const int64_t startMs = steadyMs();
     const std::lock_guard<std::mutex> held(forkSafeMutex());
     Store *const store = find(handle);
     if (store == nullptr)
         return false;
+    store->beginCall(startMs);
     code = store->close(save);
     theStores().named.erase(handle);
     return true;

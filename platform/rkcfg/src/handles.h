@@ -23,6 +23,8 @@ public:
     Store *operator->() const { return m_store; }
 
 private:
+    StoreAccess(void *handle, int64_t startMs);
+
     std::unique_lock<std::mutex> m_held;
     Store *m_store;
 };

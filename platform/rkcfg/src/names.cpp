@@ -26,12 +26,11 @@ bool allowedCharacter(uint32_t code)
     return !control && code != '/';
 }
 
-// The first line of the small file, or nothing. Only a regular file is read.
+// The first line of the small file, or nothing. Only a plain file is read.
 std::string readSmallFile(const std::string &path)
 {
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    struct stat info {};
-    if (!file.valid() || fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode))
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+    if (!file.valid() || !fileState(file).plain())
         return {};
     char text[256];
     ssize_t count = 0;
@@ -90,7 +89,7 @@ bool validName(std::string_view name)
 
 Paths::Paths(const std::string &folderWithSlash, const std::string &configuration)
     : folder(folderWithSlash), name(configuration), database(folder + name + databaseSuffix),
-      log(database + "-wal"), goodCopy(database + ".good")
+      log(database + "-wal"), goodCopy(database + ".good"), olderCopy(goodCopy + "-older")
 {
 }
 

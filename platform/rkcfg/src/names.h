@@ -26,9 +26,10 @@ struct Paths {
 
     std::string folder; // ends in "/"
     std::string name;
-    std::string database; // <name>.rkcfg
-    std::string log;      // <name>.rkcfg-wal
-    std::string goodCopy; // <name>.rkcfg.good
+    std::string database;  // <name>.rkcfg
+    std::string log;       // <name>.rkcfg-wal
+    std::string goodCopy;  // <name>.rkcfg.good
+    std::string olderCopy; // <name>.rkcfg.good-older
 };
 
 // The directory of all configurations, made when missing, ending in "/". Empty when there is none.

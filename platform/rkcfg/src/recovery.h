@@ -16,14 +16,6 @@ namespace rkcfg {
 std::unique_ptr<Connection> openConfiguration(const Paths &paths, FolderLock &lock, const Manner &manner,
                                               FileState &identity, Result &result);
 
-// Whether a copy should be taken now: there is none, or it is older than ten minutes and than the
-// last change.
-bool goodCopyDue(const Paths &paths);
-
-// Replaces the last good copy by one of the present content. Never waits for another process and
-// leaves an earlier copy alone when the store is empty or anything fails.
-void keepGoodCopy(const Paths &paths, FolderLock &lock, const FileState &identity, Connection &connection);
-
 // Removes a configuration: its database first, then all that belongs to it. For whoever holds the
 // directory's lock exclusively, as the next.
 Result removeStore(const Paths &paths);

@@ -1,19 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "store.h"
 
+#include "goodcopy.h"
 #include "recovery.h"
 #include "rkos.h"
 
 #include <pthread.h>
 #include <unistd.h>
+#include <utility>
 
 namespace rkcfg {
 
 namespace {
 
 constexpr int attempts = 3;
-constexpr int impatientMs = 50;
 constexpr int stepsAtOpen = 5;
+
+// Counted instead of asking for the process id, which is a system call with each of ours.
+int forks = 0;
 
 // Another number for each connection, so that a mark taken with one never fits the next.
 uint32_t nextGeneration()
@@ -23,6 +27,11 @@ uint32_t nextGeneration()
 }
 
 } // namespace
+
+void Store::forked()
+{
+    ++forks;
+}
 
 int Store::open(bool create)
 {
@@ -74,12 +83,15 @@ int Store::writeChanged(const Operation &operation)
 {
     if (m_transaction)
         return operation(*m_connection);
-    const LockGuard shared(m_lock, m_paths.folder, FolderLock::Kind::Shared, patienceMs());
+    m_writing = true;
+    m_patience.forWriting();
+    const LockGuard shared(m_lock, m_paths.folder, FolderLock::Kind::Shared, remainingMs());
     if (shared.busy())
         return SQLITE_BUSY;
     if (replaced())
         return SQLITE_READONLY_DBMOVED;
     const int code = operation(*m_connection);
+    m_wrote = code == SQLITE_OK;
     m_unsynced = m_unsynced || code == SQLITE_OK;
     m_uncopied = m_uncopied || code == SQLITE_OK;
     return code;
@@ -101,20 +113,34 @@ bool Store::list(const char *path, std::vector<Entry> &entries)
 int Store::run(const std::string &what, const Operation &operation)
 {
     int code = SQLITE_OK;
+    m_writing = m_wrote = false;
     for (int attempt = 0; attempt < attempts; ++attempt) {
+        m_patience.forReading();
         code = ready();
         if (code != SQLITE_OK)
             return code;
         code = operation(*m_connection);
         if (m_transaction || (code != SQLITE_READONLY_DBMOVED && !Result{code, {}}.damage()))
             break;
+        m_suspect = m_suspect || code != SQLITE_READONLY_DBMOVED;
         m_connection->disown();
         m_connection.reset();
     }
-    adjustPatience(code);
+    m_patience.ended(Result{code, {}}.busy(), m_writing, m_wrote);
     if (code == SQLITE_OK)
         return report(what, SQLITE_OK, {});
-    return report(what, code, m_connection ? m_connection->message(code) : sqlite3_errstr(code));
+    report(what, code, m_connection ? m_connection->message(code) : sqlite3_errstr(code));
+    dropAfter(code);
+    return code;
+}
+
+// A lock that could not be given back would keep this connection, and every other one, busy for good.
+void Store::dropAfter(int code)
+{
+    if ((code & 0xFF) != SQLITE_IOERR || !m_connection || m_transaction)
+        return;
+    m_connection->disown();
+    m_connection.reset();
 }
 
 int Store::ready()
@@ -127,12 +153,14 @@ int Store::ready()
     if (m_folder.empty())
         return report("opening", SQLITE_CANTOPEN, "no directory for configurations");
     Result result;
-    if (reopen(wantedName(), result) != SQLITE_OK)
+    const int code = reopen(wantedName(), result);
+    m_patience.ended(result.busy(), false, false);
+    if (code != SQLITE_OK)
         return report("opening", result.code, result.text);
     return SQLITE_OK;
 }
 
-std::string Store::wantedName()
+const std::string &Store::wantedName()
 {
     return m_fixedName.empty() ? m_defaultName.current(m_folder) : m_fixedName;
 }
@@ -142,9 +170,8 @@ int Store::reopen(const std::string &name, Result &result)
 {
     const Paths paths(m_folder, name);
     FileState identity;
-    std::unique_ptr<Connection> connection = openConfiguration(
-        paths, m_lock, {journalOf(m_folder), patienceMs(), false, m_create}, identity, result);
-    m_impatient = result.busy();
+    const Manner manner{journalOf(m_folder), false, m_create, m_suspect};
+    std::unique_ptr<Connection> connection = openConfiguration(paths, m_lock, manner, identity, result);
     if (!connection) {
         result.text = paths.database + ": " + result.text;
         return result.code;
@@ -152,10 +179,10 @@ int Store::reopen(const std::string &name, Result &result)
     leave();
     m_paths = paths;
     m_connection = std::move(connection);
+    m_thorough = std::exchange(m_suspect, false);
     m_generation = nextGeneration();
     m_batch.end();
     m_batch.writer = 0;
-    m_connection->setBusyTimeout(patienceMs());
     m_identity = identity;
     m_folderSynced = false;
     if (m_connection->readOnly() && !m_readOnlyTold)
@@ -170,10 +197,9 @@ int Store::reopen(const std::string &name, Result &result)
 // touching the disk and opens its own.
 void Store::followFork()
 {
-    const pid_t pid = getpid();
-    if (m_pid == pid)
+    if (m_fork == forks)
         return;
-    m_pid = pid;
+    m_fork = forks;
     m_transaction.reset();
     if (m_connection)
         m_connection->disown();
@@ -188,7 +214,7 @@ void Store::follow()
     // A transaction ends where it began.
     if (!m_connection || m_transaction)
         return;
-    if (wantedName() != m_paths.name || replaced())
+    if (m_suspect || wantedName() != m_paths.name || replaced())
         leave();
 }
 
@@ -300,22 +326,8 @@ void Store::copyWhenDue()
 {
     m_uncopied = false;
     if (goodCopyDue(m_paths))
-        keepGoodCopy(m_paths, m_lock, m_identity, *m_connection);
-}
-
-int Store::patienceMs() const
-{
-    return m_impatient ? impatientMs : Connection::busyTimeoutMs;
-}
-
-// A user interface makes dozens of calls per edit: only the first of them waits the full time.
-void Store::adjustPatience(int code)
-{
-    const bool busy = Result{code, {}}.busy();
-    if (busy == m_impatient || !m_connection)
-        return;
-    m_impatient = busy;
-    m_connection->setBusyTimeout(patienceMs());
+        m_suspect =
+            Result{keepGoodCopy(m_paths, m_lock, m_identity, *m_connection), {}}.damage() && !m_thorough;
 }
 
 Journal Store::journalOf(const std::string &folder)

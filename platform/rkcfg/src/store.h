@@ -7,9 +7,9 @@
 #define RKCFG_STORE_H
 
 #include "names.h"
+#include "patience.h"
 #include "takeback.h"
 
-#include <sys/types.h>
 #include <vector>
 
 namespace rkcfg {
@@ -29,6 +29,10 @@ public:
     Store() = default;
     explicit Store(std::string name) : m_fixedName(std::move(name)) {}
 
+    // In a child, once after each fork().
+    static void forked();
+    // At the beginning of each call; startMs: when it was made.
+    void beginCall(int64_t startMs) { m_patience.begin(startMs); }
     // Opens the configuration now, making it when it is missing and create says so.
     int open(bool create);
     // True when found; reader sees the value.
@@ -58,10 +62,11 @@ private:
 
     int run(const std::string &what, const Operation &operation);
     int ready();
+    void dropAfter(int code);
     int reopen(const std::string &name, Result &result);
     int writeChanged(const Operation &operation);
     bool holds(Connection &connection, const Key &key, const Value &value, int &code);
-    std::string wantedName();
+    const std::string &wantedName();
     void follow();
     void followFork();
     bool replaced();
@@ -71,8 +76,6 @@ private:
     int finish(bool keep);
     void copyWhenDue();
     void prune(int steps);
-    int patienceMs() const;
-    void adjustPatience(int code);
     Journal journalOf(const std::string &folder);
 
     std::string m_fixedName; // empty: the default configuration
@@ -82,19 +85,23 @@ private:
     Paths m_paths;
     FileState m_identity;
     FolderLock m_lock;
+    Patience m_patience;
     std::unique_ptr<LockGuard> m_transaction; // held from begin to end
     Batch m_batch;
     Batch m_batchBefore; // as it was when the transaction began
     DefaultName m_defaultName;
     std::string m_folder;
     std::string m_reported;
-    pid_t m_pid = 0;
+    int m_fork = 0;           // the process that the connection belongs to
+    bool m_suspect = false;   // something was found damaged: the next opening checks all of the file
+    bool m_thorough = false;  // the present one was opened so
     bool m_unsynced = false;  // written by us since the last sync
     bool m_uncopied = false;  // written by us since the last good copy was looked at
     bool m_lostWrite = false; // a write failed since the last save
     bool m_poisoned = false;  // a write failed since the transaction began
     bool m_saveAtEnd = false; // a save was asked for inside the transaction
-    bool m_impatient = false; // the last call waited in vain for another writer
+    bool m_writing = false;   // this call asked for a lock for writing
+    bool m_wrote = false;     // and had it
     bool m_networkTold = false;
     bool m_readOnlyTold = false;
     bool m_folderSynced = false;

@@ -14,10 +14,12 @@ int Store::begin()
         return code;
     if (m_transaction)
         return report("beginning", SQLITE_MISUSE, "a transaction is open");
+    m_patience.forWriting();
     // Held to the end: until then nobody takes the file away.
-    auto shared = std::make_unique<LockGuard>(m_lock, m_paths.folder, FolderLock::Kind::Shared, patienceMs());
+    auto shared =
+        std::make_unique<LockGuard>(m_lock, m_paths.folder, FolderLock::Kind::Shared, remainingMs());
     code = shared->busy() ? SQLITE_BUSY : m_connection->begin();
-    adjustPatience(code);
+    m_patience.ended(Result{code, {}}.busy(), true, code == SQLITE_OK);
     if (code != SQLITE_OK)
         return report("beginning", code, m_connection->message(code));
     m_transaction = std::move(shared);
@@ -95,12 +97,12 @@ void Store::prune(int steps)
     if (m_connection->readOnly())
         return;
     const LockGuard shared(m_lock, m_paths.folder, FolderLock::Kind::Shared, 0);
-    m_connection->setBusyTimeout(0);
+    setDeadline(0);
     while (shared.held() && steps-- > 0 && m_connection->history().surplus()) {
         if (m_connection->history().prune() != SQLITE_OK)
             break;
     }
-    m_connection->setBusyTimeout(patienceMs());
+    m_patience.forReading();
 }
 
 int Store::changedByOthers(uint64_t &mark)

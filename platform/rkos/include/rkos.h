@@ -258,10 +258,10 @@ RKOS_API void ErrLogSetFileName(const char *name);
  * A message is one line: white space and line ends around it are dropped, control characters inside it
  * and bytes that are no UTF-8 are escaped. A message of more than 4096 bytes is cut and ends in an ellipsis.
  * An empty one writes nothing. The whole line is one write, so lines of several processes do not mix. At 1
- * MiB the file becomes <name>.log.1 and so on; three old ones are kept. Never waits for a reader and never
- * fails: a line that finds no place (full disk, full pipe) is counted, and the next one that does is preceded
- * by the count. errno is left as it was. A call from a signal handler that has interrupted another one is
- * counted only.
+ * MiB the file becomes <name>.log.1 and so on; three old ones are kept. A file that has got a second name is
+ * left behind in the same way, unchanged. Never waits for a reader and never fails: a line that finds no
+ * place (full disk, full pipe) is counted, and the next one that does is preceded by the count. errno is left
+ * as it was. A call from a signal handler that has interrupted another one is counted only.
  */
 RKOS_API void ErrOut(const char *format, ...) __attribute__((format(printf, 1, 2)));
 

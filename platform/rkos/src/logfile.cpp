@@ -36,6 +36,12 @@ bool writeWhenRoom(int fd, const std::string &line)
     return writeOnce(fd, line.substr(0, PIPE_BUF - 1) + "\n") == PIPE_BUF;
 }
 
+// A second name was planted, and leads to somebody's file or out of our directory.
+bool hasOneName(const struct stat &info)
+{
+    return info.st_nlink == 1;
+}
+
 bool sameFile(const struct stat &info, dev_t device, ino_t inode)
 {
     return S_ISREG(info.st_mode) && info.st_dev == device && info.st_ino == inode;
@@ -61,7 +67,8 @@ bool LogFile::isCurrent() const
     struct stat ours {};
     struct stat named {};
     return m_fd.valid() && fstat(m_fd.get(), &ours) == 0 && sameFile(ours, m_device, m_inode) &&
-           lstat((m_directory + m_name + ".log").c_str(), &named) == 0 && sameFile(named, m_device, m_inode);
+           hasOneName(ours) && lstat((m_directory + m_name + ".log").c_str(), &named) == 0 &&
+           sameFile(named, m_device, m_inode);
 }
 
 bool LogFile::openIn(const std::string &directory)
@@ -70,7 +77,8 @@ bool LogFile::openIn(const std::string &directory)
     Descriptor fd =
         aboveStandardStreams(Descriptor(open((directory + m_name + ".log").c_str(), flags, logMode)));
     struct stat info {};
-    if (!fd.valid() || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != geteuid())
+    if (!fd.valid() || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != geteuid() ||
+        !hasOneName(info))
         return false;
     if ((info.st_mode & 07777) != logMode && fchmod(fd.get(), logMode) != 0)
         return false;
@@ -87,7 +95,10 @@ bool LogFile::ready()
         return true;
     setName(std::string(m_name));
     const auto directory = stateDir();
-    return directory && openIn(*directory);
+    if (!directory)
+        return false;
+    leaveSecondName(*directory);
+    return openIn(*directory);
 }
 
 void LogFile::shiftNames(int directory) const
@@ -98,6 +109,20 @@ void LogFile::shiftNames(int directory) const
         const std::string to = name + "." + std::to_string(number);
         renameat(directory, from.c_str(), directory, to.c_str());
     }
+}
+
+// A log that is known under a second name as well is left to that, unchanged, as if it were full.
+void LogFile::leaveSecondName(const std::string &path) const
+{
+    const Descriptor directory(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const std::string name = m_name + ".log";
+    struct stat info {};
+    const auto isLinked = [&] {
+        return fstatat(directory.get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
+               S_ISREG(info.st_mode) && !hasOneName(info);
+    };
+    if (directory.valid() && isLinked() && flock(directory.get(), LOCK_EX | LOCK_NB) == 0 && isLinked())
+        shiftNames(directory.get());
 }
 
 // One process rotates at a time; who finds the lock taken goes on writing to the old file. Under the

@@ -29,6 +29,7 @@ private:
     bool isCurrent() const;
     bool openIn(const std::string &directory);
     void rotate();
+    void leaveSecondName(const std::string &path) const;
     void shiftNames(int directory) const;
 
     std::string m_name;

@@ -62,15 +62,6 @@ std::string escapedByte(char byte)
     return text;
 }
 
-// Cut before a character, not inside one; runs of continuation bytes that are no text are cut anywhere.
-std::string_view cut(std::string_view text, size_t size)
-{
-    size_t end = size;
-    for (int back = 0; back < 3 && end > 0 && rk::isContinuation(text[end]); ++back)
-        --end;
-    return text.substr(0, end);
-}
-
 } // namespace
 
 std::string logText(std::string_view message)
@@ -78,7 +69,7 @@ std::string logText(std::string_view message)
     std::string_view rest = rk::trimmed(message);
     const bool tooLong = rest.size() > maxMessageBytes;
     if (tooLong)
-        rest = cut(rest, maxMessageBytes);
+        rest = rk::cutBefore(rest, maxMessageBytes);
     std::string text;
     text.reserve(rest.size() + ellipsis.size());
     while (!rest.empty()) {

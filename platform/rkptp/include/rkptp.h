@@ -141,6 +141,77 @@ RKPTP_API int rkPTPGetTime_Nano(PTP_HANDLE handle, uint64_t *seconds, uint32_t *
  */
 RKPTP_API int rkPTPGetOffset_Nano(PTP_HANDLE handle, int64_t *offset);
 
+/* ---- Since 2.0 -------------------------------------------------------------------------------------
+ * Why a client shows what it shows. Like the getters above these cost microseconds and wait for nothing.
+ */
+
+#define RKPTP_STATE_NOT_RUNNING 0   /* no client: null or ended handle, or address or domain are none */
+#define RKPTP_STATE_STARTING 1      /* nothing has been heard of ptp4l yet */
+#define RKPTP_STATE_LOCKED 2        /* status RKPTP_LOCKED */
+#define RKPTP_STATE_OTHER_MASTER 3  /* syncs come in, of another grandmaster or domain than asked for */
+#define RKPTP_STATE_NO_MASTER 4     /* nobody gives the time in this domain */
+#define RKPTP_STATE_STALE 5         /* was locked; time and offset are carried on from the last sync */
+#define RKPTP_STATE_NO_INTERFACE 6  /* no interface has the address, its link is down, or it is gone */
+#define RKPTP_STATE_NOT_ALLOWED 7   /* no permission to open the ports 319 and 320 */
+#define RKPTP_STATE_SYSTEM_CLIENT 8 /* another program has the ports on this interface and cannot be read */
+#define RKPTP_STATE_FAILED 9        /* ptp4l or the launcher is missing, or ptp4l ended */
+
+/* Returns one of the numbers above. */
+RKPTP_API int rkPTPGetState(PTP_HANDLE handle);
+
+/*
+ * The same in words: one sentence of plain English, UTF-8, without a full stop, with what to do where
+ * something can be done ("no master heard on eth1, domain 127, for 12 s; a master of domain 0 is heard").
+ * Writes at most `size` bytes, its terminating zero among them, cut between two characters; 256 take every
+ * text whole. Returns the size the whole text needs with its zero; a null buffer or a size of 0 only asks for
+ * that. Every handle has a text.
+ */
+RKPTP_API int rkPTPGetReason(PTP_HANDLE handle, char *buffer, uint32_t size);
+
+/*
+ * Milliseconds since the sync that the offset of rkPTPGetOffset_Nano is from. RKPTP_OK; RKPTP_NOT_SYNCED
+ * (there was none) and RKPTP_NO_CLIENT leave `*milliseconds` alone; a null pointer: RKPTP_BAD_ARGUMENT.
+ */
+RKPTP_API int rkPTPGetOffsetAge_Milli(PTP_HANDLE handle, uint32_t *milliseconds);
+
+/*
+ * 1 when what this handle shows is read from the system's own ptp4l, 0 otherwise. When another program has
+ * the PTP ports on the interface ours does not run, as each would take datagrams away from the other. A ptp4l
+ * whose management socket can be read (its read-only one, else the other where permissions allow) is then
+ * asked instead, and never told anything. Any other program stops the client: RKPTP_STATE_SYSTEM_CLIENT. It
+ * is looked for before a start and once a second from then on, so a client of the system that comes later
+ * wins as well, and ours returns when that has gone.
+ */
+RKPTP_API int rkPTPUsesSystemClient(PTP_HANDLE handle);
+
+/* A master that announces itself by multicast on the interfaces of a client. */
+typedef struct RKPTP_MASTER {
+    uint32_t size; /* of this structure, for later additions */
+    uint32_t domain;
+    char grandmaster[RKPTP_TEXT_SIZE]; /* "00-1D-C1-FF-FE-12-34-56" */
+    char sourcePort[RKPTP_TEXT_SIZE];  /* who announced it: "00-1D-C1-FF-FE-12-34-56-1" */
+    char interface[16];                /* "eth1" */
+    uint8_t priority1;
+    uint8_t clockClass;
+    uint8_t clockAccuracy;
+    uint8_t priority2;
+    uint16_t variance;
+    uint16_t stepsRemoved;
+    uint32_t age_ms; /* since its last announce */
+} RKPTP_MASTER;
+
+/* Called without a lock: it may call the library. Non-zero ends the walk. */
+typedef int (*RKPTP_MASTER_VISITOR)(void *context, const RKPTP_MASTER *master);
+
+/*
+ * Visits the masters of all domains, by domain and in each the best first, and returns how many were visited.
+ * The first call makes the client listen for them, with a second process that can only hear multicast; until
+ * the masters have announced themselves (every 2 s where nothing else is set) the list is not complete. A
+ * client without a master listens by itself. Masters that send to one client at a time only (negotiated
+ * unicast) are not heard.
+ */
+RKPTP_API int rkPTPForEachMaster(PTP_HANDLE handle, RKPTP_MASTER_VISITOR visitor, void *context);
+
 #ifdef __cplusplus
 }
 #endif

@@ -7,6 +7,9 @@
  * fixed here.
  *
  *     ptp_launch PARENT DOMAIN IDENTITY SOCKET INTERFACE...
+ *     ptp_launch PARENT listen INTERFACE...
+ *
+ * The second form starts nothing: it tells which masters it hears by multicast, on standard output.
  *
  * PARENT     process number of the caller; ptp4l is killed when the caller's thread ends
  * DOMAIN     0 to RKPTP_HIGHEST_DOMAIN
@@ -15,6 +18,7 @@
  * INTERFACE  1 to 8 names of existing network interfaces
  */
 #include "launchcodes.h"
+#include "listen.h"
 #include "rkptp.h"
 
 #include <ctype.h>
@@ -37,11 +41,13 @@
 
 #define MAX_INTERFACES 8
 #define FIRST_INTERFACE 5
+#define FIRST_LISTENED 3
 #define PTP_EVENT_PORT 319
 #define TEXT_OF_TOKENS(x) #x
 #define TEXT_OF(macro) TEXT_OF_TOKENS(macro)
 
-static const char usage[] = "usage: ptp_launch PARENT DOMAIN IDENTITY SOCKET INTERFACE...\n";
+static const char usage[] = "usage: ptp_launch PARENT DOMAIN IDENTITY SOCKET INTERFACE...\n"
+                            "       ptp_launch PARENT listen INTERFACE...\n";
 
 static void refuse(const char *what, const char *value)
 {
@@ -109,27 +115,48 @@ static bool isSocketPath(const char *path)
     return lstat(path, &info) != 0 ? errno == ENOENT : S_ISSOCK(info.st_mode) && info.st_uid == getuid();
 }
 
-static void checkArguments(int argc, char **argv)
+static void checkClient(char **argv)
 {
-    if (argc < FIRST_INTERFACE + 1 || argc > FIRST_INTERFACE + MAX_INTERFACES) {
-        fputs(usage, stderr);
-        exit(LAUNCH_BAD_ARGUMENT);
-    }
-    if (parseNumber(argv[1], 1L << 30) < 1)
-        refuse("not a process number", argv[1]);
     if (parseNumber(argv[2], RKPTP_HIGHEST_DOMAIN) < 0)
         refuse("not a domain from 0 to " TEXT_OF(RKPTP_HIGHEST_DOMAIN), argv[2]);
     if (!isIdentity(argv[3]))
         refuse("not a local clock identity", argv[3]);
     if (!isSocketPath(argv[4]))
         refuse("not a socket path in a private folder", argv[4]);
-    for (int i = FIRST_INTERFACE; i < argc; ++i) {
-        if (!isInterfaceName(argv[i]))
-            refuse("not a network interface", argv[i]);
-        for (int j = FIRST_INTERFACE; j < i; ++j)
-            if (strcmp(argv[i], argv[j]) == 0)
-                refuse("network interface given twice", argv[i]);
+}
+
+static bool listens(int argc, char **argv)
+{
+    return argc > 2 && strcmp(argv[2], "listen") == 0;
+}
+
+static void checkInterfaces(int count, char **names)
+{
+    if (count < 1 || count > MAX_INTERFACES) {
+        fputs(usage, stderr);
+        exit(LAUNCH_BAD_ARGUMENT);
     }
+    for (int i = 0; i < count; ++i) {
+        if (!isInterfaceName(names[i]))
+            refuse("not a network interface", names[i]);
+        for (int j = 0; j < i; ++j)
+            if (strcmp(names[i], names[j]) == 0)
+                refuse("network interface given twice", names[i]);
+    }
+}
+
+static void checkArguments(int argc, char **argv)
+{
+    const int first = listens(argc, argv) ? FIRST_LISTENED : FIRST_INTERFACE;
+    if (argc < 2 || argc <= first || argc > first + MAX_INTERFACES) {
+        fputs(usage, stderr);
+        exit(LAUNCH_BAD_ARGUMENT);
+    }
+    if (parseNumber(argv[1], 1L << 30) < 1)
+        refuse("not a process number", argv[1]);
+    if (!listens(argc, argv))
+        checkClient(argv);
+    checkInterfaces(argc - first, argv + first);
 }
 
 /* Some machines let everybody open low ports; then no capability is needed. */
@@ -179,6 +206,15 @@ static void keepCapability(bool bindService)
     cap_free(only);
     if (bindService && cap_set_ambient(CAP_NET_BIND_SERVICE, CAP_SET) != 0)
         fail("ambient capability");
+}
+
+static void raiseCapability(void)
+{
+    const cap_value_t raised[] = {CAP_NET_BIND_SERVICE};
+    cap_t own = cap_get_proc();
+    if (!own || cap_set_flag(own, CAP_EFFECTIVE, 1, raised, CAP_SET) != 0 || cap_set_proc(own) != 0)
+        fail("capabilities");
+    cap_free(own);
 }
 
 static void openMissingStandardFiles(void)
@@ -236,6 +272,21 @@ static void runPtp4l(int argc, char **argv)
     exit(LAUNCH_NO_PTP4L);
 }
 
+/* The ports are opened with the capability, which is given up before the first byte is read. */
+static void listenOnly(int argc, char **argv, bool bindService)
+{
+    if (bindService)
+        raiseCapability();
+    if (openListeners(argc - FIRST_LISTENED, argv + FIRST_LISTENED) != 0)
+        fail("listening");
+    forgetRoot();
+    keepCapability(false);
+    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    dieWithParent(argv[1]);
+    tellAnnounces(argc - FIRST_LISTENED, argv + FIRST_LISTENED);
+    exit(0);
+}
+
 int main(int argc, char **argv)
 {
     openMissingStandardFiles();
@@ -244,7 +295,7 @@ int main(int argc, char **argv)
     checkArguments(argc, argv);
     if (getuid() != geteuid() || getgid() != getegid())
         refuse("must not be set-user-id", argv[0]);
-    if (access(RKPTP_PTP4L, X_OK) != 0) {
+    if (!listens(argc, argv) && access(RKPTP_PTP4L, X_OK) != 0) {
         fprintf(stderr, "ptp_launch: %s: %s\n", RKPTP_PTP4L, strerror(errno));
         return LAUNCH_NO_PTP4L;
     }
@@ -253,6 +304,8 @@ int main(int argc, char **argv)
         fputs("ptp_launch: no capability to open the ports 319 and 320\n", stderr);
         return LAUNCH_NO_CAPABILITY;
     }
+    if (listens(argc, argv))
+        listenOnly(argc, argv, bindService);
     forgetRoot();
     keepCapability(bindService);
     prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -17,6 +18,10 @@ constexpr int64_t eagerInterval = 100 * nanosPerMilli; // between rounds until l
 constexpr int64_t calmInterval = 250 * nanosPerMilli;  // and from then on
 constexpr int64_t silenceLimit = 10 * nanosPerSecond;
 constexpr int64_t endGrace = 2 * nanosPerSecond;
+constexpr int64_t searchTimeout = 20 * nanosPerMilli; // for an answer in one domain
+constexpr int64_t meetingLimit = 5 * nanosPerSecond;  // for the first words of the system's ptp4l
+constexpr int64_t nearby = 10 * nanosPerSecond; // two readings of the same clock are never farther apart
+constexpr uint16_t maxSystemPorts = 64;
 constexpr unsigned slowRounds = 4; // the slow questions are asked in every fourth round
 
 // As whom we ask. Not by the identity of the clock on purpose: ptp4l drops what seems to come from itself.
@@ -57,7 +62,7 @@ bool makeAddress(const std::string &path, sockaddr_un &address)
 
 Child::Child(const ChildKey &key, std::vector<Interface> interfaces, const CarriedTime &carried)
     : m_key(key), m_interfaces(std::move(interfaces)), m_gone(m_interfaces.size()),
-      m_identity(randomIdentity()), m_timebase(carried)
+      m_identity(randomIdentity()), m_domain(static_cast<uint8_t>(key.domain)), m_timebase(carried)
 {
     m_seen.ports.resize(m_interfaces.size());
     m_seen.portNames.resize(m_interfaces.size());
@@ -67,8 +72,8 @@ Child::~Child()
 {
     if (!m_ownPath.empty())
         unlink(m_ownPath.c_str());
-    // A killed ptp4l leaves its socket behind.
-    if (!m_peerPath.empty())
+    // A killed ptp4l leaves its socket behind. That of the system is not ours to remove.
+    if (!m_peerPath.empty() && !m_visiting)
         unlink(m_peerPath.c_str());
 }
 
@@ -91,6 +96,66 @@ int Child::start(const std::string &launcher, const RunFolder &folder, unsigned 
     return m_process.start(request);
 }
 
+bool Child::reach(const std::string &path)
+{
+    sockaddr_un address;
+    m_peerPath = path;
+    m_connected = makeAddress(path, address) &&
+                  connect(m_socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    return m_connected;
+}
+
+bool Child::visit(const SystemClient &client, const RunFolder &folder, unsigned number, int64_t now)
+{
+    m_visiting = true;
+    m_ownPath = folder.pathOf(std::to_string(number) + ".ask");
+    if (!openSocket() || std::none_of(client.sockets.begin(), client.sockets.end(),
+                                      [this](const std::string &path) { return reach(path); }))
+        return false;
+    // It answers in its own domain only: the one it was started with, the one we look for, then any.
+    if (!client.domain.empty())
+        m_search.push_back(static_cast<uint8_t>(strtoul(client.domain.c_str(), nullptr, 10)));
+    m_search.push_back(static_cast<uint8_t>(m_key.domain));
+    for (unsigned domain = 0; domain <= RKPTP_HIGHEST_DOMAIN; ++domain)
+        m_search.push_back(static_cast<uint8_t>(domain));
+    m_startedAt = m_lastAnswer = m_due = now;
+    planRound();
+    return true;
+}
+
+// Who it is and where it runs.
+void Child::planSearch()
+{
+    Question question;
+    question.domain = m_search[m_tried++ % m_search.size()];
+    question.target = {everyClock, everyPort};
+    question.asker = asker;
+    m_round.push_back(question);
+}
+
+void Child::meet(const DefaultData &clock)
+{
+    m_identity = clock.clock;
+    m_domain = clock.domain;
+    m_search.clear();
+    m_seen.ports.assign(std::clamp<uint16_t>(clock.ports, 1, maxSystemPorts), PortData());
+    m_seen.portNames.assign(m_seen.ports.size(), std::string());
+    m_due = 0;
+}
+
+bool Child::servesUs() const
+{
+    return std::any_of(m_seen.portNames.begin(), m_seen.portNames.end(), [this](const std::string &name) {
+        return std::any_of(m_interfaces.begin(), m_interfaces.end(),
+                           [&name](const Interface &one) { return one.name == name; });
+    });
+}
+
+bool Child::mistaken(int64_t now) const
+{
+    return m_visiting && (m_rounds == 0 ? now - m_startedAt > meetingLimit : !servesUs());
+}
+
 bool Child::openSocket()
 {
     sockaddr_un address;
@@ -108,14 +173,16 @@ void Child::planRound()
     m_round.clear();
     m_next = 0;
     m_inFlight = false;
+    if (!m_search.empty())
+        return planSearch();
     for (const PlanRow &row : plan) {
         if (row.slow && m_rounds % slowRounds != 0)
             continue;
-        const auto ports = static_cast<uint16_t>(row.perPort ? m_interfaces.size() : 0);
+        const auto ports = static_cast<uint16_t>(row.perPort ? m_seen.ports.size() : 0);
         for (uint16_t port = row.perPort ? 1 : 0; port <= ports; ++port) {
             Question question;
             question.dataSet = row.dataSet;
-            question.domain = static_cast<uint8_t>(m_key.domain);
+            question.domain = m_domain;
             question.target = {m_identity, port};
             question.asker = asker;
             m_round.push_back(question);
@@ -138,7 +205,7 @@ bool Child::ask(int64_t now)
     if (!m_connected || send(m_socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0)
         return false;
     m_inFlight = true;
-    m_due = now + answerTimeout;
+    m_due = now + (m_search.empty() ? answerTimeout : searchTimeout);
     return true;
 }
 
@@ -187,6 +254,8 @@ bool Child::takeAnswers()
 void Child::giveUpRound(int64_t now)
 {
     m_due = now + (m_rounds == 0 ? startRetry : eagerInterval);
+    if (!m_search.empty())
+        m_due = now + nanosPerMilli;
     planRound();
 }
 
@@ -200,7 +269,9 @@ void Child::checkInterfaces(bool locked)
         m_outdated = true;
 }
 
-bool Child::finishRound(int64_t now)
+// The system's client may run on the clock of the network interface, which keeps PTP's own scale. Then the
+// system clock is taken for it with the difference of the scales, as phc2sys keeps the two together.
+SyncSample Child::sample(ClockReading &clocks) const
 {
     SyncSample sample;
     sample.masterOffset = m_seen.timeStatus.masterOffset;
@@ -210,7 +281,24 @@ bool Child::finishRound(int64_t now)
     // Until the first delay was measured ptp4l reports an offset of 0 that means nothing.
     sample.basis.delayKnown = m_seen.current.meanPathDelay != 0;
     sample.basis.grandmaster = m_seen.timeStatus.grandmaster;
-    m_timebase.feed(sample, readClocks());
+    const int64_t scales = sample.basis.appliedUtcOffset * nanosPerSecond;
+    if (m_visiting && std::llabs(sample.ingressTime - clocks.realtime - scales) < nearby) {
+        clocks.realtime += scales;
+        sample.basis.ptpTimescale = false;
+    }
+    return sample;
+}
+
+bool Child::finishRound(int64_t now)
+{
+    if (!m_search.empty()) {
+        meet(m_seen.clock);
+        planRound();
+        return false;
+    }
+    ClockReading clocks = readClocks();
+    const SyncSample seen = sample(clocks);
+    m_timebase.feed(seen, clocks);
     const bool locked = m_timebase.carried().freshAt(now);
     if (m_rounds % slowRounds == 0)
         checkInterfaces(locked);
@@ -244,7 +332,7 @@ bool Child::silent(int64_t now) const
 bool Child::usable(size_t port) const
 {
     const PortState state = m_seen.ports[port].state;
-    return !m_gone[port] && state != PortState::Faulty && state != PortState::Disabled;
+    return (m_visiting || !m_gone[port]) && state != PortState::Faulty && state != PortState::Disabled;
 }
 
 // The port that follows a master. Free running it stays "uncalibrated" for ever, so that counts like "slave".
@@ -273,7 +361,7 @@ ClientState Child::state() const
 
 std::string Child::addressOf(const PortData *port) const
 {
-    if (m_interfaces.size() == 1)
+    if (m_interfaces.size() == 1 && !m_visiting)
         return m_interfaces[0].address;
     if (!port)
         return {};
@@ -288,8 +376,13 @@ Snapshot Child::view() const
     Snapshot snapshot;
     snapshot.state = state();
     snapshot.carried = m_timebase.carried();
+    snapshot.ofSystem = m_visiting;
+    snapshot.setInterfaces(m_interfaces);
     if (snapshot.state == ClientState::Starting)
         return snapshot;
+    snapshot.otherDomain = m_seen.clock.domain != m_key.domain;
+    snapshot.isMaster = std::any_of(m_seen.ports.begin(), m_seen.ports.end(),
+                                    [](const PortData &port) { return port.state == PortState::Master; });
     snapshot.setText(Text::Version, "PTPv" + std::to_string(unsigned{m_seen.ports[0].version}));
     snapshot.setText(Text::Domain, std::to_string(unsigned{m_seen.clock.domain}));
     snapshot.setText(Text::Address, addressOf(followed()));

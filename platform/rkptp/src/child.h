@@ -5,7 +5,7 @@
 // One ptp4l and the conversation with it: questions over its socket, one in flight, and what they add up to.
 // Used by the worker thread only; nothing here blocks.
 
-#include "interfaces.h"
+#include "binders.h"
 #include "management.h"
 #include "process.h"
 #include "runfolder.h"
@@ -37,6 +37,14 @@ public:
     /* Starts ptp4l through `launcher`, with the sockets in `folder` named after `number`. 0 or an errno
      * value. */
     int start(const std::string &launcher, const RunFolder &folder, unsigned number, int64_t now);
+
+    /* Asks the system's own ptp4l instead of starting one: questions only, nothing is ever set. False when
+       none of its sockets can be reached. */
+    bool visit(const SystemClient &client, const RunFolder &folder, unsigned number, int64_t now);
+    bool ofSystem() const { return m_visiting; }
+
+    /* It answers on none of our interfaces, or not at all: not the one that was looked for. */
+    bool mistaken(int64_t now) const;
 
     const ChildKey &key() const { return m_key; }
     const std::vector<Interface> &interfaces() const { return m_interfaces; }
@@ -80,6 +88,11 @@ private:
 
     bool openSocket();
     void planRound();
+    void planSearch();
+    void meet(const DefaultData &clock);
+    bool reach(const std::string &path);
+    bool servesUs() const;
+    SyncSample sample(ClockReading &clocks) const;
     bool ask(int64_t now);
     bool takeAnswers();
     void store(const Answer &answer);
@@ -111,6 +124,10 @@ private:
     int64_t m_startedAt = 0;
     int64_t m_killAt = 0;
     bool m_outdated = false;
+    bool m_visiting = false;       // the system's ptp4l, not ours
+    std::vector<uint8_t> m_search; // domains in which it may run; its answer empties this
+    size_t m_tried = 0;
+    uint8_t m_domain = 0; // in which it is asked
 
     Observation m_seen;
     Timebase m_timebase;

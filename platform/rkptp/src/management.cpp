@@ -180,7 +180,8 @@ bool headerFits(const uint8_t *bytes, size_t size, const Question &asked)
 bool partiesFit(const uint8_t *bytes, const Question &asked, const Layout &layout)
 {
     const PortId source = getPort(bytes + atSource);
-    return source.clock == asked.target.clock && (!layout.perPort || source.port == asked.target.port) &&
+    const bool fromTarget = source.clock == asked.target.clock || asked.target.clock == everyClock;
+    return fromTarget && (!layout.perPort || source.port == asked.target.port) &&
            getPort(bytes + atTarget) == asked.asker && (bytes[atAction] & 0x0f) == actionResponse;
 }
 

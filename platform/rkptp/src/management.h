@@ -24,7 +24,12 @@ enum class DataSet : uint16_t {
     PortProperties = 0xc004,
 };
 
-// What is asked of whom. The answer must come from `target`, go to `asker` and repeat domain and sequence.
+// Whom a question goes to that every clock answers.
+constexpr ClockId everyClock = {0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
+constexpr uint16_t everyPort = 0xffff;
+
+// What is asked of whom. The answer must come from `target` (any clock when that is everyClock), go to
+// `asker` and repeat domain and sequence.
 struct Question {
     DataSet dataSet = DataSet::Default;
     uint8_t domain = 0;

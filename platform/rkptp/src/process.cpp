@@ -44,6 +44,11 @@ std::string resolved(const std::string &path)
 
 std::vector<std::string> argumentsOf(const ProcessRequest &request)
 {
+    if (request.listen) {
+        std::vector<std::string> few = {request.launcher, std::to_string(getpid()), "listen"};
+        few.insert(few.end(), request.interfaces.begin(), request.interfaces.end());
+        return few;
+    }
     std::vector<std::string> arguments = {request.launcher, std::to_string(getpid()),
                                           std::to_string(request.domain), request.identity,
                                           request.socketPath};
@@ -161,6 +166,8 @@ std::optional<ProcessEnd> Process::reap()
 // Two lines: ptp4l names the reason first and then says what it could not do.
 void Process::keepLine(std::string line)
 {
+    if (m_reader && m_reader(line))
+        return;
     const size_t half = m_lastLines.find("; ");
     const std::string before = half == std::string::npos ? m_lastLines : m_lastLines.substr(half + 2);
     m_lastLines = before.empty() ? std::move(line) : before + "; " + line;

@@ -6,6 +6,7 @@
 
 #include "descriptor.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,6 +29,7 @@ struct ProcessRequest {
     unsigned domain = 0;
     std::string identity;
     std::string socketPath;
+    bool listen = false; // hear masters instead of running a ptp4l; then only launcher and interfaces count
 };
 
 class Process {
@@ -54,6 +56,9 @@ public:
     void drainLog();
     const std::string &lastLines() const { return m_lastLines; }
 
+    /* Who gets each line first; a line that he takes (true) is not kept. */
+    void setReader(std::function<bool(const std::string &)> reader) { m_reader = std::move(reader); }
+
 private:
     void keepLine(std::string line);
     void takeLogText(const char *text, size_t size);
@@ -63,6 +68,7 @@ private:
     Descriptor m_log;
     std::string m_line;
     std::string m_lastLines;
+    std::function<bool(const std::string &)> m_reader;
 };
 
 /* Path of the launcher beside this library: in the build tree and when installed. Empty when there is none.

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "rkptp.h"
 
+#include "reason.h"
 #include "text.h"
+#include "utf8.h"
 #include "worker.h"
 
+#include <algorithm>
 #include <cstring>
 
 using namespace rkptp;
@@ -21,6 +24,7 @@ void resetSnapshot(Client &client)
     const bool possible = client.addressValid && client.key.domain <= RKPTP_HIGHEST_DOMAIN;
     client.snapshot = Snapshot();
     client.snapshot.state = possible ? ClientState::Starting : ClientState::None;
+    client.snapshot.since = monotonicNow();
 }
 
 int readText(PTP_HANDLE handle, Text which, char *buffer)
@@ -36,6 +40,25 @@ int readText(PTP_HANDLE handle, Text which, char *buffer)
         result = RKPTP_OK;
     });
     return result;
+}
+
+RKPTP_MASTER shown(const HeardMaster &heard)
+{
+    RKPTP_MASTER master{};
+    master.size = sizeof master;
+    master.domain = heard.domain;
+    snprintf(master.grandmaster, sizeof master.grandmaster, "%s", formatIdentity(heard.grandmaster).c_str());
+    snprintf(master.sourcePort, sizeof master.sourcePort, "%s", formatPortId(heard.source).c_str());
+    snprintf(master.interface, sizeof master.interface, "%s", heard.interface.c_str());
+    master.priority1 = heard.priority1;
+    master.clockClass = heard.clockClass;
+    master.clockAccuracy = heard.clockAccuracy;
+    master.priority2 = heard.priority2;
+    master.variance = heard.variance;
+    master.stepsRemoved = heard.stepsRemoved;
+    master.age_ms =
+        static_cast<uint32_t>(std::max<int64_t>(monotonicNow() - heard.heardAt, 0) / nanosPerMilli);
+    return master;
 }
 
 void splitTime(int64_t nanos, uint64_t *seconds, uint32_t *nanoseconds)
@@ -162,4 +185,77 @@ int rkPTPGetOffset_Nano(PTP_HANDLE handle, int64_t *offset)
             *offset = carried.offset;
     });
     return result;
+}
+
+int rkPTPGetState(PTP_HANDLE handle)
+{
+    int state = RKPTP_STATE_NOT_RUNNING;
+    Worker::instance().look(idOf(handle), [&state](const Client &client) {
+        state = stateOf(client.snapshot, client.wish, monotonicNow());
+    });
+    return state;
+}
+
+int rkPTPGetReason(PTP_HANDLE handle, char *buffer, uint32_t size)
+{
+    Circumstances all;
+    const bool known = Worker::instance().look(idOf(handle), [&all](const Client &client) {
+        all = {client.snapshot,     client.wish,    client.key.domain,
+               client.addressValid, client.masters, monotonicNow()};
+    });
+    const std::string text = known ? reasonFor(all) : "no PTP client runs";
+    if (buffer && size > 0) {
+        const std::string_view part = rk::cutBefore(text, size - 1);
+        memcpy(buffer, part.data(), part.size());
+        buffer[part.size()] = 0;
+    }
+    return static_cast<int>(text.size() + 1);
+}
+
+int rkPTPGetOffsetAge_Milli(PTP_HANDLE handle, uint32_t *milliseconds)
+{
+    if (!milliseconds)
+        return RKPTP_BAD_ARGUMENT;
+    int result = RKPTP_NO_CLIENT;
+    Worker::instance().look(idOf(handle), [&](const Client &client) {
+        const CarriedTime &carried = client.snapshot.carried;
+        if (client.snapshot.state == ClientState::None)
+            return;
+        result = carried.valid ? RKPTP_OK : RKPTP_NOT_SYNCED;
+        const int64_t age = std::max<int64_t>(monotonicNow() - carried.lastSync, 0) / nanosPerMilli;
+        if (carried.valid)
+            *milliseconds = static_cast<uint32_t>(std::min<int64_t>(age, UINT32_MAX));
+    });
+    return result;
+}
+
+int rkPTPUsesSystemClient(PTP_HANDLE handle)
+{
+    int result = 0;
+    Worker::instance().look(idOf(handle), [&result](const Client &client) {
+        result = client.snapshot.ofSystem && client.snapshot.state != ClientState::None ? 1 : 0;
+    });
+    return result;
+}
+
+int rkPTPForEachMaster(PTP_HANDLE handle, RKPTP_MASTER_VISITOR visitor, void *context)
+{
+    std::vector<HeardMaster> masters;
+    bool listening = false;
+    Worker::instance().look(idOf(handle), [&](const Client &client) {
+        masters = client.masters;
+        listening = client.wantsMasters;
+    });
+    if (!listening)
+        Worker::instance().change(idOf(handle), [](Client &client) { client.wantsMasters = true; });
+    int visited = 0;
+    for (const HeardMaster &one : masters) {
+        if (!visitor)
+            break;
+        const RKPTP_MASTER master = shown(one);
+        ++visited;
+        if (visitor(context, &master) != 0)
+            break;
+    }
+    return visited;
 }

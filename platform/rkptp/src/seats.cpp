@@ -15,7 +15,10 @@ namespace {
 
 constexpr int64_t settleTime = 300 * nanosPerMilli; // after the last wish: the domain arrives after the start
 constexpr int64_t searchInterval = 5 * nanosPerSecond;
-constexpr int64_t patience = 2 * nanosPerSecond; // before another grandmaster is worth a line in the log
+constexpr int64_t lookInterval = 1 * nanosPerSecond; // between looks for somebody else on the PTP ports
+constexpr int64_t confirmTime = 200 * nanosPerMilli; // one of ours that ends has sockets, but no command line
+constexpr int64_t loneliness = 2 * nanosPerSecond;   // without a master, before others are listened to
+constexpr int64_t patience = 2 * nanosPerSecond;     // before another grandmaster is worth a line in the log
 
 // Kinds of log lines; each is written at most once a minute.
 enum LogKind { NoInterface, NoLauncher, NoFolder, NoStart, Ended, Silent, OtherGrandmaster, Fault };
@@ -25,20 +28,29 @@ bool runnable(const Client &client)
     return client.addressValid && client.key.domain <= RKPTP_HIGHEST_DOMAIN;
 }
 
-Snapshot withoutClient(const CarriedTime &carried)
+std::string noInterface(uint32_t address)
 {
-    Snapshot snapshot;
-    snapshot.state = ClientState::None;
-    snapshot.carried = carried;
-    return snapshot;
+    return address == 0 ? "no network interface is up that could be listened on"
+                        : "no network interface has the address " + formatAddress(address);
 }
 
-void reportNoInterface(uint32_t address)
+std::string endDetail(Child &child, const ProcessEnd &ended)
 {
-    if (address == 0)
-        ErrOut("PTP: no network interface is up that could be listened on");
-    else
-        ErrOut("PTP: no network interface has the address %s", formatAddress(address).c_str());
+    if (ended.exited && ended.code == LAUNCH_NO_CAPABILITY)
+        return "ptp4l may not open the ports 319 and 320. To mend: sudo setcap cap_net_bind_service=p " +
+               findLauncher();
+    if (ended.exited && ended.code == LAUNCH_NO_PTP4L)
+        return "ptp4l is missing. To mend: sudo apt-get install linuxptp";
+    return std::string("ptp4l ended (") + (ended.exited ? "code " : "signal ") + std::to_string(ended.code) +
+           "): " + child.process().lastLines();
+}
+
+size_t common(const std::vector<Interface> &some, const std::vector<Interface> &others)
+{
+    return static_cast<size_t>(std::count_if(some.begin(), some.end(), [&others](const Interface &one) {
+        return std::any_of(others.begin(), others.end(),
+                           [&one](const Interface &other) { return other.index == one.index; });
+    }));
 }
 
 } // namespace
@@ -50,14 +62,126 @@ int64_t Worker::settleSeat(Id id, Seat &seat, int64_t now)
         park(std::move(seat.child), now);
     if (!runnable(seat.wanted))
         return INT64_MAX;
+    if (seat.child && now >= seat.lookAt)
+        giveWay(id, seat, now);
     if (!seat.child && !adopt(id, seat)) {
         const int64_t startAt = std::max(seat.wanted.changedAt + settleTime, seat.retryAt);
         if (now < startAt)
             return startAt;
         startChild(id, seat, now);
     }
-    return seat.child ? seat.child->nextDue() : seat.retryAt;
+    return seat.child ? std::min(seat.child->nextDue(), seat.lookAt) : seat.retryAt;
 }
+
+// ---- beside somebody else --------------------------------------------------------------------------
+
+// What the children that shall go on hold. One that ends counts as a stranger, who is then looked at more
+// closely.
+size_t Worker::ownSockets(const std::vector<Interface> &interfaces) const
+{
+    constexpr size_t perInterface = 2;
+    size_t sockets = 0;
+    const auto add = [&](const std::unique_ptr<Child> &child) {
+        if (child && !child->ofSystem())
+            sockets += perInterface * common(child->interfaces(), interfaces);
+    };
+    for (const auto &[id, seat] : m_seats)
+        add(seat.child);
+    for (const Parked &parked : m_parked)
+        add(parked.child);
+    return sockets;
+}
+
+// Whether the PTP ports are ours to use. Somebody else counts once he was seen twice.
+Worker::Look Worker::look(Seat &seat, const std::vector<Interface> &interfaces, int64_t now)
+{
+    // Before a start there is no guessing: a child of ours may not have opened its sockets yet.
+    const size_t own = seat.child ? ownSockets(interfaces) : 0;
+    const auto found = findSystemClient(interfaces, own, seat.system.inode);
+    // From now on, not from before: on a busy machine a look takes its time.
+    seat.lookAt = monotonicNow() + lookInterval;
+    if (!found) {
+        seat.system = SystemClient();
+        return Look::Free;
+    }
+    if (found->inode != seat.system.inode) {
+        seat.system = *found;
+        seat.systemSince = now;
+    }
+    if (now - seat.systemSince >= confirmTime)
+        return Look::Taken;
+    seat.lookAt = seat.systemSince + confirmTime;
+    return Look::Suspect;
+}
+
+// The ports change hands: to the system's client when it has come, to ours when it has gone.
+void Worker::giveWay(Id id, Seat &seat, int64_t now)
+{
+    const bool visiting = seat.child->ofSystem();
+    const Look seen = look(seat, seat.child->interfaces(), now);
+    if (seen == Look::Suspect || (seen == Look::Taken) == visiting)
+        return;
+    if (!visiting)
+        ErrOut("PTP: %s has come to the PTP ports on %s; the client of this program leaves",
+               seat.system.who.c_str(), seat.system.interface.c_str());
+    replace(id, seat, now);
+    seat.retryAt = now;
+}
+
+void Worker::visit(Id id, Seat &seat, std::vector<Interface> interfaces, int64_t now)
+{
+    auto child = std::make_unique<Child>(seat.wanted.key, std::move(interfaces), seat.carried);
+    if (!m_folder.prepare() || !child->visit(seat.system, m_folder, ++m_childNumber, now))
+        return block(id, seat, now);
+    seat.child = std::move(child);
+    // One that could not be read before is told of when it answers.
+    if (seat.systemLogged != seat.system.inode)
+        publish(id, seat.child->key(), seat.child->view());
+}
+
+void Worker::block(Id id, Seat &seat, int64_t now)
+{
+    seat.trouble = Trouble::SystemClient;
+    seat.detail = seat.system.who + " has the PTP ports on " + seat.system.interface +
+                  " and cannot be read, so no second client is started. To mend: let users read its socket "
+                  "(uds_ro_address of ptp4l), or stop it";
+    if (std::exchange(seat.systemLogged, seat.system.inode) != seat.system.inode)
+        ErrOut("PTP: %s", seat.detail.c_str());
+    seat.child.reset();
+    fail(id, seat, now + lookInterval);
+}
+
+// ---- the masters of all domains --------------------------------------------------------------------
+
+// Listened to when somebody asks for them, and when a client has been without a master for a while: then it
+// is worth knowing whether another domain has one.
+int64_t Worker::settleListener(Seat &seat, int64_t now)
+{
+    const Snapshot seen = seat.child ? seat.child->view() : Snapshot();
+    const bool lonely =
+        seat.child && (seen.state == ClientState::Listening || seen.state == ClientState::Faulty ||
+                       (seen.state == ClientState::Following && !seen.carried.freshAt(now)));
+    seat.lonelySince = !lonely ? 0 : seat.lonelySince == 0 ? now : seat.lonelySince;
+    const bool listen = seat.wanted.wantsMasters || (lonely && now - seat.lonelySince >= loneliness);
+    if (listen && !seat.listener)
+        seat.listener = std::make_unique<Listener>();
+    if (!seat.listener)
+        return lonely ? seat.lonelySince + loneliness : INT64_MAX;
+    seat.listener->want(listen && runnable(seat.wanted) ? seat.interfaces : std::vector<Interface>(), now);
+    return seat.listener->nextDue(now);
+}
+
+void Worker::serveListener(Id id, Seat &seat, const pollfd *fds, int64_t now)
+{
+    if (!seat.listener->serve(fds[0].revents != 0, fds[1].revents != 0, now))
+        return;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto row = m_clients.find(id);
+    if (row != m_clients.end())
+        row->second.masters = seat.listener->masters().sorted();
+}
+
+// ---- ours ------------------------------------------------------------------------------------------
 
 bool Worker::adopt(Id id, Seat &seat)
 {
@@ -67,6 +191,7 @@ bool Worker::adopt(Id id, Seat &seat)
     if (found == m_parked.end())
         return false;
     seat.child = std::move(found->child);
+    seat.interfaces = seat.child->interfaces();
     m_parked.erase(found);
     publish(id, seat.child->key(), seat.child->view());
     return true;
@@ -75,16 +200,31 @@ bool Worker::adopt(Id id, Seat &seat)
 void Worker::fail(Id id, Seat &seat, int64_t retryAt)
 {
     seat.retryAt = retryAt;
-    publish(id, seat.wanted.key, withoutClient(seat.carried));
+    Snapshot snapshot;
+    snapshot.state = ClientState::None;
+    snapshot.carried = seat.carried;
+    snapshot.trouble = seat.trouble;
+    snprintf(snapshot.detail.data(), snapshot.detail.size(), "%s", seat.detail.c_str());
+    publish(id, seat.wanted.key, snapshot);
 }
 
 void Worker::startChild(Id id, Seat &seat, int64_t now)
 {
     std::vector<Interface> interfaces = findInterfaces(seat.wanted.key.address);
     if (interfaces.empty()) {
+        seat.trouble = Trouble::NoInterface;
+        seat.detail = noInterface(seat.wanted.key.address);
         if (m_logLimit.allowed(NoInterface, now))
-            reportNoInterface(seat.wanted.key.address);
+            ErrOut("PTP: %s", seat.detail.c_str());
         return fail(id, seat, now + searchInterval);
+    }
+    seat.interfaces = interfaces;
+    const Look seen = look(seat, interfaces, now);
+    if (seen == Look::Taken)
+        return visit(id, seat, std::move(interfaces), now);
+    if (seen == Look::Suspect) {
+        seat.retryAt = seat.lookAt;
+        return;
     }
     const std::string key = seat.wanted.key.text();
     const int64_t allowedAt = m_spawnLimit.allowedAt(key, now);
@@ -119,6 +259,8 @@ void Worker::launch(Id id, Seat &seat, std::vector<Interface> interfaces, int64_
     }
     if (m_logLimit.allowed(kind, now))
         ErrOut("PTP: %s", trouble.c_str());
+    seat.trouble = Trouble::Failed;
+    seat.detail = trouble;
     m_spawnLimit.failed(key, now);
     fail(id, seat, m_spawnLimit.allowedAt(key, now));
 }
@@ -132,7 +274,10 @@ void Worker::serve(Id id, Seat &seat, const pollfd *fds, int64_t now)
         if (const auto end = child.process().reap())
             return childEnded(id, seat, *end, now);
     }
-    if (child.converse(now)) {
+    const bool answered = child.converse(now);
+    if (child.mistaken(now))
+        return block(id, seat, now);
+    if (answered) {
         publish(id, child.key(), child.view());
         watch(seat, now);
         if (child.outdated())
@@ -157,7 +302,11 @@ void Worker::childEnded(Id id, Seat &seat, const ProcessEnd &ended, int64_t now)
 {
     const std::string key = seat.child->key().text();
     seat.child->process().drainLog();
-    reportEnd(*seat.child, ended, now);
+    const bool denied = ended.exited && ended.code == LAUNCH_NO_CAPABILITY;
+    seat.trouble = denied ? Trouble::NotAllowed : Trouble::Failed;
+    seat.detail = endDetail(*seat.child, ended);
+    if (m_logLimit.allowed(Ended, now))
+        ErrOut("PTP: %s", seat.detail.c_str());
     seat.carried = seat.child->view().carried;
     seat.child.reset();
     m_spawnLimit.failed(key, now);
@@ -166,6 +315,13 @@ void Worker::childEnded(Id id, Seat &seat, const ProcessEnd &ended, int64_t now)
 
 void Worker::childSilent(Id id, Seat &seat, int64_t now)
 {
+    if (seat.child->ofSystem()) {
+        replace(id, seat, now);
+        seat.retryAt = now + lookInterval;
+        return;
+    }
+    seat.trouble = Trouble::Failed;
+    seat.detail = "ptp4l does not answer and is started again";
     if (m_logLimit.allowed(Silent, now))
         ErrOut("PTP: ptp4l does not answer and is started again");
     const std::string key = seat.child->key().text();
@@ -173,20 +329,6 @@ void Worker::childSilent(Id id, Seat &seat, int64_t now)
     end(std::move(seat.child), now);
     m_spawnLimit.failed(key, now);
     fail(id, seat, m_spawnLimit.allowedAt(key, now));
-}
-
-void Worker::reportEnd(Child &child, const ProcessEnd &ended, int64_t now)
-{
-    if (!m_logLimit.allowed(Ended, now))
-        return;
-    if (ended.exited && ended.code == LAUNCH_NO_CAPABILITY)
-        return ErrOut(
-            "PTP: ptp4l may not open the ports 319 and 320. To mend: sudo setcap cap_net_bind_service=p %s",
-            findLauncher().c_str());
-    if (ended.exited && ended.code == LAUNCH_NO_PTP4L)
-        return ErrOut("PTP: ptp4l is missing. To mend: sudo apt-get install linuxptp");
-    ErrOut("PTP: ptp4l ended (%s %d): %s", ended.exited ? "code" : "signal", ended.code,
-           child.process().lastLines().c_str());
 }
 
 // Lines for the log about a child that runs but does not do what was asked.

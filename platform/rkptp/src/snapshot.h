@@ -4,6 +4,7 @@
 
 // What the getters read: plain bytes, written by the worker, copied under the mutex.
 
+#include "interfaces.h"
 #include "rkptp.h"
 #include "timebase.h"
 
@@ -35,8 +36,18 @@ inline bool operator==(const GrandmasterWish &a, const GrandmasterWish &b)
 
 enum class Text { Version, Domain, SourcePort, Address, Grandmaster, Count };
 
+/* Why there is no client. */
+enum class Trouble { None, NoInterface, NotAllowed, SystemClient, Failed };
+
 struct Snapshot {
     ClientState state = ClientState::Starting;
+    Trouble trouble = Trouble::None;
+    bool ofSystem = false;             // seen through the system's own ptp4l
+    bool isMaster = false;             // which gives the time itself
+    bool otherDomain = false;          // or runs in another domain than the one asked for
+    int64_t since = 0;                 // CLOCK_MONOTONIC, when this state began
+    std::array<char, 64> interfaces{}; // "eth1", "eth0 and eth1"
+    std::array<char, 240> detail{};    // of the trouble, one sentence
     CarriedTime carried;
     ClockId grandmaster{};
     std::array<std::array<char, RKPTP_TEXT_SIZE>, static_cast<size_t>(Text::Count)> texts{};
@@ -44,6 +55,13 @@ struct Snapshot {
     const std::array<char, RKPTP_TEXT_SIZE> &text(Text which) const
     {
         return texts[static_cast<size_t>(which)];
+    }
+    void setInterfaces(const std::vector<Interface> &list)
+    {
+        std::string names;
+        for (size_t i = 0; i < list.size(); ++i)
+            names += (i == 0 ? "" : i + 1 == list.size() ? " and " : ", ") + list[i].name;
+        snprintf(interfaces.data(), interfaces.size(), "%s", names.c_str());
     }
     void setText(Text which, const std::string &value)
     {
@@ -66,7 +84,8 @@ inline int statusOf(const Snapshot &snapshot, const GrandmasterWish &wish, int64
         break;
     }
     if (snapshot.state == ClientState::Following && snapshot.carried.freshAt(mono))
-        return wish.accepts(snapshot.grandmaster) ? RKPTP_LOCKED : RKPTP_OTHER_GRANDMASTER;
+        return wish.accepts(snapshot.grandmaster) && !snapshot.otherDomain ? RKPTP_LOCKED
+                                                                           : RKPTP_OTHER_GRANDMASTER;
     return snapshot.carried.valid ? RKPTP_SYNC_LOST : RKPTP_LISTENING;
 }
 

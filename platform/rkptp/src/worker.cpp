@@ -13,6 +13,7 @@ namespace rkptp {
 namespace {
 
 constexpr size_t fdsPerChild = 3;
+constexpr size_t fdsPerListener = 2;
 
 void addFds(std::vector<pollfd> &fds, Child &child)
 {
@@ -173,6 +174,11 @@ void Worker::waitForEvents(int64_t until)
         addFds(fds, *parked.child);
     for (const auto &child : m_ending)
         addFds(fds, *child);
+    for (const auto &[id, seat] : m_seats)
+        if (seat.listener) {
+            fds.push_back({seat.listener->pidFd(), POLLIN, 0});
+            fds.push_back({seat.listener->logFd(), POLLIN, 0});
+        }
     for (auto &[id, seat] : m_seats)
         if (seat.child)
             addFds(fds, *seat.child);
@@ -187,8 +193,8 @@ void Worker::waitForEvents(int64_t until)
     dispatch(&fds[1], monotonicNow());
 }
 
-// Walks the children in the order of waitForEvents, each with its three descriptors. The seats come last, as
-// they may hand a child over to the others.
+// Walks the children in the order of waitForEvents, each with its three descriptors, listeners with their
+// two. The seats come last, as they may hand a child over to the others.
 void Worker::dispatch(const pollfd *fds, int64_t now)
 {
     for (Parked &parked : m_parked) {
@@ -200,6 +206,12 @@ void Worker::dispatch(const pollfd *fds, int64_t now)
         if (serveSpare(*child, fds, now))
             child.reset();
         fds += fdsPerChild;
+    }
+    for (auto &[id, seat] : m_seats) {
+        if (!seat.listener)
+            continue;
+        serveListener(id, seat, fds, now);
+        fds += fdsPerListener;
     }
     for (auto &[id, seat] : m_seats) {
         if (!seat.child)
@@ -226,12 +238,14 @@ bool Worker::serveSpare(Child &child, const pollfd *fds, int64_t now)
 void Worker::park(std::unique_ptr<Child> child, int64_t now)
 {
     constexpr int64_t parkTime = 300 * nanosPerMilli;
-    if (child)
+    if (child && !child->ofSystem())
         m_parked.push_back({std::move(child), now + parkTime});
 }
 
 void Worker::end(std::unique_ptr<Child> child, int64_t now)
 {
+    if (child->ofSystem())
+        return;
     child->askToEnd(now);
     m_ending.push_back(std::move(child));
 }
@@ -276,7 +290,7 @@ int64_t Worker::settle(int64_t now)
 {
     int64_t next = INT64_MAX;
     for (auto &[id, seat] : m_seats)
-        next = std::min(next, settleSeat(id, seat, now));
+        next = std::min({next, settleSeat(id, seat, now), settleListener(seat, now)});
     // Parked children last: a seat may have taken one, or put one there.
     next = std::min(next, settleParked(now));
     return std::min(next, settleEnding(now));
@@ -287,8 +301,13 @@ void Worker::publish(Id id, const ChildKey &key, const Snapshot &snapshot)
     const std::lock_guard<std::mutex> lock(m_mutex);
     const auto row = m_clients.find(id);
     // What was seen in another domain is of no interest any more.
-    if (row != m_clients.end() && row->second.key == key)
-        row->second.snapshot = snapshot;
+    if (row == m_clients.end() || !(row->second.key == key))
+        return;
+    Snapshot &shown = row->second.snapshot;
+    const bool same = shown.state == snapshot.state && shown.trouble == snapshot.trouble;
+    const int64_t since = same && shown.since != 0 ? shown.since : monotonicNow();
+    shown = snapshot;
+    shown.since = since;
 }
 
 } // namespace rkptp

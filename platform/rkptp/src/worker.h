@@ -6,7 +6,9 @@
 // wishes into the table and read snapshots from it; the thread brings the children in line with the wishes.
 // It starts with the first client and ends by itself when no client and no child is left.
 
+#include "announce.h"
 #include "child.h"
+#include "listener.h"
 #include "spawnlimit.h"
 
 #include <map>
@@ -23,6 +25,8 @@ struct Client {
     GrandmasterWish wish;
     int64_t changedAt = 0; // CLOCK_MONOTONIC of the last Start or SetTarget call
     Snapshot snapshot;
+    bool wantsMasters = false;        // somebody asked for the list
+    std::vector<HeardMaster> masters; // as last heard
 };
 
 class Worker {
@@ -80,7 +84,17 @@ private:
         int64_t otherSince = 0; // follows another grandmaster since
         bool otherLogged = false;
         bool faultLogged = false;
+        Trouble trouble = Trouble::None;    // why there is no child
+        std::string detail;                 // the same in words
+        SystemClient system;                // somebody else on the PTP ports, as last seen
+        int64_t systemSince = 0;            // this one was seen first; 0: there is none
+        uint64_t systemLogged = 0;          // its socket; one line for each
+        int64_t lookAt = 0;                 // for somebody else, next
+        std::vector<Interface> interfaces;  // of the child, or those it would be started on
+        std::unique_ptr<Listener> listener; // to the masters of all domains
+        int64_t lonelySince = 0;            // without a master since; 0: it has one
     };
+    enum class Look { Free, Suspect, Taken };
     struct Parked {
         std::unique_ptr<Child> child;
         int64_t until = 0;
@@ -110,12 +124,18 @@ private:
     void startChild(Id id, Seat &seat, int64_t now);
     void launch(Id id, Seat &seat, std::vector<Interface> interfaces, int64_t now);
     void fail(Id id, Seat &seat, int64_t retryAt);
+    Look look(Seat &seat, const std::vector<Interface> &interfaces, int64_t now);
+    size_t ownSockets(const std::vector<Interface> &interfaces) const;
+    void giveWay(Id id, Seat &seat, int64_t now);
+    void visit(Id id, Seat &seat, std::vector<Interface> interfaces, int64_t now);
+    void block(Id id, Seat &seat, int64_t now);
     void serve(Id id, Seat &seat, const pollfd *fds, int64_t now);
     void replace(Id id, Seat &seat, int64_t now);
     void childEnded(Id id, Seat &seat, const ProcessEnd &ended, int64_t now);
     void childSilent(Id id, Seat &seat, int64_t now);
-    void reportEnd(Child &child, const ProcessEnd &ended, int64_t now);
     void watch(Seat &seat, int64_t now);
+    int64_t settleListener(Seat &seat, int64_t now);
+    void serveListener(Id id, Seat &seat, const pollfd *fds, int64_t now);
 
     std::mutex m_mutex;
     std::map<Id, Client> m_clients;

@@ -1,36 +1,58 @@
 // SPDX-License-Identifier: MIT
 // ptpstatus - says in words what the PTP client of the dialog sees.
-#include "rkptp.h"
+#include "words.h"
 
+#include <arpa/inet.h>
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
-#include <string>
-#include <vector>
+#include <ifaddrs.h>
+#include <net/if.h>
+#include <netinet/in.h>
 
 #include <getopt.h>
 #include <unistd.h>
 
+using namespace ptpstatus;
+
 namespace {
 
-constexpr int exitLocked = 0;
-constexpr int exitNotLocked = 1;
-constexpr int exitUsage = 2;
-constexpr int exitNoClient = 3;
+enum ExitCode { exitLocked = 0, exitNotLocked = 1, exitUsage = 2, exitNoClient = 3 };
 
 constexpr int tickMs = 100;
-constexpr int searchMs = 5000; // how long another domain is given to show a master
+constexpr int listenMs = 5000; // twice the usual time between announces, and a little more
+
+constexpr const char *usage =
+    "Usage: ptpstatus [-awJ] [-i INTERFACE] [-d DOMAIN] [-g GRANDMASTER] [-t SECONDS]\n"
+    "\n"
+    "  -a, --all              list the masters of all domains, also when locked\n"
+    "  -w, --watch            go on until interrupted\n"
+    "  -J, --json             one JSON object per line\n"
+    "  -i, --interface NAME   name or IPv4 address of the interface (default: all)\n"
+    "  -d, --domain N         PTP domain, 0 to 127 (default 0)\n"
+    "  -g, --grandmaster ID   the grandmaster that is wanted (default: any)\n"
+    "  -t, --timeout SECONDS  how long to wait for a master (default 8)\n"
+    "  -h, --help             print this text\n"
+    "  -V, --version          print the version\n"
+    "\n"
+    "Exit status: 0 locked, 1 not locked, 2 wrong usage, 3 no client can run.\n";
 
 struct Options {
     std::string interface = "0.0.0.0";
     unsigned domain = 0;
     std::string grandmaster;
     int seconds = 8;
+    bool all = false;
     bool watch = false;
+    bool json = false;
 };
+
+int complain(int code, const std::string &text)
+{
+    fprintf(stderr, "ptpstatus: %s\n", text.c_str());
+    return code;
+}
 
 void sleepTick()
 {
@@ -38,133 +60,64 @@ void sleepTick()
     nanosleep(&tick, nullptr);
 }
 
-using TextGetter = int (*)(PTP_HANDLE, char *);
-
-std::string textOf(TextGetter getter, PTP_HANDLE handle)
-{
-    char buffer[RKPTP_TEXT_SIZE] = "";
-    getter(handle, buffer);
-    return buffer;
-}
-
-PTP_HANDLE startClient(const Options &options, unsigned domain)
-{
-    PTP_HANDLE handle = rkPTPStart(options.interface.c_str());
-    rkPTPSetTargetDomain(handle, domain);
-    rkPTPSetTargetMacAddress(handle, options.grandmaster.c_str());
-    return handle;
-}
-
-std::string onInterface(PTP_HANDLE handle)
-{
-    const std::string address = textOf(rkPTPGetIPAddress, handle);
-    return address.empty() ? "on all interfaces" : "on " + address;
-}
-
-std::string masterText(PTP_HANDLE handle)
-{
-    int64_t offset = 0;
-    uint64_t seconds = 0;
-    uint32_t nanoseconds = 0;
-    rkPTPGetOffset_Nano(handle, &offset);
-    rkPTPGetTime_Nano(handle, &seconds, &nanoseconds);
-    char date[32] = "";
-    const auto whole = static_cast<time_t>(seconds);
-    tm parts{};
-    if (gmtime_r(&whole, &parts))
-        strftime(date, sizeof date, "%Y-%m-%d %H:%M:%S", &parts);
-    char text[256];
-    snprintf(text, sizeof text, "%s (port %s) in domain %s %s, offset %lld ns, PTP time %s.%03u",
-             textOf(rkPTPGetGrandmasterID, handle).c_str(), textOf(rkPTPGetSourcePortID, handle).c_str(),
-             textOf(rkPTPGetDomain, handle).c_str(), onInterface(handle).c_str(),
-             static_cast<long long>(offset), date, static_cast<unsigned>(nanoseconds / 1000000));
-    return text;
-}
-
-std::string describe(PTP_HANDLE handle, const Options &options)
-{
-    const std::string domain = "domain " + std::to_string(options.domain);
-    switch (rkPTPGetStatus(handle, 0)) {
-    case RKPTP_STARTING:
-        return "starting";
-    case RKPTP_LISTENING:
-        return "no master seen in " + domain + " " + onInterface(handle);
-    case RKPTP_LOCKED:
-        return "locked to " + masterText(handle);
-    case RKPTP_OTHER_GRANDMASTER:
-        return "another grandmaster than " + options.grandmaster + ": " + masterText(handle);
-    case RKPTP_PORT_FAULTY:
-        return "link down or interface gone: " + options.interface;
-    case RKPTP_SYNC_LOST:
-        return "sync lost in " + domain + " " + onInterface(handle) + ": no sync for more than 3 s";
-    default:
-        return "no client can run for " + options.interface + " in " + domain;
-    }
-}
-
-// The domains in which plants keep their clocks: the defaults of IEEE 1588, ST 2059-2 and AES67 first.
-std::vector<unsigned> otherDomains(unsigned domain)
-{
-    std::vector<unsigned> others;
-    for (unsigned candidate : {0u, 127u, 1u, 2u})
-        if (candidate != domain && others.size() < 3)
-            others.push_back(candidate);
-    return others;
-}
-
 bool hasMaster(int status)
 {
     return status == RKPTP_LOCKED || status == RKPTP_OTHER_GRANDMASTER;
 }
 
-// No master in the domain asked: the usual mistake is the domain, so look for one in the others.
-void lookElsewhere(const Options &options)
+// Prints and tells how it went; whatever is not "locked" has its reason on standard error.
+int tell(PTP_HANDLE handle, const Options &options)
 {
-    std::vector<PTP_HANDLE> handles;
-    const std::vector<unsigned> domains = otherDomains(options.domain);
-    handles.reserve(domains.size());
-    for (unsigned domain : domains)
-        handles.push_back(startClient(options, domain));
-    std::vector<bool> told(domains.size());
-    for (int ms = 0; ms < searchMs; ms += tickMs) {
-        sleepTick();
-        for (size_t i = 0; i < handles.size(); ++i) {
-            if (told[i] || !hasMaster(rkPTPGetStatus(handles[i], 0)))
-                continue;
-            told[i] = true;
-            printf("other domain: there is a master %s\n", masterText(handles[i]).c_str());
-        }
+    const View view = look(handle);
+    const std::vector<RKPTP_MASTER> masters = mastersOf(handle);
+    if (options.json) {
+        puts(asJson(view, masters).c_str());
+    } else {
+        puts(inWords(view, options.grandmaster).c_str());
+        for (const RKPTP_MASTER &master : masters)
+            if (options.all || !hasMaster(view.status))
+                puts(inWords(master).c_str());
     }
-    for (PTP_HANDLE handle : handles)
-        rkPTPEnd(handle);
+    if (fflush(stdout) != 0)
+        return complain(exitNotLocked, "cannot write to standard output");
+    if (view.status == RKPTP_LOCKED)
+        return exitLocked;
+    // Why there is no client the library has told on standard error already.
+    return view.status == RKPTP_NO_CLIENT ? exitNoClient : complain(exitNotLocked, view.reason);
 }
 
 int once(PTP_HANDLE handle, const Options &options)
 {
     int status = rkPTPGetStatus(handle, 0);
-    for (int ms = 0; ms < options.seconds * 1000 && !hasMaster(status) && status != RKPTP_NO_CLIENT;
-         ms += tickMs) {
+    int ms = 0;
+    for (; ms < options.seconds * 1000 && !hasMaster(status) && status != RKPTP_NO_CLIENT; ms += tickMs) {
         sleepTick();
         status = rkPTPGetStatus(handle, 0);
     }
-    puts(describe(handle, options).c_str());
-    if (status == RKPTP_LISTENING)
-        lookElsewhere(options);
-    if (status == RKPTP_NO_CLIENT)
-        return exitNoClient;
-    return status == RKPTP_LOCKED ? exitLocked : exitNotLocked;
+    for (; options.all && ms < listenMs && status != RKPTP_NO_CLIENT; ms += tickMs)
+        sleepTick();
+    return tell(handle, options);
+}
+
+std::string watchLine(PTP_HANDLE handle, const Options &options)
+{
+    const View view = look(handle);
+    if (options.json)
+        return asJson(view, mastersOf(handle));
+    const std::string words = inWords(view, options.grandmaster);
+    return hasMaster(view.status) || view.status == RKPTP_NO_CLIENT ? words : words + ": " + view.reason;
 }
 
 [[noreturn]] void watch(PTP_HANDLE handle, const Options &options)
 {
-    constexpr int linesEvery = 10; // ticks, on a terminal where the line is written over
-    const bool terminal = isatty(STDOUT_FILENO) != 0;
+    constexpr int linesEvery = 10; // ticks; on a terminal the line is written over more often
+    const bool terminal = isatty(STDOUT_FILENO) != 0 && !options.json;
     int last = RKPTP_NO_CLIENT - 1;
     for (int tick = 0;; ++tick) {
         const int status = rkPTPGetStatus(handle, 0);
         const bool due = terminal ? tick % (linesEvery / 5) == 0 : tick % linesEvery == 0;
         if (due || status != last) {
-            printf(terminal ? "\r\033[K%s" : "%s\n", describe(handle, options).c_str());
+            printf(terminal ? "\r\033[K%s" : "%s\n", watchLine(handle, options).c_str());
             // Nobody reads any more: end, as a filter does.
             if (fflush(stdout) != 0)
                 exit(exitNotLocked);
@@ -172,6 +125,42 @@ int once(PTP_HANDLE handle, const Options &options)
         last = status;
         sleepTick();
     }
+}
+
+// ---- command line ----------------------------------------------------------------------------------
+
+// The first IPv4 address of an interface with this name; empty when it has none.
+std::string addressOfInterface(const std::string &name)
+{
+    ifaddrs *list = nullptr;
+    std::string found;
+    if (getifaddrs(&list) != 0)
+        return found;
+    for (const ifaddrs *entry = list; entry && found.empty(); entry = entry->ifa_next) {
+        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET || name != entry->ifa_name)
+            continue;
+        char text[INET_ADDRSTRLEN];
+        const void *address = entry->ifa_addr;
+        if (inet_ntop(AF_INET, &static_cast<const sockaddr_in *>(address)->sin_addr, text, sizeof text))
+            found = text;
+    }
+    freeifaddrs(list);
+    return found;
+}
+
+// An address stays as it is. 0, or the code to end with.
+int resolveInterface(std::string &interface)
+{
+    in_addr address{};
+    if (inet_pton(AF_INET, interface.c_str(), &address) == 1)
+        return 0;
+    if (if_nametoindex(interface.c_str()) == 0)
+        return complain(exitUsage, "neither an IPv4 address nor a network interface: " + interface);
+    const std::string found = addressOfInterface(interface);
+    if (found.empty())
+        return complain(exitNoClient, interface + " has no IPv4 address");
+    interface = found;
+    return 0;
 }
 
 bool readNumber(const char *text, unsigned max, unsigned &number)
@@ -185,31 +174,55 @@ bool readNumber(const char *text, unsigned max, unsigned &number)
     return true;
 }
 
-void printUsage(FILE *to)
+const option longOptions[] = {
+    {"all", no_argument, nullptr, 'a'},           {"watch", no_argument, nullptr, 'w'},
+    {"json", no_argument, nullptr, 'J'},          {"interface", required_argument, nullptr, 'i'},
+    {"domain", required_argument, nullptr, 'd'},  {"grandmaster", required_argument, nullptr, 'g'},
+    {"timeout", required_argument, nullptr, 't'}, {"help", no_argument, nullptr, 'h'},
+    {"version", no_argument, nullptr, 'V'},       {nullptr, 0, nullptr, 0},
+};
+
+[[noreturn]] void printAndEnd(const char *text)
 {
-    fputs("usage: ptpstatus [-w] [-i address] [-d domain] [-g grandmaster] [-t seconds]\n", to);
+    exit(fputs(text, stdout) >= 0 && fflush(stdout) == 0 ? 0 : exitNotLocked);
+}
+
+bool takeOption(int option, Options &options)
+{
+    unsigned seconds = 0;
+    switch (option) {
+    case 'a':
+        return options.all = true;
+    case 'w':
+        return options.watch = true;
+    case 'J':
+        return options.json = true;
+    case 'i':
+        options.interface = optarg;
+        return true;
+    case 'g':
+        options.grandmaster = optarg;
+        return true;
+    case 'd':
+        return readNumber(optarg, RKPTP_HIGHEST_DOMAIN, options.domain);
+    case 't':
+        if (!readNumber(optarg, 3600, seconds))
+            return false;
+        options.seconds = static_cast<int>(seconds);
+        return true;
+    case 'h':
+        printAndEnd(usage);
+    case 'V':
+        printAndEnd("ptpstatus " PTPSTATUS_VERSION "\n");
+    }
+    return false;
 }
 
 bool readOptions(int argc, char **argv, Options &options)
 {
-    unsigned seconds = 0;
-    for (int option; (option = getopt(argc, argv, "wi:d:g:t:h")) != -1;) {
-        if (option == 'w')
-            options.watch = true;
-        else if (option == 'i')
-            options.interface = optarg;
-        else if (option == 'g')
-            options.grandmaster = optarg;
-        else if (option == 'd' && readNumber(optarg, RKPTP_HIGHEST_DOMAIN, options.domain))
-            continue;
-        else if (option == 't' && readNumber(optarg, 3600, seconds))
-            options.seconds = static_cast<int>(seconds);
-        else if (option == 'h') {
-            printUsage(stdout);
-            exit(0);
-        } else
+    for (int found = 0; (found = getopt_long(argc, argv, "awJi:d:g:t:hV", longOptions, nullptr)) != -1;)
+        if (!takeOption(found, options))
             return false;
-    }
     return optind == argc;
 }
 
@@ -219,17 +232,18 @@ int main(int argc, char **argv)
 {
     Options options;
     if (!readOptions(argc, argv, options)) {
-        printUsage(stderr);
+        fputs("ptpstatus: wrong options\nTry 'ptpstatus --help'.\n", stderr);
         return exitUsage;
     }
+    if (const int code = resolveInterface(options.interface))
+        return code;
     PTP_HANDLE handle = rkPTPStart(options.interface.c_str());
     rkPTPSetTargetDomain(handle, options.domain);
-    if (rkPTPSetTargetMacAddress(handle, options.grandmaster.c_str()) == RKPTP_BAD_ARGUMENT) {
-        fprintf(stderr, "ptpstatus: not a clock identity: %s\n", options.grandmaster.c_str());
-        return exitUsage;
-    }
+    if (rkPTPSetTargetMacAddress(handle, options.grandmaster.c_str()) == RKPTP_BAD_ARGUMENT)
+        return complain(exitUsage, "not a clock identity: " + options.grandmaster);
     if (options.watch)
         watch(handle, options);
+    mastersOf(handle); // makes the client listen
     const int result = once(handle, options);
     rkPTPEnd(handle);
     return result;

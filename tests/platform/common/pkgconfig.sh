@@ -23,7 +23,7 @@ int main(void)
 END
 # shellcheck disable=SC2046
 "$compiler" -o "$stage/program" "$stage/program.c" $(pkg-config --cflags --libs rkos rkcfg rkptp) \
-    -Wl,-rpath,"$stage/usr/$libdir"
+    -Wl,-rpath,"$(pkg-config --variable=libdir rkos)"
 [ "$("$stage/program")" = "2.0 2.0" ]
 version=$(pkg-config --modversion rkos)
 for name in rkcfg rkptp corvel; do

@@ -219,6 +219,37 @@ private slots:
         QCOMPARE(contentOf(foreign), QByteArray("foreign"));
     }
 
+    // Somebody who made the log a second name of another file would have us write into that; one who gives
+    // ours a second name later takes part in it. What is there stays as it is, and the log goes on in a file
+    // of its own.
+    void aLogWithASecondNameIsLeftBehind_data()
+    {
+        QTest::addColumn<bool>("linkedLater");
+        QTest::newRow("before the first line") << false;
+        QTest::newRow("while it is open") << true;
+    }
+    void aLogWithASecondNameIsLeftBehind()
+    {
+        QFETCH(bool, linkedLater);
+        const QByteArray other = m_home->path("documents/precious");
+        QVERIFY(mkdir(m_home->path("state/corvel").constData(), 0700) == 0);
+        if (linkedLater) {
+            ErrOut("first");
+            QVERIFY(link(logPath().constData(), other.constData()) == 0);
+        } else {
+            QVERIFY(putContent(other, "precious\n"));
+            QVERIFY(link(other.constData(), logPath().constData()) == 0);
+        }
+        const QByteArray before = contentOf(other);
+        const int mode = modeOf(other);
+        ErrOut("second");
+        QCOMPARE(contentOf(other), before);
+        QCOMPARE(modeOf(other), mode);
+        QCOMPARE(logLines().size(), 1);
+        QVERIFY(logLines().first().endsWith("second"));
+        QCOMPARE(contentOf(logPath(".1")), before);
+    }
+
     void aLogTakenAwayIsMadeAnew()
     {
         ErrOut("one");

@@ -25,6 +25,14 @@ QList<QByteArray> statOf(pid_t pid)
     return fields;
 }
 
+QByteArray askClock(const QString &socket, unsigned domain, const QString &command)
+{
+    return runCommand(QStringLiteral("pmc"),
+                      {QStringLiteral("-u"), QStringLiteral("-b"), QStringLiteral("0"), QStringLiteral("-d"),
+                       QString::number(domain), QStringLiteral("-s"), socket, QStringLiteral("-i"),
+                       socket + QStringLiteral(".pmc"), command});
+}
+
 // Which network namespace a process is in, as the kernel names it.
 QByteArray networkOf(qint64 pid)
 {
@@ -46,13 +54,14 @@ QByteArray runCommand(const QString &program, const QStringList &arguments)
     return process.readAll();
 }
 
-std::unique_ptr<QProcess> startCommand(const QString &program, const QStringList &arguments)
+std::unique_ptr<QProcess> startCommand(const QString &program, const QStringList &arguments,
+                                       const QString &output)
 {
     auto process = std::make_unique<QProcess>();
     QStringList all = {QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), QStringLiteral("--"), program};
     all += arguments;
     process->setProcessChannelMode(QProcess::MergedChannels);
-    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setStandardOutputFile(output);
     process->start(QStringLiteral("setpriv"), all);
     if (!process->waitForStarted(patienceMs))
         qFatal("cannot start %s", qPrintable(program));
@@ -61,16 +70,28 @@ std::unique_ptr<QProcess> startCommand(const QString &program, const QStringList
 
 std::vector<pid_t> childrenNamed(pid_t parent, const QByteArray &name)
 {
-    std::vector<pid_t> found;
+    struct Entry {
+        pid_t pid;
+        QList<QByteArray> stat;
+    };
+    // One look at all processes: with a hundred children a look for each takes seconds.
+    std::vector<Entry> all;
     for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
         const pid_t pid = entry.toInt();
         const QList<QByteArray> stat = pid > 0 ? statOf(pid) : QList<QByteArray>();
-        if (stat.size() < 3 || stat[2].toInt() != parent)
-            continue;
-        if (stat[0] == name && stat[1] != "Z")
-            found.push_back(pid);
-        for (pid_t below : childrenNamed(pid, name))
-            found.push_back(below);
+        if (stat.size() >= 3)
+            all.push_back({pid, stat});
+    }
+    std::vector<pid_t> found;
+    std::vector<pid_t> parents = {parent};
+    for (size_t i = 0; i < parents.size(); ++i) {
+        for (const Entry &one : all) {
+            if (one.stat[2].toInt() != parents[i])
+                continue;
+            parents.push_back(one.pid);
+            if (one.stat[0] == name && one.stat[1] != "Z")
+                found.push_back(one.pid);
+        }
     }
     return found;
 }
@@ -106,10 +127,7 @@ void Master::kill()
 
 QByteArray Master::ask(const QString &command) const
 {
-    return runCommand(QStringLiteral("pmc"),
-                      {QStringLiteral("-u"), QStringLiteral("-b"), QStringLiteral("0"), QStringLiteral("-d"),
-                       QString::number(m_domain), QStringLiteral("-s"), m_socket, QStringLiteral("-i"),
-                       m_socket + QStringLiteral(".pmc"), command});
+    return askClock(m_socket, m_domain, command);
 }
 
 void Master::waitUntilActive()
@@ -132,6 +150,62 @@ void Master::announce(int utcOffset, bool valid, bool ptpTimescale)
     const QByteArray answer = ask(command);
     if (!answer.contains("RESPONSE"))
         qFatal("the master does not take its settings: %s", answer.constData());
+}
+
+SystemClient::SystemClient(const QString &near, unsigned domain, const QByteArray &settings)
+    : m_domain(domain)
+{
+    QFile file(m_folder.filePath(QStringLiteral("ptp4l.conf")));
+    if (!file.open(QIODevice::WriteOnly))
+        qFatal("cannot write %s", qPrintable(file.fileName()));
+    // Free running, or the test would set the clock of the machine.
+    file.write(
+        "[global]\nnetwork_transport UDPv4\ndelay_mechanism E2E\ntime_stamping software\nslaveOnly 1\n"
+        "free_running 1\nkernel_leap 0\nverbose 1\nuse_syslog 0\nlogMinDelayReqInterval -2\nuds_address ");
+    file.write(QFile::encodeName(socket()) + "\ndomainNumber " + QByteArray::number(domain) + "\n" +
+               settings);
+    file.close();
+    m_process = startCommand(QStringLiteral("ptp4l"),
+                             {QStringLiteral("-f"), file.fileName(), QStringLiteral("-i"), near},
+                             m_folder.filePath(QStringLiteral("log")));
+}
+
+SystemClient::~SystemClient()
+{
+    kill();
+}
+
+void SystemClient::kill()
+{
+    m_process->kill();
+    m_process->waitForFinished(5000);
+}
+
+QByteArray SystemClient::log() const
+{
+    QFile file(m_folder.filePath(QStringLiteral("log")));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray SystemClient::ask(const QString &command) const
+{
+    if (!QFile::exists(socket()))
+        return {};
+    return askClock(socket(), m_domain, command);
+}
+
+bool SystemClient::follows() const
+{
+    const QByteArray answer = ask(QStringLiteral("GET PORT_DATA_SET"));
+    return answer.contains(" UNCALIBRATED") || answer.contains(" SLAVE");
+}
+
+int SystemClient::delayAnswers() const
+{
+    const QByteArray answer = ask(QStringLiteral("GET PORT_STATS_NP")).simplified();
+    const QByteArray name("rx_Delay_Resp ");
+    const int at = answer.indexOf(name);
+    return at < 0 ? -1 : answer.mid(at + name.size()).split(' ').first().toInt();
 }
 
 PtpNet::PtpNet()
@@ -168,7 +242,8 @@ void PtpNet::addLink(const QString &near, int number)
     runCommand(QStringLiteral("sh"), {QStringLiteral("-c"), script});
 }
 
-std::unique_ptr<Master> PtpNet::startMaster(const QString &near, unsigned domain, const QString &identity)
+std::unique_ptr<Master> PtpNet::startMaster(const QString &near, unsigned domain, const QString &identity,
+                                            const QStringList &more)
 {
     const QString socket = m_sockets.filePath(QString::number(++m_masters));
     const QString options =
@@ -176,9 +251,9 @@ std::unique_ptr<Master> PtpNet::startMaster(const QString &near, unsigned domain
                        "--logSyncInterval=-3 --priority1=1 --domainNumber=%1 --clockIdentity=%2 -i %3far")
             .arg(domain)
             .arg(identity, near);
-    auto process =
-        startCommand(QStringLiteral("nsenter"), inFar(options.split(QLatin1Char(' '))) +
-                                                    QStringList{QStringLiteral("--uds_address=") + socket});
+    auto process = startCommand(QStringLiteral("nsenter"),
+                                inFar(options.split(QLatin1Char(' '))) +
+                                    QStringList{QStringLiteral("--uds_address=") + socket} + more);
     if (!QTest::qWaitFor([&socket] { return QFile::exists(socket); }, patienceMs))
         qFatal("ptp4l does not answer at %s", qPrintable(socket));
     return std::make_unique<Master>(socket, domain, std::move(process));

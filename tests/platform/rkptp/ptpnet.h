@@ -17,7 +17,8 @@
 QByteArray runCommand(const QString &program, const QStringList &arguments);
 
 /* Starts a command that dies with this program. */
-std::unique_ptr<QProcess> startCommand(const QString &program, const QStringList &arguments);
+std::unique_ptr<QProcess> startCommand(const QString &program, const QStringList &arguments,
+                                       const QString &output = QProcess::nullDevice());
 
 /* Numbers of the living processes named `name` below process `parent`, at any depth. */
 std::vector<pid_t> childrenNamed(pid_t parent, const QByteArray &name);
@@ -48,6 +49,32 @@ private:
     std::unique_ptr<QProcess> m_process;
 };
 
+/* The machine's own ptp4l: in the near namespace, started from a settings file as a service would. */
+class SystemClient {
+public:
+    /* `settings`: further lines of the file, those of the interface last. */
+    SystemClient(const QString &near, unsigned domain, const QByteArray &settings = {});
+    ~SystemClient();
+    void kill();
+    qint64 pid() const { return m_process->processId(); }
+    /* Its management socket. */
+    QString socket() const { return m_folder.filePath(QStringLiteral("socket")); }
+    /* What it has written so far. */
+    QByteArray log() const;
+    /* Follows its master; free running it says "uncalibrated". */
+    bool follows() const;
+    /* How many answers to its delay requests it has got: they are meant for it alone in hybrid and unicast.
+     */
+    int delayAnswers() const;
+
+private:
+    QByteArray ask(const QString &command) const;
+
+    QTemporaryDir m_folder;
+    unsigned m_domain;
+    std::unique_ptr<QProcess> m_process;
+};
+
 class PtpNet {
 public:
     PtpNet();
@@ -58,7 +85,8 @@ public:
 
     /* A master at the far end of a link: announces every 1/4 s, syncs every 1/8 s. `identity` as for ptp4l.
      */
-    std::unique_ptr<Master> startMaster(const QString &near, unsigned domain, const QString &identity);
+    std::unique_ptr<Master> startMaster(const QString &near, unsigned domain, const QString &identity,
+                                        const QStringList &more = {});
 
 private:
     QStringList inFar(const QStringList &command) const;

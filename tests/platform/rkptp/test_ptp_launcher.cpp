@@ -48,6 +48,9 @@ private slots:
     void missingPtp4l();
     void missingCapability();
     void capabilityOfTheFileIsEnough();
+    void refusesToListen_data();
+    void refusesToListen();
+    void listeningKeepsNoCapability();
 
 private:
     QStringList good() const;
@@ -239,6 +242,47 @@ void TestPtpLauncher::capabilityOfTheFileIsEnough()
     QVERIFY2(outcome.code == 0, outcome.text.constData());
     QVERIFY(outcome.text.contains("CapAmb:\t0000000000000400"));
     QVERIFY(outcome.text.contains("death signal 9"));
+}
+
+void TestPtpLauncher::refusesToListen_data()
+{
+    QTest::addColumn<QString>("interfaces");
+    for (const char *interfaces : {"", "nosuch0", "d0 d0", "--", "d0 d1 lo a b c d e f"})
+        QTest::newRow(interfaces) << QString::fromLatin1(interfaces);
+}
+
+void TestPtpLauncher::refusesToListen()
+{
+    QFETCH(QString, interfaces);
+    const QStringList start = {good().first(), QStringLiteral("listen")};
+    const Outcome outcome = run(fake, start + interfaces.split(QLatin1Char(' '), Qt::SkipEmptyParts));
+    QCOMPARE(outcome.code, int(LAUNCH_BAD_ARGUMENT));
+}
+
+// Only the file has the capability, and once the group can be heard the process has none any more.
+void TestPtpLauncher::listeningKeepsNoCapability()
+{
+    const QString copy = m_folder.filePath(QStringLiteral("listener"));
+    QVERIFY(QFile::copy(fake, copy));
+    if (run(QStringLiteral("/usr/sbin/setcap"), {QStringLiteral("cap_net_bind_service=p"), copy}).code != 0)
+        QSKIP("this file system keeps no file capabilities");
+    const auto contentOf = [](const QString &path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    QProcess process;
+    process.start(QStringLiteral("/usr/bin/setpriv"),
+                  {QStringLiteral("--securebits=+noroot,+noroot_locked"), QStringLiteral("--"), copy,
+                   QString::number(getpid()), QStringLiteral("listen"), QStringLiteral("d0")});
+    QVERIFY(process.waitForStarted());
+    const QString status = QStringLiteral("/proc/%1/status").arg(process.processId());
+    QTRY_VERIFY_WITH_TIMEOUT(contentOf(status).contains("NoNewPrivs:\t1"), 5000);
+    QVERIFY(contentOf(QStringLiteral("/proc/self/net/udp")).contains("810100E0:0140"));
+    for (const char *set : {"CapPrm", "CapEff", "CapInh", "CapAmb"})
+        QVERIFY2(contentOf(status).contains(QByteArray(set) + ":\t0000000000000000"), set);
+    QCOMPARE(process.state(), QProcess::Running);
+    process.kill();
+    QVERIFY(process.waitForFinished(5000));
 }
 
 QTEST_GUILESS_MAIN(TestPtpLauncher)

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#ifndef RKPTP_BINDERS_H
+#define RKPTP_BINDERS_H
+
+// Who else has the PTP ports. Two programs on one interface take each other's unicast datagrams away, so ours
+// looks first, and goes when another one comes.
+
+#include "interfaces.h"
+
+#include <sys/types.h>
+
+namespace rkptp {
+
+/* One socket bound to port 319 or 320 that takes unicast datagrams. */
+struct PortBinder {
+    unsigned interface = 0; // number of the interface it is tied to; 0: any, or not known
+    uid_t user = 0;
+    uint64_t inode = 0;
+    uint16_t port = 0;
+};
+
+/* One ptp4l of this machine, as its command line shows it. */
+struct PtpProcess {
+    pid_t pid = 0;
+    uid_t user = 0;
+    std::vector<std::string> arguments;
+    std::vector<uint64_t> sockets; // inodes, where they may be looked at: those of ours as root only
+
+    /* Started by this library, here or in another program, of whatever user. */
+    bool ours() const;
+    std::vector<std::string> interfaces() const;
+    /* Value of "--name=value" or, failing that, of a line "name value" in the file given with -f. */
+    std::string option(const std::string &name) const;
+};
+
+/* The sockets of the network namespace of this process. */
+std::vector<PortBinder> readPortBinders();
+
+std::vector<PtpProcess> readPtpProcesses();
+
+/* Those of `binders` on one of `wanted` that no process of ours accounts for. Each of ours whose sockets are
+   not known has one socket per interface and port. Pure, but for turning names of interfaces into numbers. */
+std::vector<PortBinder> foreignBinders(std::vector<PortBinder> binders,
+                                       const std::vector<PtpProcess> &processes,
+                                       const std::vector<Interface> &wanted);
+
+/* Somebody else's PTP program on an interface we want. */
+struct SystemClient {
+    uint64_t inode = 0; // of its socket; another number is another client
+    std::string who;    // "ptp4l (process 812)", "a program of user 0"
+    std::string interface;
+    std::string domain;               // as it was started; empty when not known
+    std::vector<std::string> sockets; // where it may be asked, best first
+};
+
+/* Looks now. `ownSockets`: how many the children of this process account for; as many are no reason to look
+   further. The client whose inode is `known` is not described again. */
+std::optional<SystemClient> findSystemClient(const std::vector<Interface> &wanted, size_t ownSockets,
+                                             uint64_t known);
+
+} // namespace rkptp
+
+#endif // RKPTP_BINDERS_H
