@@ -5,7 +5,7 @@
 // without a line that it does not understand.
 import fs from 'node:fs';
 import path from 'node:path';
-import { modulesBelow } from '../files/judges.mjs';
+import { modulesBelow } from './judges.mjs';
 
 const [folder, ...folders] = process.argv.slice(2);
 const modules = modulesBelow(folders);
