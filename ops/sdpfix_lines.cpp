@@ -69,6 +69,15 @@ void sortSection(SdpFixer &fixer, SdpSection &section, const char *order)
     std::stable_sort(section.lines.begin(), section.lines.end(), before);
 }
 
+// A line of the session's behind a media line means nothing where it stands.
+void dropMisplaced(SdpFixer &fixer, SdpSection &section)
+{
+    for (std::size_t at = section.lines.size(); at-- > 0;) {
+        if (!std::strchr(kSdpMediaOrder, section.lines[at].type()))
+            fixer.remove(section, at);
+    }
+}
+
 void sortAll(SdpFixer &fixer)
 {
     sortSection(fixer, fixer.session(), kSdpSessionOrder);
@@ -136,6 +145,7 @@ void addNameAndTime(SdpFixer &fixer)
 const SdpFixStep steps[] = {
     // name          whole           section
     {"clean",        cleanAll,       nullptr},
+    {"misplaced",    nullptr,        dropMisplaced},
     {"order",        sortAll,        nullptr},
     {"seconds",      dropSeconds,    nullptr},
     {"version",      addVersion,     nullptr},

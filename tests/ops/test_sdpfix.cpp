@@ -291,6 +291,8 @@ void TestSdpFix::fixingTwiceChangesNothing_data()
     QTest::newRow("a media line behind a byte order mark") << QByteArray("\xef\xbb\xbfm=video 2 RTP/AVP 96");
     QTest::newRow("nothing but types") << QByteArray("m=\na=\nc=\nv=\no=\n");
     QTest::newRow("session behind media") << QByteArray("m=audio 2 RTP/AVP 97\nv=0\ns=x\no=1\nt=0\n");
+    QTest::newRow("a session line behind media lines")
+        << QByteArray("m=audio 2 RTP/AVP 97\nv=0\nm=audio 4 RTP/AVP 97\nt=0 0\na=ptime:1\n");
     QTest::newRow("two versions") << QByteArray("v=0\nv=1\n");
     QTest::newRow("attributes without values")
         << QByteArray("m=audio 2 RTP/AVP "
@@ -306,10 +308,17 @@ void TestSdpFix::fixingTwiceChangesNothing_data()
 void TestSdpFix::fixingTwiceChangesNothing()
 {
     QFETCH(QByteArray, text);
-    const QByteArray once = fixedBytes(text);
-    const ops::SdpFixed twice = ops::fixSdp(parsed(once));
-    QCOMPARE(ops::sdpChangesText(twice), QByteArray());
-    QCOMPARE(ops::sdpBytes(twice.text), once);
+    ops::SdpFixOptions known;
+    known.ptp = "traceable";
+    known.packetTime = "1";
+    known.senderType = "2110TPN";
+    known.facts = {true, 8};
+    for (const ops::SdpFixOptions &options : {ops::SdpFixOptions(), known}) {
+        const QByteArray once = fixedBytes(text, options);
+        const ops::SdpFixed twice = ops::fixSdp(parsed(once), options);
+        QCOMPARE(ops::sdpChangesText(twice), QByteArray());
+        QCOMPARE(ops::sdpBytes(twice.text), once);
+    }
 }
 
 void TestSdpFix::clockForms_data()
