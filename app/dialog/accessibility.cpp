@@ -28,7 +28,7 @@ void appendFocus(QVector<QWidget *> &chain, QWidget *control)
 
 } // namespace
 
-void QCorvelPrivate::describeControls()
+void QCorvelPrivate::describeFields()
 {
     const QString sides[] = {QCorvel::tr("Receive"), QCorvel::tr("Send")};
     int row = 0;
@@ -45,6 +45,11 @@ void QCorvelPrivate::describeControls()
         field.lock->setAccessibleName(QCorvel::tr("%1, lock").arg(name));
         field.lock->setToolTip(QCorvel::tr("Copy this value to every element of the channel"));
     }
+}
+
+void QCorvelPrivate::describeControls()
+{
+    describeFields();
     // The clock lines change all the time and say no more than their names when asked.
     const struct {
         QWidget *control;

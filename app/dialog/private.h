@@ -75,6 +75,7 @@ struct QCorvelPrivate {
 
     // ---- class floor: accessibility
     void describeControls();
+    void describeFields();
     void setBuddies();
     void setTabOrders();
 
