@@ -5,6 +5,7 @@
 
 #include "app/dialog/frame.h"
 #include "app/dialog/private.h"
+#include "theme/wheelguard.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -50,6 +51,8 @@ QCorvel::~QCorvel()
     disconnectSignals();
     killTimer(timerId);
     rkPTPEnd(hPTP);
+    d->watches.clear();
+    d->survivors->takeOver(this);
     qDeleteAll(m_pNmosEventTimers);
 }
 
@@ -75,6 +78,9 @@ void QCorvel::init(bool standAlone)
     loadData();
     d->listConnections();
     connectSignals();
+    d->watchMarks();
+    d->watchEscape();
+    d->watchTips();
 
     m_pComboReceive->setEnabled(false);
     m_pComboSend->setEnabled(false);
@@ -111,4 +117,5 @@ void QCorvel::initCtrls()
     d->describeControls();
     d->setTabOrders();
     d->showElementControls();
+    guardCombosFromWheel(this);
 }

@@ -96,6 +96,7 @@ public slots:
 
 protected:
     void changeEvent(QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 public:
     // Frame: construction, style sheet

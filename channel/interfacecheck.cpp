@@ -4,9 +4,27 @@
 #include "channel/elementvalues.h"
 #include "rkos.h"
 
+#include <QElapsedTimer>
+#include <QHash>
+
 bool interfaceExists(const QString &address)
 {
     return rkOSIPExists(address.toUtf8().constData()) != 0;
+}
+
+bool interfaceExistedLately(const QString &address)
+{
+    constexpr int freshMs = 1000;
+    static QHash<QString, bool> answers;
+    static QElapsedTimer age;
+    if (!age.isValid() || age.hasExpired(freshMs)) {
+        answers.clear();
+        age.start();
+    }
+    const auto known = answers.constFind(address);
+    if (known != answers.constEnd())
+        return *known;
+    return answers[address] = interfaceExists(address);
 }
 
 const char *interfaceLabel(Element element)

@@ -12,6 +12,9 @@
 // True when this machine has an interface with this address; as rkOSIPExists has it.
 bool interfaceExists(const QString &address);
 
+// The same for what is only shown: an answer may be up to a second old. User interface thread.
+bool interfaceExistedLately(const QString &address);
+
 // What a message says before the address: "Video IP ". To be translated in the context "QCorvel".
 const char *interfaceLabel(Element element);
 

@@ -349,6 +349,7 @@ void QCorvelPrivate::takeView()
                                             q->m_pAudioConfig,  q->m_pAncConfig,    q->m_pComboAudChan,
                                             q->m_pComboAudFlow, q->m_pComboPTimeRx, q->m_pComboPTimeTx};
     view = ChannelView(controls, NetworkFields(rows), AudioFlows(flows));
+    clockLines = ClockStateLines(q->m_pComboClkMstr, q->m_pEditClockDomain);
 }
 
 // ------------------------------------------------------------------------------ contents of the combo boxes

@@ -4,6 +4,7 @@
 #include "app/dialog/frame.h"
 
 #include "app/dialog/private.h"
+#include "rkos.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -76,6 +77,19 @@ int QCorvelPrivate::px(double pixels) const
 void QCorvel::setLiveUpdates(bool on)
 {
     m_liveUpdates = on;
+}
+
+// The size stays what it is; whoever wonders where the buttons are finds the reason in the log.
+void QCorvel::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    const QSize room = screenOf(this)->availableSize();
+    if (d->toldSize || !isWindow() || room.expandedTo(size()) == room)
+        return;
+    d->toldSize = true;
+    ErrOut("The dialog of %d x %d pixels does not fit the screen of %d x %d; a smaller QT_FONT_DPI makes it "
+           "smaller, down to 96",
+           width(), height(), room.width(), room.height());
 }
 
 void QCorvel::CenterOnScreen()

@@ -6,15 +6,29 @@
 #include <QDialog>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
+
+// On the heap: a host may delete the dialog, and the question with it, while it is open.
+bool QCorvelPrivate::askForNmos()
+{
+    const QPointer<QDialog> question(new QDialog(q));
+    fillNmosQuestion(question);
+    const Survivors::Loop loop(survivors);
+    const bool accepted = question->exec() == QDialog::Accepted;
+    delete question;
+    return accepted;
+}
 
 // "CANCEL" has the focus and is the default, so that Return changes nothing.
 void QCorvelPrivate::fillNmosQuestion(QDialog *question)
 {
+    const int gap = px(10);
+    question->setWindowTitle(q->windowTitle());
     QVBoxLayout *column = new QVBoxLayout(question);
-    column->setContentsMargins(10, 10, 10, 10);
-    column->setSpacing(10);
+    column->setContentsMargins(gap, gap, gap, gap);
+    column->setSpacing(gap);
     QLabel *text =
         new QLabel(QCorvel::tr("Using NMOS may over write your current settings. Continue?"), question);
     QFont textFont = q->font();
@@ -23,8 +37,8 @@ void QCorvelPrivate::fillNmosQuestion(QDialog *question)
     text->setFont(textFont);
     column->addWidget(text, 0, Qt::AlignCenter);
     QHBoxLayout *row = new QHBoxLayout;
-    row->setContentsMargins(10, 10, 10, 10);
-    row->setSpacing(10);
+    row->setContentsMargins(gap, gap, gap, gap);
+    row->setSpacing(gap);
     QPushButton *yes = new QPushButton(QCorvel::tr("OK"), question);
     QPushButton *no = new QPushButton(QCorvel::tr("CANCEL"), question);
     row->addStretch(1);

@@ -7,12 +7,16 @@
 
 #include "app/corvel.h"
 #include "app/view/channelview.h"
+#include "app/view/clockstate.h"
 #include "app/view/notices.h"
 #include "app/view/signalwiring.h"
+#include "app/view/survivors.h"
 
 #include <QFont>
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 class QFrame;
 class QHBoxLayout;
@@ -48,6 +52,7 @@ struct QCorvelPrivate {
     void createCommands();
     void createErrorDialog();
     void createNmosDialog();
+    bool askForNmos(); // true: NMOS may take over. The dialog may be gone afterwards
     void fillNmosQuestion(QDialog *question);
     void takeView(); // after all controls are made
     void fillTypes();
@@ -96,6 +101,17 @@ struct QCorvelPrivate {
     void sendType(quint32 audioLayout);
     void sendField(const NetworkField &field);
     void showErrors(const QString &text);
+    void watchMarks();
+    void markLater();
+    void markFields();
+    void tellStored(QWidget *field);
+    QString storedIn(const QWidget *control);
+    void watchEscape();
+    void restoreField(QWidget *focus);
+    void showClockState();
+    void watchTips();
+    void updateLoadTip();
+    void updateLockAllTip();
 
     QCorvel *const q;
     ChannelView view;
@@ -104,6 +120,12 @@ struct QCorvelPrivate {
     QWidget *fullPage = nullptr;
     QLabel *rowLabels[10] = {}; // beside the network fields, in their order
     bool showsErrors = false;   // the error list's event loop runs
+    bool toldSize = false;      // the log knows that the screen is too small
+    bool marksDue = false;      // markFields() comes from the event loop
+    int clockTicks = 0;         // of the status timer
+    ClockStateLines clockLines;
+    std::shared_ptr<Survivors> survivors = std::make_shared<Survivors>();
+    std::vector<std::unique_ptr<QObject>> watches; // event filters; gone before the controls are
 };
 
 #endif

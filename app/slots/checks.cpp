@@ -41,6 +41,7 @@ void QCorvelPrivate::showErrors(const QString &text)
         return;
     showsErrors = true;
     const QPointer<QCorvel> self(q); // a host may delete the dialog meanwhile
+    const Survivors::Loop loop(survivors);
     q->m_pErrDlg->exec();
     if (self)
         showsErrors = false;
@@ -86,6 +87,7 @@ void QCorvel::onInterfaceEdit()
         }
         setElementValue(d->view.element(), side, Field::Interface, address, d->channel());
     });
+    checkPTP();
 }
 
 int QCorvel::findDefaultInterface()

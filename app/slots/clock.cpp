@@ -24,15 +24,9 @@ constexpr quint64 kNanosPerSecond = 1000000000;
 constexpr quint32 kPtpTimeFormat = 0x210200;   // date, time with nanoseconds
 constexpr quint32 kSystemTimeFormat = 0x10080; // date, time
 
-// A line that did not change is not set again: it would be painted and announced again. The start of a
-// line that is too long is what shows.
 void showLine(QLineEdit *edit, const QByteArray &text)
 {
-    const QString line = QString::fromUtf8(text);
-    if (edit->text() == line)
-        return;
-    edit->setText(line);
-    edit->setCursorPosition(0);
+    showClockLine(edit, QString::fromUtf8(text));
 }
 
 void showSoftwareClock(QCorvel *q)
@@ -113,6 +107,7 @@ void QCorvel::checkPTP()
 void QCorvel::timerEvent(QTimerEvent *)
 {
     d->notices.tick();
+    d->showClockState();
     switch (comboData(m_pComboClkSrc)) {
     case ClockSource::SoftwarePtp:
         showSoftwareClock(this);

@@ -34,24 +34,26 @@ void leaveField(QCorvel *q)
 
 void QCorvel::ok()
 {
+    const QPointer<QCorvel> self(this); // a host may delete the dialog while the error list is open
     m_bClosing = true;
     if (isStandAlone()) {
         finishKeys(this);
         saveDataStandAlone();
         checkErrors();
-        shutdown();
+        if (self)
+            shutdown();
         return;
     }
     leaveField(this);
     updateSettings(true);
-    const QPointer<QCorvel> self(this);
     checkErrors();
     if (self)
         done(1);
 }
 
 // Embedded: edits went to the engine and not to the store, so the engine gets back what is stored,
-// element by element and flow by flow.
+// element by element and flow by flow. The layout of the audio channels goes out with every element but is
+// read with audio only, so audio is read first.
 void QCorvel::cancel()
 {
     if (isStandAlone()) {
@@ -66,6 +68,8 @@ void QCorvel::cancel()
             loadDataStandAlone();
             updateSettings(false);
         };
+        m_pAudioConfig->setChecked(true);
+        loadDataStandAlone();
         for (QRadioButton *element : {m_pVideoConfig, m_pAncConfig}) {
             element->setChecked(true);
             restore();

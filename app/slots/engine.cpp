@@ -65,6 +65,8 @@ void showConfig(QCorvelPrivate *d, const MEDIACMD &config)
     selectData(q->m_pComboVidFormat, toDword(q->cfgValue(ChannelValue::SignalFormat, false, d->channel())));
     selectData(q->m_pComboClkSrc, config.clockSource);
     q->m_pEditGmId->setText(QString::number(config.domain));
+    q->m_pEditGmAddress->setText(q->cfgValue(ChannelValue::ClockGrandMaster, true, d->channel()));
+    q->m_pEditGmAddress->setCursorPosition(0);
     d->view.flows().loadSuffix(); // chooses flow 0 when none is chosen
 }
 

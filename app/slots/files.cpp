@@ -2,6 +2,7 @@
 //
 // Slots, files: the commands that load and save settings files and session descriptions. What stands in
 // them is the business of files/; here values are collected, files opened and answers applied.
+#include "app/dialog/filedialogs.h"
 #include "app/dialog/private.h"
 #include "channel/channelstore.h"
 #include "files/fileload.h"
@@ -14,7 +15,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QPointer>
@@ -149,8 +149,7 @@ void QCorvel::save()
             rkOSMakeDir(folder.toUtf8().constData(), kFolderMode);
     }
     const QPointer<QCorvel> self(this); // a host may delete the dialog meanwhile
-    const QString answer = QDir::toNativeSeparators(QFileDialog::getSaveFileName(
-        nullptr, tr("Ini File"), folder, settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
+    const QString answer = askFileToSave(tr("Ini File"), folder, settingsFilter());
     if (!self)
         return;
     // Before the answer is looked at: a cancelled dialog leads to the current folder.
@@ -168,10 +167,8 @@ void QCorvel::saveElement()
 {
     const int channel = d->channel();
     const QPointer<QCorvel> self(this);
-    const QString answer = QDir::toNativeSeparators(
-        QFileDialog::getSaveFileName(nullptr, tr("Save Current Element"), QString(),
-                                     tr("Session File(*.sdp);; Text File (*.txt);; All files (*.*)"), nullptr,
-                                     QFileDialog::DontUseNativeDialog));
+    const QString answer = askFileToSave(tr("Save Current Element"), QString(),
+                                         tr("Session File(*.sdp);; Text File (*.txt);; All files (*.*)"));
     if (!self)
         return;
     const SdpFileNames names = sdpFileNames(answer);
@@ -194,8 +191,7 @@ void QCorvel::load()
 {
     const QString folder = m_lastPath.isEmpty() ? settingsFolder() : m_lastPath;
     const QPointer<QCorvel> self(this);
-    const QString answer = QDir::toNativeSeparators(QFileDialog::getOpenFileName(
-        nullptr, tr("Ini File"), folder, settingsFilter(), nullptr, QFileDialog::DontUseNativeDialog));
+    const QString answer = askFileToLoad(tr("Ini File"), folder, settingsFilter());
     if (!self || answer.isEmpty() || !rkOSFileExists(answer.toUtf8().constData()))
         return;
     const quint64 file = openForReading(answer);

@@ -13,6 +13,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QTimer>
@@ -133,15 +134,18 @@ void QCorvel::onBoardSettingChanged(bool value)
 {
     setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0);
     commitStore();
-    QDialog confirmation(this);
-    d->fillNmosQuestion(&confirmation);
-
-    if (value)
+    if (value) {
         overrideNmos(true);
-    else if (confirmation.exec() == QDialog::Accepted)
-        overrideNmos(false);
-    else
-        m_pNmosOverride->setChecked(true);
+    } else {
+        const QPointer<QCorvel> self(this); // a host may delete the dialog while it asks
+        const bool accepted = d->askForNmos();
+        if (!self)
+            return;
+        if (accepted)
+            overrideNmos(false);
+        else
+            m_pNmosOverride->setChecked(true);
+    }
     m_pCmdLoad->setEnabled(value);
 }
 

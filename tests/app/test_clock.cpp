@@ -80,6 +80,7 @@ private slots:
     void theGrandmasterBoxDoesNotMatter();
     void interface_data();
     void interface();
+    void aChangedInterfaceStartsAnew();
     void aUseBoxAloneDoesNotRestart();
     void nothingChangedNothingDone();
     void aClientThatFailsIsTriedAgain();
@@ -268,6 +269,16 @@ void TestClock::interface()
     put(0, "ReceiveFlags", receive);
     open(65536);
     QCOMPARE(ptpClient().take(), started(address.constData(), "0", "00-1D-C1"));
+}
+
+// At once, not with the next edit.
+void TestClock::aChangedInterfaceStartsAnew()
+{
+    open(65536);
+    ptpClient().take();
+    typeAddress(m_dialog->m_pEditSndIFace, QStringLiteral("127.0.0.1"));
+    QCOMPARE(ptpClient().take(), started("127.0.0.1", "0", "00-1D-C1"));
+    QCOMPARE(text(0, "TransmitInterface"), QStringLiteral("127.0.0.1"));
 }
 
 // Only at the next load or edit of a value.

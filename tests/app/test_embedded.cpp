@@ -92,6 +92,7 @@ private slots:
     void elementAndFlowAreAskedFor();
     void channelIsAskedFor();
     void clockIsCheckedAfterALoad();
+    void theGrandmasterIsTheChannels();
     void editSendsAllFour_data();
     void editSendsAllFour();
     void lockedAddressGoesToEveryElement();
@@ -225,6 +226,18 @@ void TestEmbedded::clockIsCheckedAfterALoad()
     choose(m_dialog->m_pChannel, 1);
     QCOMPARE(m_dialog->m_dwPTPDom, 77u);
     QCOMPARE(QByteArray(m_dialog->m_szIPAddress), QByteArray("10.0.0.1")); // the receive side's, in use
+}
+
+// From the store, as stand-alone: the engine knows no grandmaster.
+void TestEmbedded::theGrandmasterIsTheChannels()
+{
+    StoreTest::put(0, "ClockGrandMaster", QStringLiteral("00-1D-C1-FF-FE-00-00-01"));
+    StoreTest::put(1, "ClockGrandMaster", QStringLiteral("00-1D-C1-FF-FE-00-00-02"));
+    m_dialog->loadData();
+    QCOMPARE(m_dialog->m_pEditGmAddress->text(), QStringLiteral("00-1D-C1-FF-FE-00-00-01"));
+    m_engine->configs[1].type = 1;
+    choose(m_dialog->m_pChannel, 1);
+    QCOMPARE(m_dialog->m_pEditGmAddress->text(), QStringLiteral("00-1D-C1-FF-FE-00-00-02"));
 }
 
 void TestEmbedded::editSendsAllFour_data()
@@ -492,15 +505,13 @@ static void fillStored()
     }
 }
 
-// Video, ancillary data, then audio flow by flow. The audio channels per flow are read with the audio
-// element only, so the first two still send the ones shown before; audio comes last.
+// Video, ancillary data, then audio flow by flow. Each carries the stored layout of the audio channels.
 static QStringList storedList()
 {
     const QString flags = QStringLiteral(" flags 17");
-    const QString before = QStringLiteral(" layout %1").arg(4 << 16 | 2);
     const QString stored = QStringLiteral(" layout %1").arg(8 << 16 | 4);
-    QStringList list = storedUpdate(kVideoRx, kVideoTx, 0, flags, 1, before);
-    list += storedUpdate(kAncRx, kAncTx, 0, flags, 2, before);
+    QStringList list = storedUpdate(kVideoRx, kVideoTx, 0, flags, 1, stored);
+    list += storedUpdate(kAncRx, kAncTx, 0, flags, 2, stored);
     for (int flow = 0; flow < 8; ++flow)
         list += storedUpdate(kAudioRx, kAudioTx, flow, flags, 10 + flow, stored);
     return list;

@@ -5,6 +5,7 @@
 #include "app/fakeengine.h"
 #include "support/dialog.h"
 
+#include <QAbstractItemView>
 #include <QPointer>
 
 #include <memory>
@@ -40,6 +41,11 @@ private slots:
     void doneChecksTheInterfaces();
     void hostDeletesItWhileABoxIsOpen_data();
     void hostDeletesItWhileABoxIsOpen();
+    void hostDeletesItInsideASlot_data();
+    void hostDeletesItInsideASlot();
+
+private:
+    static void useControl(QCorvel *dialog, const QString &how);
 
 private:
     std::unique_ptr<FreshStore> m_store;
@@ -326,6 +332,68 @@ void TestEmbeddedStates::hostDeletesItWhileABoxIsOpen()
     click(dialog->findChild<QAbstractButton *>(button));
     QVERIFY(deleted);
     QVERIFY(!dialog);
+}
+
+// The control that was used is still on the call stack when the dialog goes.
+void TestEmbeddedStates::hostDeletesItInsideASlot_data()
+{
+    QTest::addColumn<QString>("how");
+    for (const char *how : {"type by key", "type from the list", "nmos by mouse", "nmos by key", "alert"})
+        QTest::newRow(how) << QString::fromLatin1(how);
+}
+
+void TestEmbeddedStates::useControl(QCorvel *dialog, const QString &how)
+{
+    if (how == QLatin1String("type by key")) {
+        dialog->m_pComboType->setFocus();
+        QTest::keyClick(dialog->m_pComboType, Qt::Key_Home);
+    } else if (how == QLatin1String("type from the list")) {
+        dialog->m_pComboType->showPopup();
+        QAbstractItemView *list = dialog->m_pComboType->view();
+        QTest::keyClick(list, Qt::Key_Home);
+        QTest::keyClick(list, Qt::Key_Return);
+    } else if (how == QLatin1String("nmos by mouse")) {
+        click(dialog->m_pNmosOverride);
+    } else if (how == QLatin1String("nmos by key")) {
+        dialog->m_pNmosOverride->setFocus();
+        QTest::keyClick(dialog->m_pNmosOverride, Qt::Key_Space);
+    } else {
+        QTest::mouseClick(dialog->m_pEditRecIFace->m_pLineEdit[0], Qt::LeftButton);
+        QTest::keyClick(dialog->m_pEditRecIFace->m_pLineEdit[0], Qt::Key_Return);
+    }
+}
+
+void TestEmbeddedStates::hostDeletesItInsideASlot()
+{
+    QFETCH(QString, how);
+    setGlobalDword(StorePath::AvHAL, "nmosoverride", 1);
+    StoreTest::put(0, "ReceiveInterface", QStringLiteral("203.0.113.1"));
+    FakeEngine engine;
+    engine.configs[0].type = 1;
+    put(engine.streams[{kVideoRx, 0}].interfaceAddress, "203.0.113.1");
+    const QPointer<QCorvel> dialog(new QCorvel(nullptr));
+    show(dialog);
+    click(dialog->m_pCheckErrs);
+    {
+        const SignalBracket bracket(dialog);
+        dialog->m_pComboType->addItem(QStringLiteral("another"), 3);
+        dialog->m_pComboType->setCurrentIndex(1);
+    }
+    QTimer timer;
+    bool deleted = false;
+    connect(&timer, &QTimer::timeout, this, [&] {
+        if (const QWidget *box = QApplication::activeModalWidget(); box && box->isVisible()) {
+            timer.stop();
+            delete dialog;
+            deleted = true;
+        }
+    });
+    timer.start(5);
+    useControl(dialog, how);
+    QVERIFY(deleted);
+    QVERIFY(!dialog);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(QApplication::allWidgets().isEmpty());
 }
 
 CORVEL_DIALOG_TEST_MAIN(TestEmbeddedStates)

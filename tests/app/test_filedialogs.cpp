@@ -5,6 +5,11 @@
 #include "fake/recorder.h"
 #include "support/filefixture.h"
 
+#include <QHeaderView>
+#include <QScreen>
+#include <QTreeView>
+
+#include <functional>
 #include <memory>
 
 using namespace DialogTest;
@@ -40,6 +45,7 @@ private slots:
     void theFolderIsMadeWithDecimalDigits();
     void documentsMayHaveAnyName();
     void elementCancelled();
+    void everyColumnCanBeRead();
 
 private:
     std::unique_ptr<FileFixture> m;
@@ -181,6 +187,56 @@ void TestFileDialogs::elementCancelled()
     QCOMPARE(m->files(), QStringList());
     QCOMPARE(changes(stored, snapshot()), Snapshot());
     QVERIFY(m->dialog->m_lastPath.isEmpty());
+}
+
+// Looks at the next file dialog once its list is there, and cancels it.
+static void lookAtFileDialog(const std::function<void(QFileDialog *)> &look)
+{
+    auto *timer = new QTimer(qApp);
+    QObject::connect(timer, &QTimer::timeout, timer, [=] {
+        auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        const auto *list = dialog ? dialog->findChild<QTreeView *>(QStringLiteral("treeView")) : nullptr;
+        if (!list || !dialog->isVisible() || list->model()->rowCount(list->rootIndex()) < 2)
+            return;
+        timer->deleteLater();
+        look(dialog);
+        dialog->reject();
+    });
+    timer->start(5);
+}
+
+// At this screen's scale: the dialog is as large as it asks for, and what stands in a column fits.
+void TestFileDialogs::everyColumnCanBeRead()
+{
+    const double factor = QCorvel::fontFactor();
+    m->write(QStringLiteral("a settings file of a night.ipp"), QByteArray(100000, 'x'));
+    QVERIFY(QDir(m->folder.path()).mkdir(QStringLiteral("studio")));
+    m->dialog->m_lastPath = m->folder.path();
+    bool looked = false;
+    lookAtFileDialog([&](QFileDialog *dialog) {
+        looked = true;
+        const QSize wanted(int(780 * factor), int(480 * factor));
+        QCOMPARE(dialog->size(), wanted.boundedTo(dialog->screen()->availableSize()));
+        const auto *list = dialog->findChild<QTreeView *>(QStringLiteral("treeView"));
+        const QHeaderView *header = list->header();
+        int used = 0;
+        for (int column = 0; column < header->count(); ++column) {
+            used += header->sectionSize(column);
+            QVERIFY2(header->sectionSize(column) >= header->sectionSizeHint(column), "head");
+            for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row) {
+                const QString text = list->model()->index(row, column, list->rootIndex()).data().toString();
+                QVERIFY2(list->fontMetrics().horizontalAdvance(text) < header->sectionSize(column),
+                         qPrintable(text));
+            }
+        }
+        QVERIFY(used <= list->viewport()->width());
+        const QString folder = QStringLiteral(CORVEL_BUILD_DIR "/screenshots");
+        QVERIFY(QDir().mkpath(folder));
+        const int dpi = qRound(96 * factor);
+        QVERIFY(dialog->grab().save(QStringLiteral("%1/file-dialog-%2.png").arg(folder).arg(dpi)));
+    });
+    click(m->dialog->m_pCmdSave);
+    QVERIFY(looked);
 }
 
 CORVEL_DIALOG_TEST_MAIN(TestFileDialogs)

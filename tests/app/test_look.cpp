@@ -3,8 +3,10 @@
 // Every state of the dialog at one screen resolution (one run of this program each): nothing is cut,
 // nothing overlaps, everything is inside and reachable with the Tab key in the order of the eye. A
 // picture of each state is left in the folder "screenshots" of the build tree.
+#include "app/view/clockstate.h"
 #include "support/dialog.h"
 
+#include <QAbstractEventDispatcher>
 #include <QDir>
 #include <QScreen>
 #include <QStyle>
@@ -116,6 +118,11 @@ private slots:
     void tabFollowsTheEye_data() { states(); }
     void tabFollowsTheEye();
     void everyFieldHasANameAndABuddy();
+    void useBoxesStandUnderTheirHead();
+    void oneLeftEdge();
+    void marks();
+    void clockStates_data();
+    void clockStates();
     void childDialogs();
     void embedded();
 
@@ -272,6 +279,133 @@ void TestLook::everyFieldHasANameAndABuddy()
             continue; // the configuration has no label, the grandmaster a check box
         QVERIFY2(buddies.contains(widget), qPrintable(nameOf(widget) + QLatin1String(" has no label")));
     }
+}
+
+// Where the eye sees the middle of a box.
+static int middleOfBox(const QCheckBox *box)
+{
+    QStyleOptionButton option;
+    option.initFrom(box);
+    const QRect indicator = box->style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, box);
+    return box->mapTo(box->window(), indicator.center()).x();
+}
+
+// The part of a label that its text is centred in.
+static QRect headText(const QLabel *label)
+{
+    QStyleOption option;
+    option.initFrom(label);
+    return label->style()->subElementRect(QStyle::SE_ShapedFrameContents, &option, label);
+}
+
+void TestLook::useBoxesStandUnderTheirHead()
+{
+    enter(kStates[0]);
+    for (const char *head : {"m_pUseHead0", "m_pUseHead1"}) {
+        const QLabel *label = m_dialog->findChild<QLabel *>(QLatin1String(head));
+        QVERIFY(label && label->alignment() == Qt::AlignCenter);
+        const int axis = label->mapTo(m_dialog.get(), headText(label).center()).x();
+        for (const QCheckBox *box : m_dialog->findChildren<QCheckBox *>()) {
+            if (box->property("role") == QLatin1String("use"))
+                QVERIFY2(qAbs(middleOfBox(box) - axis) <= 1, qPrintable(box->objectName()));
+        }
+    }
+}
+
+// The first column of the picture of a control that is not its ground, in the window.
+static int leftEdge(QWidget *control)
+{
+    const QImage picture = control->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    for (int x = 0; x < picture.width(); ++x) {
+        for (int y = 0; y < picture.height(); ++y) {
+            if (picture.pixel(x, y) != picture.pixel(0, y))
+                return control->mapTo(control->window(), QPoint(x, y)).x();
+        }
+    }
+    return -1;
+}
+
+// A letter may begin up to two pixels behind its place.
+void TestLook::oneLeftEdge()
+{
+    enter(kStates[0]);
+    const int edge = leftEdge(m_dialog->m_pNmosOverride);
+    QList<QWidget *> rows = {m_dialog->m_pUseGmId, m_dialog->m_pChannelLbl, m_dialog->m_pReceiveLbl,
+                             m_dialog->m_pSendLbl};
+    for (QLabel *label : m_dialog->findChildren<QLabel *>()) {
+        if (label->property("role") == QLatin1String("row"))
+            rows.append(label);
+    }
+    QVERIFY(rows.size() >= 19);
+    const int leeway = qRound(3 * QCorvel::fontFactor());
+    for (QWidget *row : rows)
+        QVERIFY2(qAbs(leftEdge(row) - edge) <= leeway,
+                 qPrintable(QStringLiteral("%1: %2 of %3").arg(nameOf(row)).arg(leftEdge(row)).arg(edge)));
+}
+
+// Wrong texts, and above and below them what can be told over the page.
+void TestLook::marks()
+{
+    enter(kStates[0]);
+    m_dialog->m_pCheckErrs->setChecked(false);
+    typeText(m_dialog->m_pEditRecDstPort, QStringLiteral("65x"));
+    typeText(m_dialog->m_pEditSndSrcPort, QString());
+    typeText(m_dialog->m_pEditGmId, QStringLiteral("128"));
+    QLineEdit *octet = m_dialog->m_pLineSndDstAddr->m_pLineEdit[1];
+    QTest::mouseClick(octet, Qt::LeftButton);
+    QTest::keyClick(octet, Qt::Key_Delete);
+    QTest::mouseClick(m_dialog->m_pEditRecSrcPort, Qt::LeftButton);
+    for (const QWidget *field : std::initializer_list<QWidget *>{
+             m_dialog->m_pEditRecDstPort, m_dialog->m_pEditSndSrcPort, m_dialog->m_pEditGmId,
+             m_dialog->m_pLineSndDstAddr, m_dialog->m_pEditRecIFace})
+        QTRY_VERIFY2(field->property("invalid").toBool(), qPrintable(field->objectName()));
+    savePicture(m_dialog.get(), QStringLiteral("marks"));
+    checkNothingCut(m_dialog.get());
+}
+
+void TestLook::clockStates_data()
+{
+    QTest::addColumn<int>("state");
+    for (int state = 0; state <= static_cast<int>(ClockState::Failed); ++state)
+        QTest::newRow(qPrintable(clockStateName(static_cast<ClockState>(state)))) << state;
+}
+
+// Which pixels of a line are brighter than its ground and frame: the shape without the colour. Its ends are
+// enough; the text stands between them.
+static QByteArray shapeOf(QWidget *line)
+{
+    const QImage picture = line->grab().toImage();
+    QByteArray shape;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            if (x < 8 || x > picture.width() - 60)
+                shape.append(qGray(picture.pixel(x, y)) > 0x60 ? '#' : ' ');
+        }
+    }
+    return shape;
+}
+
+// Each has its own shape; what is for the administrator, and what the client cannot do, share one each.
+void TestLook::clockStates()
+{
+    QFETCH(int, state);
+    enter(kStates[0]);
+    QAbstractEventDispatcher::instance()->unregisterTimer(m_dialog->timerId);
+    m_dialog->m_pComboClkMstr->setText(QStringLiteral("PTPv2 D:127 00-1D-C1-FF-FE-12-34-56-1"));
+    m_dialog->m_pEditClockDomain->setText(QStringLiteral("2026-11-21 03:04:05.123456789 (-1,234,567 ns)"));
+    const ClockState clock = static_cast<ClockState>(state);
+    ClockStateLines(m_dialog->m_pComboClkMstr, m_dialog->m_pEditClockDomain)
+        .show(clock, clockStateAdvice(clock));
+    QString name = clockStateName(clock);
+    savePicture(m_dialog.get(), QStringLiteral("clock-") + name.replace(QLatin1Char(' '), QLatin1Char('-')));
+    checkNothingCut(m_dialog.get());
+    static QHash<QByteArray, ClockState> seen;
+    const QByteArray shape = shapeOf(m_dialog->m_pComboClkMstr);
+    const ClockState other = seen.value(shape, clock);
+    const bool isPair = (other == ClockState::NotAllowed && clock == ClockState::SystemClient) ||
+                        (other == ClockState::NotRunning && clock == ClockState::Failed);
+    QVERIFY2(other == clock || isPair, qPrintable(clockStateName(other)));
+    seen.insert(shape, clock);
 }
 
 void TestLook::childDialogs()

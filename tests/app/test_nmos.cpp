@@ -225,12 +225,14 @@ void TestNmos::questionLooks()
         QVERIFY(dialog->isModal());
         const QVBoxLayout *column = qobject_cast<QVBoxLayout *>(dialog->layout());
         QVERIFY(column);
-        QCOMPARE(column->contentsMargins(), QMargins(10, 10, 10, 10));
-        QCOMPARE(column->spacing(), 10);
+        const int gap = int(10 * QCorvel::fontFactor());
+        QCOMPARE(dialog->windowTitle(), m_dialog->windowTitle());
+        QCOMPARE(column->contentsMargins(), QMargins(gap, gap, gap, gap));
+        QCOMPARE(column->spacing(), gap);
         const QLayout *row = column->itemAt(1)->layout();
         QVERIFY(row);
-        QCOMPARE(row->contentsMargins(), QMargins(10, 10, 10, 10));
-        QCOMPARE(row->spacing(), 10);
+        QCOMPARE(row->contentsMargins(), QMargins(gap, gap, gap, gap));
+        QCOMPARE(row->spacing(), gap);
         const QLabel *label = dialog->findChild<QLabel *>();
         QCOMPARE(label->font().pointSize(), 10);
         QCOMPARE(label->font().family(), m_dialog->font().family());
