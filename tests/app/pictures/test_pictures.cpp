@@ -6,8 +6,10 @@
 #include "support/dialog.h"
 #include "support/filedialog.h"
 
+#include <QContextMenuEvent>
 #include <QFile>
 #include <QHelpEvent>
+#include <QMenu>
 #include <QPainter>
 #include <QToolTip>
 
@@ -20,7 +22,7 @@ namespace {
 constexpr qint64 kMostBytes = 150 * 1024;
 
 // clang-format off
-const char *const kPictures[] = {"video", "simple", "audio", "marks", "clock-states", "loaded"};
+const char *const kPictures[] = {"video", "simple", "audio", "marks", "clock-states", "loaded", "take-back", "history"};
 
 struct ClockRow {
     const char *name; // as the property "state" has it
@@ -140,6 +142,7 @@ private slots:
     void marks();
     void clockStates();
     void loaded();
+    void takeBackAndHistory();
     void thePapersShowNoOther();
 
 private:
@@ -257,6 +260,29 @@ void TestPictures::loaded()
     QCOMPARE(answer.shown, 1);
     letItTick(q());
     save(pictureOf(q()), "loaded");
+}
+
+// A day's work, the menu over the page, and the window that the menu's last entry opens.
+void TestPictures::takeBackAndHistory()
+{
+    open();
+    typeAddress(q()->m_pLineRecDstAddr, QStringLiteral("239.20.10.7"));
+    typeText(q()->m_pEditRecDstPort, QStringLiteral("20004"));
+    click(q()->m_pAudioConfig);
+    typeAddress(q()->m_pLineSndDstAddr, QStringLiteral("239.20.21.9"));
+    const QPoint empty(q()->width() / 2, q()->m_pCmdAccept->geometry().center().y());
+    QContextMenuEvent click(QContextMenuEvent::Mouse, empty, q()->mapToGlobal(empty));
+    QApplication::sendEvent(q(), &click);
+    QPointer<QMenu> menu = q()->findChild<QMenu *>(QStringLiteral("historyMenu"));
+    if (!menu)
+        return;
+    save(pictureOf(q()), "take-back");
+    menu->actions().last()->trigger();
+    menu->close();
+    auto *list = q()->findChild<QDialog *>(QStringLiteral("historyList"));
+    QVERIFY(list);
+    QVERIFY(QTest::qWaitForWindowExposed(list));
+    save(pictureOf(list), "history");
 }
 
 void TestPictures::thePapersShowNoOther()
