@@ -98,7 +98,7 @@ int main(int argc, char **argv)
     master->waitUntilActive();
     setNumber(QStringLiteral("VideoType"), QStringLiteral("1"));
     setNumber(QStringLiteral("TransmitFlags"), QStringLiteral("16"));
-    store({QStringLiteral("set"), QStringLiteral("KWX\\Internal0\\IpConfig"),
+    store({QStringLiteral("set-text"), QStringLiteral("KWX\\Internal0\\IpConfig"),
            QStringLiteral("TransmitInterface"), QStringLiteral("10.9.0.1")});
 
     Rest client = {0, 0};

@@ -33,7 +33,10 @@ std::mutex &forkSafeMutex()
 {
     static const int watching =
         pthread_atfork([] { theStores().mutex.lock(); }, [] { theStores().mutex.unlock(); },
-                       [] { theStores().mutex.unlock(); });
+                       [] {
+                           Store::forked();
+                           theStores().mutex.unlock();
+                       });
     (void)watching;
     return theStores().mutex;
 }

@@ -6,6 +6,7 @@
 #include "writer.h"
 
 #include <string>
+#include <strings.h>
 #include <unistd.h>
 
 namespace rkcfg {
@@ -107,6 +108,9 @@ int History::record(const Key &key, const Value &before, const Value &after, Bat
         code = findWriter(batch);
     if (code != SQLITE_OK)
         return code;
+    --m_untilLook;
+    if (strcasecmp(key.path, boundsPath) == 0)
+        m_untilLook = 0;
     const bool first = batch.id == 0;
     if (!first)
         m_insert.bind(1, batch.id);

@@ -66,7 +66,8 @@ public:
     // All changes of one batch in their order, none when its beginning is not there.
     int readBatch(int64_t batch, std::vector<Change> &changes);
 
-    // Whether there is more than the bounds allow, and enough of it to be worth a step.
+    // Whether there is more than the bounds allow, and enough of it to be worth a step. Looks only when
+    // enough changes were recorded since the last look.
     bool surplus();
     // Removes the oldest of it, in a transaction of the caller's or of its own.
     int prune();
@@ -88,6 +89,7 @@ private:
 
     sqlite3 *m_db = nullptr;
     Statement m_insert;
+    int64_t m_untilLook = 0; // changes to come before the bounds are looked at again
 };
 
 } // namespace rkcfg

@@ -3,6 +3,7 @@
 #include "history.h"
 
 #include "clock.h"
+#include "schema.h"
 
 #include <algorithm>
 
@@ -15,8 +16,9 @@ constexpr int64_t defaultDays = 90;
 constexpr int64_t stepRows = 1000;
 constexpr int64_t dayMicroseconds = int64_t(24) * 3600 * 1'000'000;
 
-constexpr const char *boundSql =
-    "SELECT value FROM setting WHERE path = 'rkcfg\\History' AND name = ?1 AND type = 2";
+// An edit every now and then pays for the look.
+constexpr int64_t looksPerBound = 1000;
+constexpr const char *boundSql = "SELECT value FROM setting WHERE path = ?1 AND name = ?2 AND type = 2";
 // Two queries, since only a lone min() or max() is looked up instead of counted through.
 constexpr const char *extentSql = "SELECT (SELECT min(id) FROM history), (SELECT max(id) FROM history),"
                                   " (SELECT time FROM history ORDER BY id LIMIT 1)";
@@ -42,7 +44,8 @@ int64_t bound(sqlite3 *db, const char *name, int64_t fallback)
     Statement statement;
     if (statement.prepare(db, boundSql) != SQLITE_OK)
         return fallback;
-    statement.bind(1, name);
+    statement.bind(1, boundsPath);
+    statement.bind(2, name);
     return statement.step() == SQLITE_ROW ? statement.number(0) : fallback;
 }
 
@@ -76,12 +79,17 @@ int64_t History::surplusEnd()
     if (old)
         end = std::max(end, ask(m_db, youngSql, stepEnd, limit_us, end));
     end = ask(m_db, batchOfSql, std::min(end, now.last), 0, now.first);
-    return many || old ? std::min(end, stepEnd) : 0;
+    return end > now.first ? std::min(end, stepEnd) : 0;
 }
 
 bool History::surplus()
 {
-    return surplusEnd() > 0;
+    if (m_untilLook > 0)
+        return false;
+    if (surplusEnd() > 0)
+        return true;
+    m_untilLook = bound(m_db, "Changes", defaultChanges) / looksPerBound;
+    return false;
 }
 
 int History::prune()

@@ -51,6 +51,9 @@ CREATE TABLE IF NOT EXISTS history (
 );
 )";
 
+// Where a configuration's own bounds of the history are kept.
+constexpr const char *boundsPath = "rkcfg\\History";
+
 } // namespace rkcfg
 
 #endif // RKCFG_SCHEMA_H

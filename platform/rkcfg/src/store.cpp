@@ -16,6 +16,9 @@ namespace {
 constexpr int attempts = 3;
 constexpr int stepsAtOpen = 5;
 
+// Counted instead of asking for the process id, which is a system call with each of ours.
+int forks = 0;
+
 // Another number for each connection, so that a mark taken with one never fits the next.
 uint32_t nextGeneration()
 {
@@ -24,6 +27,11 @@ uint32_t nextGeneration()
 }
 
 } // namespace
+
+void Store::forked()
+{
+    ++forks;
+}
 
 int Store::open(bool create)
 {
@@ -152,7 +160,7 @@ int Store::ready()
     return SQLITE_OK;
 }
 
-std::string Store::wantedName()
+const std::string &Store::wantedName()
 {
     return m_fixedName.empty() ? m_defaultName.current(m_folder) : m_fixedName;
 }
@@ -189,10 +197,9 @@ int Store::reopen(const std::string &name, Result &result)
 // touching the disk and opens its own.
 void Store::followFork()
 {
-    const pid_t pid = getpid();
-    if (m_pid == pid)
+    if (m_fork == forks)
         return;
-    m_pid = pid;
+    m_fork = forks;
     m_transaction.reset();
     if (m_connection)
         m_connection->disown();

@@ -10,7 +10,6 @@
 #include "patience.h"
 #include "takeback.h"
 
-#include <sys/types.h>
 #include <vector>
 
 namespace rkcfg {
@@ -30,6 +29,8 @@ public:
     Store() = default;
     explicit Store(std::string name) : m_fixedName(std::move(name)) {}
 
+    // In a child, once after each fork().
+    static void forked();
     // At the beginning of each call; startMs: when it was made.
     void beginCall(int64_t startMs) { m_patience.begin(startMs); }
     // Opens the configuration now, making it when it is missing and create says so.
@@ -65,7 +66,7 @@ private:
     int reopen(const std::string &name, Result &result);
     int writeChanged(const Operation &operation);
     bool holds(Connection &connection, const Key &key, const Value &value, int &code);
-    std::string wantedName();
+    const std::string &wantedName();
     void follow();
     void followFork();
     bool replaced();
@@ -91,7 +92,7 @@ private:
     DefaultName m_defaultName;
     std::string m_folder;
     std::string m_reported;
-    pid_t m_pid = 0;
+    int m_fork = 0;           // the process that the connection belongs to
     bool m_suspect = false;   // something was found damaged: the next opening checks all of the file
     bool m_thorough = false;  // the present one was opened so
     bool m_unsynced = false;  // written by us since the last sync

@@ -18,7 +18,11 @@ namespace {
 
 enum Exit { Done = 0, Absent = 1, Usage = 2, Failed = 3 };
 
-using Arguments = std::vector<const char *>;
+struct Arguments : std::vector<const char *> {
+    using vector::vector;
+    bool force = false;   // "--force" came first: a new name is meant
+    bool literal = false; // "--" came first: nothing is guessed
+};
 
 void *const store = RKCFG_DEFAULT_STORE;
 
@@ -89,15 +93,6 @@ int saved(bool there)
     return rkCFGSave(store, nullptr, 0) == 0 ? Done : fail("the value could not be made durable");
 }
 
-int set(const Arguments &arguments)
-{
-    std::string text(arguments[2]);
-    auto size = static_cast<uint32_t>(text.size() + 1);
-    rkCFGValueString(store, arguments[0], arguments[1], text.data(), &size, 1);
-    std::string now;
-    return saved(readText(arguments[0], arguments[1], now) && now == text);
-}
-
 bool parseNumber(const char *text, uint32_t &number)
 {
     char *end = nullptr;
@@ -105,6 +100,15 @@ bool parseNumber(const char *text, uint32_t &number)
     const unsigned long long value = strtoull(text, &end, 0);
     number = static_cast<uint32_t>(value);
     return text[0] >= '0' && text[0] <= '9' && *end == '\0' && errno == 0 && value <= UINT32_MAX;
+}
+
+int setText(const Arguments &arguments)
+{
+    std::string text(arguments[2]);
+    auto size = static_cast<uint32_t>(text.size() + 1);
+    rkCFGValueString(store, arguments[0], arguments[1], text.data(), &size, 1);
+    std::string now;
+    return saved(readText(arguments[0], arguments[1], now) && now == text);
 }
 
 int setDword(const Arguments &arguments)
@@ -117,6 +121,35 @@ int setDword(const Arguments &arguments)
     uint32_t now = 0;
     rkCFGValueDword(store, arguments[0], arguments[1], &number, 1);
     return saved(rkCFGValueDword(store, arguments[0], arguments[1], &now, 0) == 0 && now == number);
+}
+
+// A value keeps its type: a number that became a text would be none for the programs that read it.
+int set(const Arguments &arguments)
+{
+    uint32_t number = 0;
+    std::string text;
+    if (arguments.literal)
+        return setText(arguments);
+    if (rkCFGValueDword(store, arguments[0], arguments[1], &number, 0) == 0)
+        return setDword(arguments);
+    if (arguments.force || readText(arguments[0], arguments[1], text))
+        return setText(arguments);
+    if (const int result = absentOrFailed(arguments[0]); result != Absent)
+        return result;
+    fprintf(stderr, "rkcfg: %s %s: no such value (set-text, set-dword or set --force make one)\n",
+            arguments[0], arguments[1]);
+    return Usage;
+}
+
+int unset(const Arguments &arguments)
+{
+    std::string text;
+    uint32_t number = 0;
+    if (rkCFGRemove(store, arguments[0], arguments[1]) != 0)
+        return saved(true);
+    const bool there = readText(arguments[0], arguments[1], text) ||
+                       rkCFGValueDword(store, arguments[0], arguments[1], &number, 0) == 0;
+    return there ? fail("the value could not be removed") : absentOrFailed(arguments[0]);
 }
 
 int listEntry(void *, const char *path, const char *name, const char *text, uint32_t size, uint32_t number)
@@ -227,10 +260,12 @@ struct Command {
 const Command commands[] = {
     // name        fewest  most  runs             shown as
     {"get",        2,      2,    get,             "get PATH NAME           print a value"},
-    {"set",        3,      3,    set,             "set PATH NAME TEXT      store a text"},
+    {"set",        3,      3,    set,             "set PATH NAME VALUE     store a value of the type that is there"},
+    {"set-text",   3,      3,    setText,         "set-text PATH NAME TEXT store a text"},
     {"set-dword",  3,      3,    setDword,        "set-dword PATH NAME N   store a number, 0 to 4294967295"},
+    {"unset",      2,      2,    unset,           "unset PATH NAME         remove a value"},
     {"list",       0,      1,    list,            "list [PATH]             path, name and value per line, tab between"},
-    {"dump",       0,      0,    dump,            "dump                    the same as commands that store it all again"},
+    {"dump",       0,      0,    dump,            "dump                    the same as commands that store them again"},
     {"configs",    0,      0,    configs,         "configs                 the named configurations"},
     {"default",    0,      1,    defaultCommand,  "default [NAME]          print or choose the default configuration"},
     {"--help",     0,      0,    help,            nullptr},
@@ -265,14 +300,22 @@ const Command *findCommand(std::string_view name)
     return at == end ? nullptr : at;
 }
 
+bool takeFirst(Arguments &arguments, const char *word)
+{
+    if (arguments.empty() || strcmp(arguments[0], word) != 0)
+        return false;
+    arguments.erase(arguments.begin());
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     Arguments arguments(argv + std::min(argc, 2), argv + argc);
-    // "--" after the command, as other tools take it; a text may begin with a dash either way.
-    if (!arguments.empty() && strcmp(arguments[0], "--") == 0)
-        arguments.erase(arguments.begin());
+    // Only directly after the command: a text may begin with a dash as well.
+    arguments.force = takeFirst(arguments, "--force");
+    arguments.literal = takeFirst(arguments, "--");
     const Command *command = argc > 1 ? findCommand(argv[1]) : nullptr;
     if (command == nullptr || arguments.size() < command->fewest || arguments.size() > command->most) {
         printUsage(stderr);

@@ -18,10 +18,10 @@ fail() {
 mount -t tmpfs -o size=256k tmpfs "$XDG_CONFIG_HOME" || exit 77
 folder=$XDG_CONFIG_HOME/corvel
 head -c 65536 /dev/zero >"$XDG_CONFIG_HOME/reserve"
-"$tool" set p n first || fail "cannot store on the empty disk"
+"$tool" set-text p n first || fail "cannot store on the empty disk"
 
 i=0
-while "$tool" set p "name $i" "$(head -c 2000 /dev/zero | tr '\0' x)" 2>/dev/null; do
+while "$tool" set-text p "name $i" "$(head -c 2000 /dev/zero | tr '\0' x)" 2>/dev/null; do
     i=$((i + 1))
     [ "$i" -lt 1000 ] || fail "the disk never fills up"
 done
@@ -29,7 +29,7 @@ done
 dd if=/dev/zero of="$XDG_CONFIG_HOME/filler" bs=1k 2>/dev/null
 
 # A small value may still find room in the log. What the result says must be true.
-if "$tool" set p n second 2>/dev/null; then expected=second; else expected=first; fi
+if "$tool" set-text p n second 2>/dev/null; then expected=second; else expected=first; fi
 [ "$("$tool" get p n)" = "$expected" ] || fail "the result of the write was not true"
 [ "$("$tool" get p "name 0" | wc -c)" -eq 2001 ] || fail "an earlier value is lost"
 for file in "$folder"/*corrupt*; do
@@ -37,5 +37,5 @@ for file in "$folder"/*corrupt*; do
 done
 
 rm "$XDG_CONFIG_HOME/filler" "$XDG_CONFIG_HOME/reserve"
-"$tool" set p n third || fail "cannot store after room was made"
+"$tool" set-text p n third || fail "cannot store after room was made"
 [ "$("$tool" get p n)" = third ] || fail "the new value is not there"

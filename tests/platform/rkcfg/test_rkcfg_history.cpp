@@ -30,6 +30,11 @@ private slots:
     void olderProgramStillWorks();
     void goodCopyKeepsIt();
     void removedValueIsGone();
+    void changesAreBounded();
+    void wholeBatchesAreKept();
+    void daysAreBounded();
+    void manyGoStepByStep();
+    void boundsWaitForNobody();
 
 private:
     std::unique_ptr<StoreHome> m_home;
@@ -298,6 +303,98 @@ void TestRkcfgHistory::removedValueIsGone()
     QVERIFY(!removeValue(nullptr, "t"));
     QVERIFY(!removeValue("p", nullptr));
     QCOMPARE(rkCFGRemove(nullptr, "p", "t"), 0);
+}
+
+namespace {
+
+// Changes of one name, each a batch of its own.
+void edit(uint32_t from, uint32_t to)
+{
+    for (uint32_t n = from; n <= to; ++n) {
+        putNumber("p", "n", n);
+        save();
+    }
+}
+
+} // namespace
+
+void TestRkcfgHistory::changesAreBounded()
+{
+    putNumber("rkcfg\\History", "Changes", 10);
+    edit(1, 30);
+    const Seen seen = see(0);
+    QCOMPARE(seen.rows.size(), size_t(10));
+    QCOMPARE(seen.rows.front().newNumber, 21u);
+    // Ids go on, whatever was removed.
+    QCOMPARE(seen.rows.back().id, 31);
+    putNumber("rkcfg\\History", "Changes", 0);
+    save();
+    edit(31, 31);
+    QCOMPARE(changes(), words("p|n|30>31"));
+    edit(32, 33);
+    QCOMPARE(see(0).rows.back().id, 35);
+}
+
+void TestRkcfgHistory::wholeBatchesAreKept()
+{
+    putNumber("rkcfg\\History", "Changes", 10);
+    save();
+    for (uint32_t n = 1; n <= 15; ++n)
+        putNumber("p", QByteArray::number(n).constData(), n);
+    save();
+    edit(1, 5);
+    QCOMPARE(see(0).rows.size(), size_t(20));
+    edit(6, 10);
+    QCOMPARE(see(0).rows.size(), size_t(10));
+}
+
+void TestRkcfgHistory::daysAreBounded()
+{
+    edit(1, 20);
+    closeStore();
+    Direct(m_home->database()).ask("UPDATE history SET time = time - 92 * 86400000000 WHERE id <= 12");
+    QCOMPARE(see(0).rows.size(), size_t(8));
+    closeStore();
+    putNumber("rkcfg\\History", "Days", 30);
+    closeStore();
+    Direct(m_home->database()).ask("UPDATE history SET time = time - 32 * 86400000000 WHERE id <= 15");
+    QCOMPARE(see(0).rows.front().id, 16);
+}
+
+void TestRkcfgHistory::manyGoStepByStep()
+{
+    rkCFGBegin(store);
+    for (uint32_t n = 1; n <= 12000; ++n) {
+        putNumber("p", "n", n);
+        rkCFGLabel(store, nullptr);
+    }
+    rkCFGEnd(store, 1);
+    putNumber("rkcfg\\History", "Changes", 10);
+    edit(1, 2);
+    closeStore();
+    size_t before = see(0).rows.size();
+    QVERIFY2(before > 10, qPrintable(QString::number(before)));
+    for (int opened = 0; before > 10 && opened < 20; ++opened) {
+        closeStore();
+        const size_t now = see(0).rows.size();
+        QVERIFY(now < before);
+        before = now;
+    }
+    QCOMPARE(before, size_t(10));
+}
+
+void TestRkcfgHistory::boundsWaitForNobody()
+{
+    edit(1, 20);
+    putNumber("rkcfg\\History", "Changes", 5);
+    Direct writer(m_home->database());
+    QCOMPARE(writer.ask("BEGIN IMMEDIATE"), QByteArray());
+    QCOMPARE(save(), 0);
+    QCOMPARE(see(0).rows.size(), size_t(21));
+    QCOMPARE(writer.ask("COMMIT"), QByteArray());
+    edit(21, 21);
+    QCOMPARE(see(0).rows.size(), size_t(5));
+    QCOMPARE(takeLog(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(TestRkcfgHistory)

@@ -318,7 +318,8 @@ void TestRkcfgRecovery::damagedHistoryKeepsTheSettings()
         QVERIFY(changes().size() > 100);
     QCOMPARE(m_home->quarantined().size(), 1);
     const QStringList told = takeLog();
-    QVERIFY2(told.value(0).contains(QLatin1String("what was sound of it")), qPrintable(told.join(QLatin1Char(10))));
+    QVERIFY2(told.value(0).contains(QLatin1String("what was sound of it")),
+             qPrintable(told.join(QLatin1Char(10))));
     QCOMPARE(countSound(), 200);
     QCOMPARE(number("p", "n"), write ? 1000u : 299u);
     QVERIFY(changes().size() > 100);

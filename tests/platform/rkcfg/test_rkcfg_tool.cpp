@@ -17,6 +17,9 @@ private slots:
     void getPrintsNumbers();
     void getTellsAbsence();
     void setStores();
+    void setKeepsTheType();
+    void setRefusesNewNames();
+    void unsetRemoves();
     void setDwordTakesNumbersOnly_data();
     void setDwordTakesNumbersOnly();
     void listPrintsLines();
@@ -79,9 +82,10 @@ void TestRkcfgTool::getTellsAbsence()
 
 void TestRkcfgTool::setStores()
 {
-    QCOMPARE(tool({QStringLiteral("set"), QStringLiteral("p"), QStringLiteral("n"), QStringLiteral("a  b\n")})
-                 .code,
-             0);
+    QCOMPARE(
+        tool({QStringLiteral("set-text"), QStringLiteral("p"), QStringLiteral("n"), QStringLiteral("a  b\n")})
+            .code,
+        0);
     QCOMPARE(text("p", "n"), QByteArray("a  b\n"));
     QCOMPARE(tool({QStringLiteral("set"), QStringLiteral("p"), QStringLiteral("n"), QString()}).code, 0);
     QCOMPARE(text("p", "n"), QByteArray(""));
@@ -91,6 +95,47 @@ void TestRkcfgTool::setStores()
     QCOMPARE(text("p", "n"), QByteArray("--help"));
     QCOMPARE(tool(words("set-dword p n 7")).code, 0);
     QCOMPARE(number("p", "n"), 7u);
+}
+
+void TestRkcfgTool::setKeepsTheType()
+{
+    putNumber("p", "n", 1);
+    putText("p", "t", "1");
+    QCOMPARE(tool(words("set p n 0x10")).code, 0);
+    QCOMPARE(number("p", "n"), 16u);
+    const ToolResult refused = tool(words("set p n sixteen"));
+    QCOMPARE(refused.code, 2);
+    QVERIFY(refused.err.contains("not a number"));
+    QCOMPARE(number("p", "n"), 16u);
+    QCOMPARE(tool(words("set p t 7")).code, 0);
+    QCOMPARE(text("p", "t"), QByteArray("7"));
+    // "--" is what dump writes: a text, whatever was there.
+    QCOMPARE(tool(words("set -- p n 7")).code, 0);
+    QCOMPARE(text("p", "n"), QByteArray("7"));
+}
+
+void TestRkcfgTool::setRefusesNewNames()
+{
+    const ToolResult refused = tool(words("set p n 7"));
+    QCOMPARE(refused.code, 2);
+    QVERIFY(refused.err.contains("p n: no such value"));
+    QCOMPARE(text("p", "n"), std::nullopt);
+    QCOMPARE(tool(words("set --force p n 7")).code, 0);
+    QCOMPARE(text("p", "n"), QByteArray("7"));
+    QCOMPARE(tool(words("set --force -- -p -n -t")).code, 0);
+    QCOMPARE(text("-p", "-n"), QByteArray("-t"));
+}
+
+void TestRkcfgTool::unsetRemoves()
+{
+    putNumber("p", "n", 1);
+    putText("p", "t", "x");
+    QCOMPARE(tool(words("unset p n")).code, 0);
+    QCOMPARE(tool(words("unset P t")).code, 0);
+    QCOMPARE(tool(words("list")).out, QByteArray());
+    const ToolResult again = tool(words("unset p n"));
+    QCOMPARE(again.code, 1);
+    QCOMPARE(again.err, QByteArray());
 }
 
 void TestRkcfgTool::setDwordTakesNumbersOnly_data()
@@ -182,9 +227,9 @@ void TestRkcfgTool::defaultPrintsAndChooses()
 void TestRkcfgTool::wrongUsage_data()
 {
     QTest::addColumn<QString>("arguments");
-    for (const char *arguments :
-         {"", "what", "get", "get p", "get p n x", "set p n", "set p n t u", "set-dword p n", "list a b",
-          "dump x", "configs x", "default a b", "--help x", "-x"})
+    for (const char *arguments : {"", "what", "get", "get p", "get p n x", "set p n", "set p n t u",
+                                  "set --force", "unset p", "unset p n x", "set-text p n", "set-dword p n",
+                                  "list a b", "dump x", "configs x", "default a b", "--help x", "-x"})
         QTest::newRow(arguments[0] ? arguments : "nothing") << QString::fromLatin1(arguments);
 }
 
@@ -202,8 +247,8 @@ void TestRkcfgTool::helpAndVersion()
 {
     const ToolResult help = tool(words("--help"));
     QCOMPARE(help.code, 0);
-    for (const char *command :
-         {"get PATH NAME", "set PATH NAME TEXT", "set-dword", "list", "dump", "configs", "default"})
+    for (const char *command : {"get PATH NAME", "set PATH NAME VALUE", "set-text PATH NAME TEXT",
+                                "set-dword", "unset", "list", "dump", "configs", "default"})
         QVERIFY2(help.out.contains(command), command);
     QCOMPARE(tool(words("-h")).out, help.out);
     const ToolResult version = tool(words("--version"));
@@ -217,7 +262,8 @@ void TestRkcfgTool::helpAndVersion()
 void TestRkcfgTool::failureIsTold()
 {
     overwrite(QString(m_home->folder()).chopped(1), "a file where the folder should be");
-    for (const char *arguments : {"get p n", "set p n t", "set-dword p n 1", "list", "dump", "default x"}) {
+    for (const char *arguments : {"get p n", "set p n t", "set-text p n t", "unset p n", "set-dword p n 1",
+                                  "list", "dump", "default x"}) {
         const ToolResult result = tool(words(arguments));
         QVERIFY2(result.code == 3, arguments);
         QVERIFY2(result.err.contains("rkcfg: "), arguments);

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "ops/sdpcheck.h"
+
+#include "ops/sdprules.h"
+
+#include <algorithm>
+
+namespace ops {
+
+namespace {
+
+using Table = TableView<SdpRule> (*)();
+const Table tables[] = {sdpLineRules,  sdpNetworkRules, sdpVideoRules,
+                        sdpAudioRules, sdpClockRules,   sdpPairRules};
+
+void runRule(const SdpRule &rule, const SdpText &text, const std::vector<SdpStream> &streams,
+             SdpReport &report)
+{
+    report.startRule(rule.severity, rule.name, rule.clause);
+    if (rule.text)
+        rule.text(text, report);
+    if (!rule.stream)
+        return;
+    for (const SdpStream &stream : streams)
+        rule.stream(stream, report);
+}
+
+int lineOf(const Finding &finding)
+{
+    return finding.place.mid(finding.place.lastIndexOf(':') + 1).toInt();
+}
+
+Findings checkText(const SdpText &text, const SdpFacts &facts)
+{
+    Findings findings;
+    SdpReport report(findings, facts);
+    const std::vector<SdpStream> streams = streamsOf(text);
+    for (const Table &table : tables) {
+        for (const SdpRule &rule : table())
+            runRule(rule, text, streams, report);
+    }
+    std::stable_sort(findings.begin(), findings.end(),
+                     [](const Finding &a, const Finding &b) { return lineOf(a) < lineOf(b); });
+    return findings;
+}
+
+} // namespace
+
+void SdpReport::startRule(Severity severity, const char *rule, const char *clause)
+{
+    m_severity = severity;
+    m_rule = rule;
+    m_clause = clause;
+}
+
+void SdpReport::add(const SdpText &text, int line, const QByteArray &reason, const QByteArray &remedy)
+{
+    m_findings.push_back(
+        {m_severity, m_rule, text.file + ':' + QByteArray::number(line), reason, remedy, m_clause});
+}
+
+Findings checkSdp(const std::vector<SdpText> &texts, const SdpFacts &facts)
+{
+    Findings all;
+    for (const SdpText &text : texts) {
+        const Findings found = checkText(text, facts);
+        all.insert(all.end(), found.begin(), found.end());
+    }
+    SdpReport report(all, facts);
+    report.startRule(sdpTwiceRule.severity, sdpTwiceRule.name, sdpTwiceRule.clause);
+    findStreamsTwice(texts, report);
+    return all;
+}
+
+std::vector<const char *> sdpRuleNames()
+{
+    std::vector<const char *> names;
+    for (const Table &table : tables) {
+        for (const SdpRule &rule : table())
+            names.push_back(rule.name);
+    }
+    names.push_back(sdpTwiceRule.name);
+    return names;
+}
+
+} // namespace ops
