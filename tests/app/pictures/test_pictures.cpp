@@ -98,16 +98,23 @@ void overrideNmos(bool on)
     setGlobalDword(StorePath::AvHAL, MachineValue::NmosOverride, on ? 1 : 0);
 }
 
-// The window and what lies over it in windows of its own.
+// The window and what lies over it in windows of its own, also where they go beyond its edges.
 QImage pictureOf(QWidget *window)
 {
-    QImage picture = window->grab().toImage();
-    QPainter painter(&picture);
+    QVector<QWidget *> shown{window};
     for (QWidget *over : QApplication::topLevelWidgets()) {
         const bool isOver = over->windowType() == Qt::ToolTip || over->windowType() == Qt::Popup;
         if (over->isVisible() && isOver)
-            painter.drawPixmap(window->mapFromGlobal(over->pos()), over->grab());
+            shown.append(over);
     }
+    QRect all;
+    for (const QWidget *widget : shown)
+        all |= widget->geometry();
+    QImage picture(all.size(), QImage::Format_RGB32);
+    picture.fill(Qt::white);
+    QPainter painter(&picture);
+    for (QWidget *widget : shown)
+        painter.drawPixmap(widget->geometry().topLeft() - all.topLeft(), widget->grab());
     return picture;
 }
 
@@ -270,7 +277,8 @@ void TestPictures::takeBackAndHistory()
     typeText(q()->m_pEditRecDstPort, QStringLiteral("20004"));
     click(q()->m_pAudioConfig);
     typeAddress(q()->m_pLineSndDstAddr, QStringLiteral("239.20.21.9"));
-    const QPoint empty(q()->width() / 2, q()->m_pCmdAccept->geometry().center().y());
+    const QPoint done = q()->m_pCmdAccept->mapTo(q(), q()->m_pCmdAccept->rect().center());
+    const QPoint empty(q()->width() / 2 - 80, done.y());
     QContextMenuEvent click(QContextMenuEvent::Mouse, empty, q()->mapToGlobal(empty));
     QApplication::sendEvent(q(), &click);
     QPointer<QMenu> menu = q()->findChild<QMenu *>(QStringLiteral("historyMenu"));
