@@ -6,7 +6,7 @@
 set -eu
 run=$1 programs=$2
 paper=$HOME/paper.md
-store="    rkcfg set 'KWX\\Config' Name one"
+store="    rkcfg set-text 'KWX\\Config' Name one"
 failed=0
 
 # paper RESULT WHAT LINE...: a paper of these lines ends with RESULT.
@@ -25,7 +25,7 @@ expect() {
 get="    rkcfg get 'KWX\\Config' Name"
 expect 0 "the truth" "$store" "$get   # comment" '    # -> one'
 expect 0 "the truth between fences" '```' "${store#    }" "${get#    }" '# -> one' '```'
-expect 0 "the truth in a sentence" "Say \`rkcfg set 'KWX\\Config' Name one\`." "$get" '    # -> one'
+expect 0 "the truth in a sentence" "Say \`rkcfg set-text 'KWX\\Config' Name one\`." "$get" '    # -> one'
 expect 0 "anything for dots" "$store" "$get" '    # -> o…'
 expect 0 "an announced code" "    rkcfg get 'KWX\\Config' Name # exit 1: nothing there"
 expect 1 "another output" "$store" "$get" '    # -> two'
