@@ -9,10 +9,12 @@
 #include "app/view/channelview.h"
 #include "app/view/notices.h"
 #include "app/view/signalwiring.h"
+#include "files/fileload.h"
 
 #include <QFont>
 
 #include <functional>
+#include <vector>
 
 class QFrame;
 class QHBoxLayout;
@@ -86,7 +88,13 @@ struct QCorvelPrivate {
     void enableFlowSelectors();
 
     // ---- slots: what one subject offers to the others
-    void write(const std::function<void()> &values); // every write that the user causes: values, one commit
+    // Every write that the user causes: values, one commit. While values runs, a host may delete the dialog.
+    void write(const std::function<void()> &values);
+    void loadFile(const QString &path);
+    DescriptionLoad storeDescription(const QList<SdpStore> &values);
+    void saveSettings(const QString &path);
+    void saveDescriptions(const QString &path);
+    void saveElementDescriptions(const QString &path, int channel);
     void loadNmosSwitches();
     void lockInterfaces();
     bool isLocked(const NetworkField &field) const;
@@ -103,6 +111,8 @@ struct QCorvelPrivate {
     QWidget *fullPage = nullptr;
     QLabel *rowLabels[10] = {}; // beside the network fields, in their order
     bool showsErrors = false;   // the error list's event loop runs
+    bool fileWorkRuns = false;  // a file is being loaded or saved, and its event loop may run
+    std::vector<std::function<void()>> afterFileWork;
 };
 
 #endif
