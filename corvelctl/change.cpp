@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+// Changing: set and unset, one by one or as a batch from standard input.
+#include "corvelctl/changes.h"
+#include "corvelctl/context.h"
+#include "corvelctl/families.h"
+#include "ops/batch.h"
+#include "ops/inputfile.h"
+
+namespace {
+
+struct SetOptions {
+    std::string place;
+    std::vector<std::string> words;
+    bool force = false;
+    bool all = false;
+
+    ops::Rules rules() const { return {force ? ops::Foreign::Allow : ops::Foreign::Refuse, force}; }
+    QByteArrayList list() const
+    {
+        QByteArrayList list;
+        for (const std::string &word : words)
+            list.append(bytes(word));
+        return list;
+    }
+    QByteArray label(const char *command) const
+    {
+        return ops::batchLabel(QByteArrayList{command, bytes(place)} + list());
+    }
+};
+
+// The draft of one command, from the command line or from standard input.
+ops::Outcome<ops::Done> fillSet(const SetOptions &options, ops::Draft &draft)
+{
+    if (options.place != "-")
+        return ops::setWords(bytes(options.place), options.list(), options.rules(), draft);
+    const auto text = ops::readInput("-");
+    if (!text)
+        return text.failure();
+    return ops::setLines(*text, options.rules(), draft);
+}
+
+ops::Outcome<ops::Done> fillUnset(const SetOptions &options, ops::Draft &draft)
+{
+    if (options.all)
+        return ops::unsetPlace(bytes(options.place), draft);
+    return ops::unsetWords(bytes(options.place), options.list(), options.rules(), draft);
+}
+
+template<class Fill>
+int change(Context &context, const SetOptions &options, const char *command, const Fill &fill)
+{
+    return withValues(context, [&](ops::Store &store, const ops::Snapshot &values) {
+        ops::Draft draft(values);
+        const ops::Outcome<ops::Done> filled = fill(options, draft);
+        return filled ? applyChanges(context, store, draft.changes(), options.label(command))
+                      : context.fail(filled.failure());
+    });
+}
+
+int set(Context &context, const SetOptions &options)
+{
+    if (options.place == "-" ? !options.words.empty() : options.words.empty())
+        return context.usage("set needs a place and WORD=VALUE, or - for lines of both from standard input");
+    return change(context, options, "set", fillSet);
+}
+
+int unset(Context &context, const SetOptions &options)
+{
+    if (options.words.empty() != options.all)
+        return context.usage("unset needs the names of values, or --all for everything of the place");
+    return change(context, options, "unset", fillUnset);
+}
+
+void declareSet(CLI::App &command, SetOptions &options)
+{
+    command
+        .add_option("place", options.place,
+                    "CHANNELS[/ELEMENT[/FLOWS]] such as 2/video, 0-7/audio/*, server; - for lines")
+        ->required();
+    command.add_option("assignments", options.words, "WORD=VALUE; IP:PORT sets an address and its port");
+    command.add_flag("--force", options.force,
+                     "Also names of a site's own (NAME=text, NAME:=number) and channels beyond the server's");
+}
+
+void declareUnset(CLI::App &command, SetOptions &options)
+{
+    command.add_option("place", options.place, "CHANNELS[/ELEMENT[/FLOWS]], server, or a key path")
+        ->required();
+    command.add_option("words", options.words, "Fields such as rx.dst, or value names");
+    command.add_flag("--all", options.all, "Every value of the place");
+    command.add_flag("--force", options.force, "Also names of a site's own");
+}
+
+} // namespace
+
+void addChangeCommands(CLI::App &app, Context &context)
+{
+    addCommand<SetOptions>(app, context, "set", "Change values: all of them, or none when one is wrong",
+                           "corvelctl set 2/video rx.dst=239.20.2.1:20000 rx.use=dst,dst-port", declareSet,
+                           set);
+    addCommand<SetOptions>(app, context, "unset", "Delete values",
+                           "corvelctl unset 2/video rx.src rx.src-port", declareUnset, unset);
+}

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+// The clock: ptp and ptp doctor.
+#include "channel/valuenames.h"
+#include "corvelctl/context.h"
+#include "corvelctl/families.h"
+#include "corvelctl/ptpsight.h"
+#include "ops/legs.h"
+#include "ops/vocabulary.h"
+
+namespace {
+
+struct PtpOptions {
+    int channel = 0;
+    std::string interface, grandmaster;
+    int domain = -1;
+    int seconds = 8;
+};
+
+// What the channel is set up for, as far as the command line does not say otherwise.
+ops::Outcome<PtpWish> wishOf(const Context &context, const PtpOptions &options)
+{
+    const auto store = context.open();
+    if (!store)
+        return store.failure();
+    const auto values = store->read(ops::channelPath(options.channel));
+    if (!values)
+        return values.failure();
+    const QByteArray path = ops::channelPath(options.channel);
+    const ops::Place video{options.channel, Element::Video, ops::kNoFlow, {}};
+    PtpWish wish;
+    wish.interface =
+        options.interface.empty() ? ops::legOf(*values, video, Side::Receive).interface : bytes(options.interface);
+    wish.domain = options.domain >= 0 ? static_cast<quint32>(options.domain)
+                                      : values->number(path, ChannelValue::ClockDomain);
+    wish.grandmaster = options.grandmaster.empty() ? values->text(path, ChannelValue::ClockGrandMaster)
+                                                   : bytes(options.grandmaster);
+    wish.seconds = options.seconds;
+    return wish;
+}
+
+template<class T>
+Json known(const std::optional<T> &value)
+{
+    return value ? Json(*value) : Json(nullptr);
+}
+
+Json masterItem(const ops::PtpMaster &master)
+{
+    return {{"domain", master.domain},
+            {"grandmaster", jsonText(master.grandmaster)},
+            {"interface", jsonText(master.interface)},
+            {"priority1", master.priority1},
+            {"priority2", master.priority2},
+            {"clock_class", master.clockClass},
+            {"clock_accuracy", master.clockAccuracy},
+            {"steps_removed", master.stepsRemoved},
+            {"age_ms", master.ageMs}};
+}
+
+Json viewItem(const PtpView &view)
+{
+    Json item{{"state", ops::ptpStateName(view.sight.state)},
+              {"reason", jsonText(view.sight.reason)},
+              {"wanted_domain", view.sight.domain},
+              {"wanted_grandmaster", jsonText(view.sight.wanted)},
+              {"domain", jsonText(view.domain)},
+              {"grandmaster", jsonText(view.grandmaster)},
+              {"source_port", jsonText(view.sourcePort)},
+              {"interface", jsonText(view.address)},
+              {"offset_ns", known(view.offsetNs)},
+              {"offset_age_ms", known(view.offsetAgeMs)},
+              {"system_client", view.systemClient},
+              {"masters", Json::array()}};
+    for (const ops::PtpMaster &master : view.sight.masters)
+        item["masters"].push_back(masterItem(master));
+    return item;
+}
+
+void printView(Output &out, const PtpView &view)
+{
+    out.item([&view] { return viewItem(view); });
+    const ops::PtpSight &sight = view.sight;
+    const QByteArray state = ops::ptpStateName(sight.state);
+    out.line("state        " + state +
+             (sight.reason.isEmpty() ? QByteArray() : ": " + printable(sight.reason)));
+    out.line("wanted       domain " + QByteArray::number(sight.domain) + ", grandmaster " +
+             (sight.wanted.isEmpty() ? QByteArray("any") : printable(sight.wanted)));
+    if (!view.grandmaster.isEmpty())
+        out.line("grandmaster  " + view.grandmaster + " in domain " + view.domain + " on " + view.address);
+    if (view.offsetNs)
+        out.line("offset       " + QByteArray::number(static_cast<qlonglong>(*view.offsetNs)) + " ns");
+    for (const ops::PtpMaster &master : sight.masters)
+        out.line("heard        " + master.grandmaster + " in domain " + QByteArray::number(master.domain) +
+                 " on " + master.interface + ", clock class " + QByteArray::number(master.clockClass));
+}
+
+int ptp(Context &context, const PtpOptions &options)
+{
+    const auto wish = wishOf(context, options);
+    if (!wish)
+        return context.fail(wish.failure());
+    const PtpView view = lookAtPtp(*wish, false);
+    printView(context.out, view);
+    return view.sight.state == ops::PtpState::Locked ? Done : Found;
+}
+
+int doctor(Context &context, const PtpOptions &options)
+{
+    const auto wish = wishOf(context, options);
+    if (!wish)
+        return context.fail(wish.failure());
+    const PtpView view = lookAtPtp(*wish, true);
+    const ops::Findings findings = ops::examinePtp(view.sight);
+    for (const ops::Finding &finding : findings) {
+        context.out.item([&finding] {
+            return Json{{"severity", ops::severityName(finding.severity)},
+                        {"rule", finding.rule},
+                        {"place", jsonText(finding.place)},
+                        {"reason", jsonText(finding.reason)},
+                        {"remedy", jsonText(finding.remedy)}};
+        });
+    }
+    if (context.out.isText())
+        context.out.line(ops::findingsText(findings).trimmed());
+    if (findings.empty())
+        context.out.note(QByteArray("nothing is wrong: ") + ops::ptpStateName(view.sight.state));
+    return findings.empty() ? Done : Found;
+}
+
+void declarePtp(CLI::App &command, PtpOptions &options)
+{
+    command
+        .add_option("--channel", options.channel,
+                    "Take interface, domain and grandmaster from this channel, 0 when left out")
+        ->check(CLI::Range(0, 65535));
+    command.add_option("--interface", options.interface, "Address of the interface; 0.0.0.0 for all");
+    command.add_option("--domain", options.domain, "PTP domain")->check(CLI::Range(0, 127));
+    command.add_option("--gm", options.grandmaster, "Identity of the grandmaster");
+    command.add_option("--wait", options.seconds, "Seconds in which a master may be heard, 8 when left out")
+        ->check(CLI::Range(0, 600));
+}
+
+} // namespace
+
+void addClockCommands(CLI::App &app, Context &context)
+{
+    CLI::App *command = addCommand<PtpOptions>(app, context, "ptp",
+                                               "Print what the PTP client sees; exit status 1 unless locked",
+                                               "corvelctl ptp --domain 127", declarePtp, ptp);
+    addCommand<PtpOptions>(*command, context, "doctor", "Say what is wrong with PTP and what to do",
+                           "corvelctl ptp doctor --wait 5", declarePtp, doctor);
+}

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+//
+// What every command shares: the options that mean the same everywhere, the store, the result and the exit
+// code. A family of commands is one file with one function,
+//     void addXxxCommands(CLI::App &app, Context &context);
+// which families.h declares and main calls.
+#ifndef CORVELCTL_CONTEXT_H
+#define CORVELCTL_CONTEXT_H
+
+#include "corvelctl/output.h"
+#include "ops/outcome.h"
+#include "ops/store.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+#include <string>
+
+enum Exit {
+    Done = 0,
+    Found = 1,       // something was found, or things differ
+    Usage = 2,       // wrong use or wrong input; nothing was done
+    StoreFailed = 3, // the store or the system refused
+    Partly = 4,      // some of it was done
+    Nothing = 5      // nothing to do, under --fail-if-none
+};
+
+struct Context {
+    std::string configuration; // empty: the default one
+    bool dryRun = false;
+    bool yes = false;
+    bool failIfNone = false;
+    Output out;
+    int exit = Done;
+
+    ops::Outcome<ops::Store> open() const;
+    // Tells people and gives the exit code for it.
+    int fail(const ops::Failure &failure) const;
+    int usage(const QByteArray &message) const;
+    // Done, or Nothing when there was nothing to do and the user wants to know.
+    int nothing(const QByteArray &message) const;
+};
+
+// Opens the configuration, reads all of it and lets work(store, values) do the rest.
+template<class Work>
+int withValues(const Context &context, const Work &work)
+{
+    auto store = context.open();
+    if (!store)
+        return context.fail(store.failure());
+    const auto values = store->read();
+    return values ? work(*store, *values) : context.fail(values.failure());
+}
+
+// One command. Options is a struct whose members CLI fills; the function runs after all options are read.
+template<class Options>
+CLI::App *addCommand(CLI::App &app, Context &context, const char *name, const char *does, const char *example,
+                     void (*declare)(CLI::App &, Options &), int (*run)(Context &, const Options &))
+{
+    auto options = std::make_shared<Options>();
+    CLI::App *command = app.add_subcommand(name, does);
+    command->footer(std::string("Example:\n  ") + example);
+    declare(*command, *options);
+    command->callback([&context, options, run, name, command] {
+        if (!command->get_subcommands().empty())
+            return; // "ptp doctor" is not "ptp" as well
+        context.out.begin(name);
+        context.exit = run(context, *options);
+    });
+    return command;
+}
+
+inline QByteArray bytes(const std::string &text)
+{
+    return QByteArray(text.data(), static_cast<int>(text.size()));
+}
+
+#endif

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: MIT
+// Looking: show, get, list.
+#include "corvelctl/context.h"
+#include "corvelctl/families.h"
+#include "corvelctl/showtext.h"
+#include "ops/assignment.h"
+
+namespace {
+
+struct ShowOptions {
+    std::string place;
+};
+
+int show(Context &context, const ShowOptions &options)
+{
+    return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) -> int {
+        if (options.place.empty()) {
+            showTable(context.out, values);
+            return Done;
+        }
+        const auto places = ops::parsePlaces(bytes(options.place), ops::channelCount(values));
+        if (!places)
+            return context.fail(places.failure());
+        for (const ops::Place &place : *places)
+            showPlace(context.out, values, place);
+        return Done;
+    });
+}
+
+void declareShow(CLI::App &command, ShowOptions &options)
+{
+    command.add_option("place", options.place,
+                       "CHANNEL[/ELEMENT[/FLOW]], server; all channels when left out");
+}
+
+struct GetOptions {
+    std::string place;
+    std::vector<std::string> words;
+};
+
+Json valueItem(const ops::Key &key, const ops::Value &value)
+{
+    Json item;
+    item["key"] = jsonText(ops::keyInWords(key.path, key.name));
+    item["path"] = jsonText(key.path);
+    item["name"] = jsonText(key.name);
+    item["type"] = value.isText ? "text" : "number";
+    item["value"] = value.isText ? jsonText(value.text) : Json(value.number);
+    if (!value.isText)
+        item["words"] = jsonText(ops::valueInWords(key.path, key.name, value));
+    return item;
+}
+
+// With one word its value alone, for scripts; with several, or none, "word=value".
+int getPlace(Context &context, const ops::Snapshot &snapshot, const ops::Place &place,
+             const GetOptions &options)
+{
+    std::vector<std::string> words = options.words;
+    if (words.empty()) {
+        for (const QByteArray &word : ops::wordsAt(place))
+            words.push_back(word.toStdString());
+    }
+    int found = 0;
+    for (const std::string &word : words) {
+        const auto keys = ops::select(place, bytes(word), ops::Foreign::Allow);
+        if (!keys)
+            return context.fail(keys.failure());
+        for (const ops::Key &key : *keys) {
+            const ops::Value *value = snapshot.find(key.path, key.name);
+            if (!value)
+                continue;
+            ++found;
+            context.out.item([&] { return valueItem(key, *value); });
+            const ops::KnownName *known = ops::knownByKey(key.path, key.name);
+            const QByteArray text = printable(ops::inWords(known ? known->kind : ops::Kind::Number, *value));
+            const bool alone = options.words.size() == 1 && keys->size() == 1;
+            context.out.line(alone ? text : (known ? known->word : key.name) + '=' + text);
+        }
+    }
+    return found > 0 || options.words.empty() ? Done : Found;
+}
+
+int get(Context &context, const GetOptions &options)
+{
+    const auto place = ops::parsePlace(bytes(options.place));
+    if (!place)
+        return context.fail(place.failure());
+    return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) {
+        return getPlace(context, values, *place, options);
+    });
+}
+
+void declareGet(CLI::App &command, GetOptions &options)
+{
+    command.add_option("place", options.place, "CHANNEL[/ELEMENT[/FLOW]], server, or a key path")->required();
+    command.add_option("words", options.words, "Fields such as rx.dst, or value names; all when left out");
+}
+
+struct ListOptions {
+    std::string path;
+    bool types = false;
+};
+
+int list(Context &context, const ListOptions &options)
+{
+    const auto store = context.open();
+    if (!store)
+        return context.fail(store.failure());
+    const auto snapshot = store->read(bytes(options.path));
+    if (!snapshot)
+        return context.fail(snapshot.failure());
+    for (const ops::Row &row : snapshot->rows()) {
+        context.out.item([&row] { return valueItem({row.path, row.name}, row.value); });
+        const QByteArray value = row.value.isText ? row.value.text : QByteArray::number(row.value.number);
+        const QByteArray type = !options.types ? "" : row.value.isText ? "text\t" : "number\t";
+        context.out.line(printable(row.path) + '\t' + printable(row.name) + '\t' + type + printable(value));
+    }
+    return Done;
+}
+
+void declareList(CLI::App &command, ListOptions &options)
+{
+    command.add_option("path", options.path, "A key path; everything when left out");
+    command.add_flag("--types", options.types, "With the type of each value");
+}
+
+} // namespace
+
+void addLookCommands(CLI::App &app, Context &context)
+{
+    addCommand<ShowOptions>(app, context, "show", "Show channels in words, or all of them as a table",
+                            "corvelctl show 2/audio/3", declareShow, show);
+    addCommand<GetOptions>(app, context, "get", "Print values; exit status 1 when there is none",
+                           "corvelctl get 2/video rx.dst", declareGet, get);
+    addCommand<ListOptions>(app, context, "list", "List everything as it is stored: path, name, value",
+                            "corvelctl list --types 'KWX\\Config'", declareList, list);
+}

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: MIT
+// Many channels at once: copy, flows, table export and import.
+#include "corvelctl/changes.h"
+#include "corvelctl/families.h"
+#include "ops/batch.h"
+#include "ops/copychannels.h"
+#include "ops/inputfile.h"
+#include "ops/table.h"
+
+namespace {
+
+QByteArrayList listOf(const std::vector<std::string> &words)
+{
+    QByteArrayList list;
+    for (const std::string &word : words)
+        list.append(bytes(word));
+    return list;
+}
+
+// Lets `fill` put the changes into a draft, and applies them.
+template<class Fill>
+int change(Context &context, const QByteArray &label, Ask ask, const Fill &fill)
+{
+    return withValues(context, [&](ops::Store &store, const ops::Snapshot &values) {
+        ops::Draft draft(values);
+        const ops::Outcome<ops::Done> filled = fill(draft);
+        return filled ? applyChanges(context, store, draft.changes(), label, ask)
+                      : context.fail(filled.failure());
+    });
+}
+
+// The channels of a text, all of them offered by the server.
+ops::Outcome<std::vector<int>> channelsOf(const std::string &text, const ops::Snapshot &snapshot)
+{
+    const auto places = ops::placesOf(bytes(text), ops::Rules(), snapshot);
+    if (!places)
+        return places.failure();
+    std::vector<int> channels;
+    for (const ops::Place &place : *places) {
+        if (place.channel < 0 || place.element)
+            return ops::wrong("channels are needed, such as 0 or 1-7");
+        channels.push_back(place.channel);
+    }
+    return channels;
+}
+
+struct CopyOptions {
+    std::string from, to;
+    std::vector<std::string> fields, steps;
+};
+
+int copy(Context &context, const CopyOptions &options)
+{
+    const QByteArray label = ops::batchLabel(QByteArrayList{"copy", bytes(options.from), bytes(options.to)} +
+                                             listOf(options.steps));
+    return change(context, label, Ask::Always, [&](ops::Draft &draft) -> ops::Outcome<ops::Done> {
+        const auto from = channelsOf(options.from, draft.base());
+        if (!from)
+            return from.failure();
+        const auto to = channelsOf(options.to, draft.base());
+        if (!to)
+            return to.failure();
+        if (from->size() != 1)
+            return ops::wrong("one channel is copied at a time");
+        return ops::copyChannels({from->front(), *to, listOf(options.fields), listOf(options.steps)}, draft);
+    });
+}
+
+void declareCopy(CLI::App &command, CopyOptions &options)
+{
+    command.add_option("from", options.from, "The channel to copy")->required();
+    command.add_option("to", options.to, "Where to: 1-7, or 1,3,5")->required();
+    command
+        .add_option("--fields", options.fields,
+                    "Only these: rx, tx, video, audio, anc, rx.dst, dst, format ...")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    command.add_option("--step", options.steps, "Added from channel to channel: dst=0.0.1.0, port=2")
+        ->allow_extra_args(false);
+}
+
+struct FlowOptions {
+    std::string channels, from, step, side = "tx";
+    int count = 8, portStep = 0;
+};
+
+int flows(Context &context, const FlowOptions &options)
+{
+    const ops::FlowOrder order{bytes(options.from), options.count,        bytes(options.step),
+                               options.portStep,    options.side != "tx", options.side != "rx"};
+    const QByteArray label =
+        ops::batchLabel({"flows", bytes(options.channels), "--from", bytes(options.from)});
+    return change(context, label, Ask::Never, [&](ops::Draft &draft) -> ops::Outcome<ops::Done> {
+        const auto channels = channelsOf(options.channels, draft.base());
+        if (!channels)
+            return channels.failure();
+        if (channels->size() != 1)
+            return ops::wrong(
+                "flows are set for one channel at a time, or all would have the same addresses");
+        return ops::setFlows(channels->front(), order, draft);
+    });
+}
+
+void declareFlows(CLI::App &command, FlowOptions &options)
+{
+    command.add_option("channel", options.channels, "The channel")->required();
+    command.add_option("--from", options.from, "Destination and port of flow 0: IP:PORT")->required();
+    command.add_option("--count", options.count, "Number of flows, 1 to 8")->check(CLI::Range(1, 8));
+    command.add_option("--step", options.step,
+                       "Added to the address from flow to flow, 0.0.0.1 when left out");
+    command.add_option("--port-step", options.portStep, "Added to the port from flow to flow");
+    command.add_option("--side", options.side, "rx, tx or both; tx when left out")
+        ->check(CLI::IsMember({"rx", "tx", "both"}));
+}
+
+struct TableOptions {
+    std::string file;
+    bool apply = false;
+    bool force = false;
+};
+
+int exportFile(Context &context, const TableOptions &options)
+{
+    return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) {
+        context.out.begin("");
+        const auto written = ops::writeOutput(bytes(options.file), ops::exportTable(values));
+        return written ? Done : context.fail(written.failure());
+    });
+}
+
+int importFile(Context &context, const TableOptions &options)
+{
+    const QByteArray file = bytes(options.file);
+    const auto text = ops::readInput(file);
+    if (!text)
+        return context.fail(text.failure());
+    const bool dry = !options.apply || context.dryRun;
+    context.dryRun = dry;
+    const QByteArray label = "table import " + file.mid(file.lastIndexOf('/') + 1);
+    const int code = change(context, label, Ask::Never, [&](ops::Draft &draft) -> ops::Outcome<ops::Done> {
+        const QByteArrayList complaints = ops::importTable(*text, options.force, draft);
+        for (const QByteArray &complaint : complaints)
+            Output::error(file + ", " + complaint);
+        if (complaints.isEmpty())
+            return ops::Done();
+        return ops::wrong(counted(static_cast<std::size_t>(complaints.size()), "error") +
+                          "; nothing was changed");
+    });
+    if (code == Done && dry)
+        context.out.note("nothing was changed; --apply does it");
+    return code;
+}
+
+void declareExport(CLI::App &command, TableOptions &options)
+{
+    command.add_option("file", options.file, "The table; - is standard input or output")->required();
+}
+
+void declareImport(CLI::App &command, TableOptions &options)
+{
+    declareExport(command, options);
+    command.add_flag("--apply", options.apply, "Change the store; without it the changes are only printed");
+    command.add_flag("--force", options.force, "Also channels beyond the server's");
+}
+
+} // namespace
+
+void addManyCommands(CLI::App &app, Context &context)
+{
+    addCommand<CopyOptions>(app, context, "copy", "Make channels what another one is, with steps",
+                            "corvelctl copy 0 1-7 --step dst=0.0.1.0 --step port=2", declareCopy, copy);
+    addCommand<FlowOptions>(app, context, "flows", "Give the audio flows of a channel addresses in a row",
+                            "corvelctl flows 0 --from 239.30.0.1:20000 --count 8", declareFlows, flows);
+    CLI::App *table = app.add_subcommand("table", "All channels as one table for spreadsheets");
+    table->require_subcommand(1);
+    addCommand<TableOptions>(*table, context, "export", "Write the table", "corvelctl table export site.csv",
+                             declareExport, exportFile);
+    addCommand<TableOptions>(*table, context, "import", "Say what a table would change, or change it",
+                             "corvelctl table import site.csv --apply", declareImport, importFile);
+}

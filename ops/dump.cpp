@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+#include "ops/dump.h"
+
+#include "ops/jsontext.h"
+
+#include <QCryptographicHash>
+#include <QSet>
+
+#include <utility>
+
+namespace ops {
+
+namespace {
+
+constexpr char kFormat[] = "corvel-dump";
+constexpr int kVersion = 1;
+
+// The length goes before the bytes, so that no two lists of values give the same stream.
+void addBytes(QCryptographicHash &hash, const QByteArray &bytes)
+{
+    hash.addData(QByteArray::number(bytes.size()) + ':');
+    hash.addData(bytes);
+}
+
+QByteArray quoted(const QByteArray &text)
+{
+    return QByteArray::fromStdString(jsonText(text).dump());
+}
+
+void writeRows(const Snapshot &values, QByteArray &text)
+{
+    const Row *last = nullptr;
+    for (const Row &row : values.rows()) {
+        if (!last || last->path != row.path) {
+            text += last ? "\n]},\n" : "\n";
+            text += "{\"path\": " + quoted(row.path) + ", \"values\": [\n";
+        } else {
+            text += ",\n";
+        }
+        last = &row;
+        const QByteArray value =
+            row.value.isText ? quoted(row.value.text) : QByteArray::number(row.value.number);
+        text += '[' + quoted(row.name) + ", " + value + ']';
+    }
+    text += last ? "\n]}" : "";
+}
+
+// Takes the keys out of the document while it is parsed, so that a large one is never in memory twice.
+class Reader {
+public:
+    Outcome<Dump> read(const QByteArray &text);
+
+private:
+    bool event(int depth, Json::parse_event_t event, Json &parsed);
+    void takeKey(const Json &key);
+    void takeRow(const QByteArray &path, const Json &row);
+    void takeConfiguration(const Json &configuration);
+    void complain(const QByteArray &what);
+    Outcome<Dump> finish(const Json &document);
+
+    Dump m_dump;
+    std::vector<Row> m_rows;
+    QSet<QByteArray> m_names;
+    QByteArray m_wrong;
+};
+
+void Reader::complain(const QByteArray &what)
+{
+    if (m_wrong.isEmpty())
+        m_wrong = what;
+}
+
+void Reader::takeRow(const QByteArray &path, const Json &row)
+{
+    const bool pair = row.is_array() && row.size() == 2;
+    const std::optional<QByteArray> name = pair ? textOfJson(row[0]) : std::nullopt;
+    if (!name || name->contains('\0'))
+        return complain("a value of " + path + " is no pair of name and value");
+    const Json &value = row[1];
+    const QByteArray shared = *m_names.insert(*name);
+    if (value.is_number_unsigned() && value.get<quint64>() <= 0xffffffffu)
+        return m_rows.push_back({path, shared, Value::ofNumber(value.get<quint32>())});
+    const std::optional<QByteArray> text = textOfJson(value);
+    if (!text)
+        return complain(path + ' ' + *name + ": neither a text nor a number from 0 to 4294967295");
+    m_rows.push_back({path, shared, Value::ofText(*text)});
+}
+
+void Reader::takeKey(const Json &key)
+{
+    const std::optional<QByteArray> path = textOfJson(key["path"]);
+    if (!path || path->contains('\0') || !key["values"].is_array())
+        return complain("a key without a path or without values");
+    for (const Json &row : key["values"])
+        takeRow(*path, row);
+}
+
+void Reader::takeConfiguration(const Json &configuration)
+{
+    const std::optional<QByteArray> name = textOfJson(configuration["name"]);
+    if (!name || !configuration["keys"].is_array() || !configuration["keys"].empty())
+        return complain("a configuration without a name or with a key that is none");
+    m_dump.push_back({*name, Snapshot::fromRows(std::exchange(m_rows, {}))});
+}
+
+// Only at the two depths where the format has them, or a value in a key could pretend to be one.
+bool Reader::event(int depth, Json::parse_event_t event, Json &parsed)
+{
+    if (event != Json::parse_event_t::object_end || !parsed.is_object())
+        return true;
+    const bool key = depth == 4 && parsed.contains("path") && parsed.contains("values");
+    const bool configuration = depth == 2 && parsed.contains("name") && parsed.contains("keys");
+    if (key)
+        takeKey(parsed);
+    if (configuration)
+        takeConfiguration(parsed);
+    return !key && !configuration;
+}
+
+Outcome<Dump> Reader::finish(const Json &document)
+{
+    if (document.is_discarded())
+        return wrong("no JSON: cut short, or damaged");
+    if (!document.is_object() || !document.contains("format") || document["format"] != kFormat)
+        return wrong("no dump of corvelctl");
+    if (!document.contains("version") || document["version"] != kVersion)
+        return wrong("a dump of another version; this program reads version " + QByteArray::number(kVersion));
+    const bool all = document.contains("configurations") && document["configurations"].is_array() &&
+                     document["configurations"].empty();
+    if (!m_wrong.isEmpty() || !all)
+        return wrong(m_wrong.isEmpty() ? QByteArray("a configuration that is none") : m_wrong);
+    if (!document.contains("sha256") || document["sha256"] != dumpChecksum(m_dump).toStdString())
+        return wrong("the checksum does not fit: the file was changed or damaged after it was written");
+    return std::move(m_dump);
+}
+
+Outcome<Dump> Reader::read(const QByteArray &text)
+{
+    const auto callback = [this](int depth, Json::parse_event_t kind, Json &parsed) {
+        return event(depth, kind, parsed);
+    };
+    return finish(Json::parse(text.begin(), text.end(), callback, false));
+}
+
+} // namespace
+
+QByteArray dumpChecksum(const Dump &dump)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    for (const Configuration &configuration : dump) {
+        addBytes(hash, configuration.name);
+        hash.addData(QByteArray::number(static_cast<qulonglong>(configuration.values.rows().size())) + ';');
+        for (const Row &row : configuration.values.rows()) {
+            addBytes(hash, row.path);
+            addBytes(hash, row.name);
+            hash.addData(row.value.isText ? "t" : "n");
+            addBytes(hash, row.value.isText ? row.value.text : QByteArray::number(row.value.number));
+        }
+    }
+    return hash.result().toHex();
+}
+
+QByteArray writeDump(const Dump &dump)
+{
+    QByteArray text = "{\"format\": \"" + QByteArray(kFormat) +
+                      "\",\n\"version\": " + QByteArray::number(kVersion) + ",\n\"sha256\": \"" +
+                      dumpChecksum(dump) + "\",\n\"configurations\": [";
+    const char *between = "\n";
+    for (const Configuration &configuration : dump) {
+        text += between + ("{\"name\": " + quoted(configuration.name)) + ", \"keys\": [";
+        writeRows(configuration.values, text);
+        text += "\n]}";
+        between = ",\n";
+    }
+    return text + "\n]}\n";
+}
+
+Outcome<Dump> readDump(const QByteArray &text)
+{
+    return Reader().read(text);
+}
+
+} // namespace ops

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+//
+// Reads what a user named. Blocks for as long as the file or the pipe behind "-" takes.
+#ifndef CORVEL_OPS_INPUTFILE_H
+#define CORVEL_OPS_INPUTFILE_H
+
+#include "ops/outcome.h"
+
+namespace ops {
+
+constexpr qint64 kLargestInput = 256 * 1024 * 1024;
+
+// The whole content of a regular file, or of standard input for "-". A directory, a FIFO, a device, something
+// unreadable and anything above kLargestInput is refused, none of them after waiting.
+Outcome<QByteArray> readInput(const QByteArray &path);
+
+// Writes a file beside its place and puts it there at the end, so that nobody sees half of it; "-" is
+// standard output.
+Outcome<Done> writeOutput(const QByteArray &path, const QByteArray &content);
+
+} // namespace ops
+
+#endif

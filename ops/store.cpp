@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+#include "ops/store.h"
+
+#include "ops/storecalls.h"
+#include "rkcfg.h"
+
+#include <QSet>
+
+#include <utility>
+
+namespace ops {
+
+namespace {
+
+// Names repeat in every channel and paths in every value: each is kept once.
+struct Filler {
+    Snapshot snapshot;
+    QSet<QByteArray> names;
+    QByteArray path;
+};
+
+int addRow(void *context, const char *path, const char *name, const char *text, uint32_t size,
+           uint32_t number)
+{
+    auto &filler = *static_cast<Filler *>(context);
+    if (filler.path != path)
+        filler.path = path;
+    const QByteArray shared = *filler.names.insert(QByteArray(name));
+    const Value value = text ? Value::ofText(QByteArray(text, size > 0 ? static_cast<int>(size) - 1 : 0))
+                             : Value::ofNumber(number);
+    filler.snapshot.set(filler.path, shared, value);
+    return 0;
+}
+
+// A write call says only whether something changed; reading back tells whether the value is there.
+bool isThere(void *handle, const Change &change)
+{
+    const char *path = change.path.constData();
+    const char *name = change.name.constData();
+    uint32_t number = 0;
+    if (!change.after->isText)
+        return rkCFGValueDword(handle, path, name, &number, 0) == 0 && number == change.after->number;
+    uint32_t size = static_cast<uint32_t>(change.after->text.size()) + 1;
+    QByteArray now(static_cast<int>(size), '\0');
+    if (rkCFGValueString(handle, path, name, now.data(), &size, 0) != 0)
+        return false;
+    return size == static_cast<uint32_t>(now.size()) && now.startsWith(change.after->text);
+}
+
+bool write(void *handle, const Change &change)
+{
+    const char *path = change.path.constData();
+    const char *name = change.name.constData();
+    if (!change.after)
+        return storeCalls().remove && storeCalls().remove(handle, path, name) != 0;
+    if (change.after->isText) {
+        QByteArray text = change.after->text;
+        auto size = static_cast<uint32_t>(text.size()) + 1;
+        return rkCFGValueString(handle, path, name, text.data(), &size, 1) != 0 || isThere(handle, change);
+    }
+    uint32_t number = change.after->number;
+    return rkCFGValueDword(handle, path, name, &number, 1) != 0 || isThere(handle, change);
+}
+
+Failure notWritten(const Change &change)
+{
+    return refused("the store did not take " + change.path + ' ' + change.name + "; nothing was changed");
+}
+
+} // namespace
+
+Store::Store() : m_handle(reinterpret_cast<void *>(static_cast<intptr_t>(-1))) {}
+
+Outcome<Store> Store::open(const QByteArray &name, bool create)
+{
+    if (!storeCalls().open)
+        return refused("this configuration library opens the default configuration only");
+    void *handle = storeCalls().open(name.constData(), create ? 1 : 0);
+    if (!handle)
+        return refused("configuration \"" + name + "\" cannot be opened");
+    return Store(handle);
+}
+
+Store::Store(Store &&other) noexcept : m_handle(std::exchange(other.m_handle, nullptr)) {}
+
+Store &Store::operator=(Store &&other) noexcept
+{
+    std::swap(m_handle, other.m_handle);
+    return *this;
+}
+
+// Closing leaves no log behind when nobody else has the store open.
+Store::~Store()
+{
+    if (m_handle)
+        rkCFGClose(m_handle, 0);
+}
+
+Outcome<Snapshot> Store::read(const QByteArray &path) const
+{
+    Filler filler;
+    const char *from = path.isEmpty() ? nullptr : path.constData();
+    if (!storeCalls().forEach || storeCalls().forEach(m_handle, from, addRow, &filler) != 0)
+        return refused("the store cannot be read");
+    return std::move(filler.snapshot);
+}
+
+Outcome<Done> Store::save()
+{
+    if (rkCFGSave(m_handle, nullptr, 0) != 0)
+        return refused("the change is stored but could not be made durable");
+    return Done();
+}
+
+Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
+{
+    const StoreCalls &calls = storeCalls();
+    if (changes.empty())
+        return Done();
+    if (calls.label && !label.isEmpty())
+        calls.label(m_handle, label.constData());
+    // A library without transactions can still take a single value safely.
+    if (!calls.begin && changes.size() == 1)
+        return write(m_handle, changes.front()) ? save() : notWritten(changes.front());
+    if (!calls.begin)
+        return refused("this configuration library cannot store several values as one; nothing was changed");
+    if (calls.begin(m_handle) != 0)
+        return refused("the store is busy or cannot be written; nothing was changed");
+    for (const Change &change : changes) {
+        if (!write(m_handle, change)) {
+            calls.end(m_handle, 0);
+            return notWritten(change);
+        }
+    }
+    if (calls.end(m_handle, 1) != 0)
+        return refused("the store did not take the change; nothing was changed");
+    return save();
+}
+
+} // namespace ops

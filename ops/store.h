@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+//
+// One configuration of the store: read as a whole, written as one transaction and one batch of the history.
+// The calls block for as long as the disk takes. Use an object from one thread at a time.
+#ifndef CORVEL_OPS_STORE_H
+#define CORVEL_OPS_STORE_H
+
+#include "ops/outcome.h"
+#include "ops/snapshot.h"
+
+namespace ops {
+
+class Store {
+public:
+    // The default configuration of the server.
+    Store();
+    // A named one, without making it anybody's default. It must exist unless `create` is set.
+    static Outcome<Store> open(const QByteArray &name, bool create = false);
+
+    Store(Store &&other) noexcept;
+    Store &operator=(Store &&other) noexcept;
+    ~Store();
+
+    // For the calls of rkcfg.h.
+    void *handle() const { return m_handle; }
+
+    // Everything there is, or one path and those below it; sees one moment.
+    Outcome<Snapshot> read(const QByteArray &path = QByteArray()) const;
+
+    // Makes the changes true: all of them durably, or none. What a change says about the value before is not
+    // looked at. The batch gets the label (UTF-8, at most 200 bytes, empty: none). An empty list does
+    // nothing.
+    Outcome<Done> apply(const Changes &changes, const QByteArray &label);
+
+    // What was written so far survives a power cut.
+    Outcome<Done> save();
+
+private:
+    explicit Store(void *handle) : m_handle(handle) {}
+
+    void *m_handle;
+};
+
+} // namespace ops
+
+#endif

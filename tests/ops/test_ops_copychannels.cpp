@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+#include "ops/copychannels.h"
+#include "ops/valuewords.h"
+#include "rows.h"
+
+class TestCopyChannels : public QObject {
+    Q_OBJECT
+
+private slots:
+    void copiesEverything();
+    void stepsAddressesAndPorts();
+    void onlyTheFieldsThatWereNamed_data();
+    void onlyTheFieldsThatWereNamed();
+    void refuses_data();
+    void refuses();
+    void addressesStayInTheirClass_data();
+    void addressesStayInTheirClass();
+    void flowsInARow();
+    void wrongFlowsAreRefused_data();
+    void wrongFlowsAreRefused();
+};
+
+namespace {
+
+ops::Snapshot source()
+{
+    ops::Snapshot values;
+    values.set(channel(0), "ReceiveDestinationIp", text("239.20.0.1"));
+    values.set(channel(0), "ReceiveDestinationPort", number(20000));
+    values.set(channel(0), "TransmitAudDestinationIp3", text("239.30.0.1"));
+    values.set(channel(0), "SignalFormat", number(5));
+    values.set(channel(0), "nmosip", text("10.0.0.1"));
+    values.set(channel(0), "SiteOwn", text("x"));
+    values.set(channel(1), "ReceiveSourceIp", text("10.0.0.9"));
+    return values;
+}
+
+} // namespace
+
+// What the source lacks goes away; the node's settings and a site's own stay where they are.
+void TestCopyChannels::copiesEverything()
+{
+    const ops::Snapshot values = source();
+    ops::Draft draft(values);
+    QVERIFY(ops::copyChannels({0, {1}, {}, {}}, draft));
+    QCOMPARE(told(draft.changes()).replace(channel(1) + ' ', ""),
+             QByteArray("ReceiveDestinationIp - > \"239.20.0.1\"|ReceiveDestinationPort - > 20000|"
+                        "ReceiveSourceIp \"10.0.0.9\" > -|SignalFormat - > 5|TransmitAudDestinationIp3 - > "
+                        "\"239.30.0.1\""));
+}
+
+void TestCopyChannels::stepsAddressesAndPorts()
+{
+    const ops::Snapshot values = source();
+    ops::Draft draft(values);
+    QVERIFY(ops::copyChannels({0, {1, 5, 2}, {}, {"dst=0.0.1.0", "port=2"}}, draft));
+    QCOMPARE(*draft.find(channel(1), "ReceiveDestinationIp"), text("239.20.1.1"));
+    QCOMPARE(*draft.find(channel(5), "ReceiveDestinationIp"), text("239.20.2.1"));
+    QCOMPARE(*draft.find(channel(2), "ReceiveDestinationIp"), text("239.20.3.1"));
+    QCOMPARE(*draft.find(channel(2), "TransmitAudDestinationIp3"), text("239.30.3.1"));
+    QCOMPARE(draft.number(channel(2), "ReceiveDestinationPort"), 20006u);
+}
+
+void TestCopyChannels::onlyTheFieldsThatWereNamed_data()
+{
+    QTest::addColumn<QByteArray>("field");
+    QTest::addColumn<int>("changes");
+    QTest::newRow("rx") << QByteArray("rx") << 3;
+    QTest::newRow("tx") << QByteArray("tx") << 1;
+    QTest::newRow("dst") << QByteArray("dst") << 2;
+    QTest::newRow("rx.dst") << QByteArray("rx.dst") << 1;
+    QTest::newRow("video") << QByteArray("video") << 3;
+    QTest::newRow("audio") << QByteArray("audio") << 1;
+    QTest::newRow("anc") << QByteArray("anc") << 0;
+    QTest::newRow("format") << QByteArray("format") << 1;
+    QTest::newRow("port") << QByteArray("port") << 1;
+}
+
+void TestCopyChannels::onlyTheFieldsThatWereNamed()
+{
+    QFETCH(QByteArray, field);
+    QFETCH(int, changes);
+    const ops::Snapshot values = source();
+    ops::Draft draft(values);
+    QVERIFY(ops::copyChannels({0, {1}, {field}, {}}, draft));
+    QCOMPARE(int(draft.changes().size()), changes);
+}
+
+void TestCopyChannels::refuses_data()
+{
+    QTest::addColumn<QByteArray>("field");
+    QTest::addColumn<QByteArray>("step");
+    QTest::addColumn<QByteArray>("says");
+    const auto row = [](const char *field, const char *step, const char *says) {
+        QTest::newRow(says) << QByteArray(field) << QByteArray(step) << QByteArray(says);
+    };
+    row("rx.dts", "", "did you mean rx.dst?");
+    row("", "dts=1", "did you mean dst?");
+    row("", "dst", "is no step");
+    row("", "dst=x", "is no step");
+    row("", "=5", "is no step");
+    row("", "dst=99999999999999", "is no step");
+    row("", "format=1", "no field");
+    row("", "dst=1.0.0.0", "1/video rx.dst: 239.20.0.1 and 1 step leave the class");
+    row("", "dst=-268435456", "leave the class");
+    row("", "port=50000", "1/video rx.dst-port: port 70000 is none");
+    row("", "port=-20000", "port 0 is none");
+}
+
+void TestCopyChannels::refuses()
+{
+    QFETCH(QByteArray, field);
+    QFETCH(QByteArray, step);
+    QFETCH(QByteArray, says);
+    const ops::Snapshot values = source();
+    ops::Draft draft(values);
+    const QByteArrayList fields = field.isEmpty() ? QByteArrayList() : QByteArrayList{field};
+    const QByteArrayList steps = step.isEmpty() ? QByteArrayList() : QByteArrayList{step};
+    const auto done = ops::copyChannels({0, {1}, fields, steps}, draft);
+    QVERIFY(!done);
+    QVERIFY2(done.failure().text.contains(says), done.failure().text.constData());
+    QVERIFY(!ops::copyChannels({0, {0}, {}, {}}, draft));
+}
+
+void TestCopyChannels::addressesStayInTheirClass_data()
+{
+    QTest::addColumn<QByteArray>("from");
+    QTest::addColumn<qint64>("step");
+    QTest::addColumn<bool>("stays");
+    QTest::newRow("multicast") << QByteArray("239.0.0.1") << qint64(256) << true;
+    QTest::newRow("last multicast") << QByteArray("239.255.255.254") << qint64(1) << true;
+    QTest::newRow("beyond multicast") << QByteArray("239.255.255.255") << qint64(1) << false;
+    QTest::newRow("below multicast") << QByteArray("224.0.0.0") << qint64(-1) << false;
+    QTest::newRow("private") << QByteArray("10.0.0.255") << qint64(1) << true;
+    QTest::newRow("beyond class A") << QByteArray("127.255.255.255") << qint64(1) << false;
+    QTest::newRow("beyond class B") << QByteArray("191.255.255.255") << qint64(1) << false;
+    QTest::newRow("below zero") << QByteArray("0.0.0.0") << qint64(-1) << false;
+    QTest::newRow("beyond all") << QByteArray("255.255.255.255") << qint64(1) << false;
+}
+
+void TestCopyChannels::addressesStayInTheirClass()
+{
+    QFETCH(QByteArray, from);
+    QFETCH(qint64, step);
+    QFETCH(bool, stays);
+    QCOMPARE(bool(ops::steppedAddress(*ops::addressBits(from), step, 1)), stays);
+}
+
+void TestCopyChannels::flowsInARow()
+{
+    const ops::Snapshot nothing;
+    ops::Draft draft(nothing);
+    QVERIFY(ops::setFlows(2, {"239.30.0.1:20000", 3, "0.0.1.0", 10, false, true}, draft));
+    QCOMPARE(*draft.find(channel(2), "TransmitAudDestinationIp2"), text("239.30.2.1"));
+    QCOMPARE(draft.number(channel(2), "TransmitAudRemotePort2"), 20020u);
+    QCOMPARE(draft.number(channel(2), "TransmitAudFlags0"), 10u);
+    QCOMPARE(draft.number(channel(2), "ReceiveAudTotalChannels"), 6u);
+    QVERIFY(!draft.find(channel(2), "ReceiveAudDestinationIp0"));
+    QVERIFY(!draft.find(channel(2), "TransmitAudDestinationIp3"));
+}
+
+void TestCopyChannels::wrongFlowsAreRefused_data()
+{
+    QTest::addColumn<QByteArray>("from");
+    QTest::addColumn<QByteArray>("step");
+    QTest::addColumn<int>("portStep");
+    QTest::newRow("no port") << QByteArray("239.30.0.1") << QByteArray() << 0;
+    QTest::newRow("port 0") << QByteArray("239.30.0.1:0") << QByteArray() << 0;
+    QTest::newRow("no address") << QByteArray(":20000") << QByteArray() << 0;
+    QTest::newRow("three parts") << QByteArray("239.30.0.1:1:2") << QByteArray() << 0;
+    QTest::newRow("no step") << QByteArray("239.30.0.1:20000") << QByteArray("1") << 0;
+    QTest::newRow("leaves multicast") << QByteArray("239.255.255.255:20000") << QByteArray() << 0;
+    QTest::newRow("leaves the ports") << QByteArray("239.30.0.1:65535") << QByteArray() << 1;
+}
+
+void TestCopyChannels::wrongFlowsAreRefused()
+{
+    QFETCH(QByteArray, from);
+    QFETCH(QByteArray, step);
+    QFETCH(int, portStep);
+    const ops::Snapshot nothing;
+    ops::Draft draft(nothing);
+    QVERIFY(!ops::setFlows(0, {from, 8, step, portStep, false, true}, draft));
+}
+
+QTEST_APPLESS_MAIN(TestCopyChannels)
+#include "test_ops_copychannels.moc"

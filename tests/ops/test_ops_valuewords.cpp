@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+#include "channel/videoformats.h"
+#include "ops/valuewords.h"
+#include "rows.h"
+
+#include <set>
+
+using ops::Kind;
+
+class TestValueWords : public QObject {
+    Q_OBJECT
+
+private slots:
+    void areRead_data();
+    void areRead();
+    void wrongOnesAreRefused_data();
+    void wrongOnesAreRefused();
+    void everyWordComesBack_data();
+    void everyWordComesBack();
+    void everyFormatHasAShortName();
+    void unknownBitsOfUseAreKept();
+    void unknownNumbersAreShownAsTheyAre();
+    void addressBits();
+};
+
+void TestValueWords::areRead_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QByteArray>("words");
+    QTest::addColumn<QByteArray>("value");
+    const auto row = [](const char *name, Kind kind, const char *words, const char *value) {
+        QTest::newRow(name) << int(kind) << QByteArray(words) << QByteArray(value);
+    };
+    row("address", Kind::Address, "239.20.2.1", "\"239.20.2.1\"");
+    row("empty address", Kind::Address, "", "\"\"");
+    row("port", Kind::Port, "20000", "20000");
+    row("highest port", Kind::Port, "65535", "65535");
+    row("hexadecimal", Kind::Port, "0x10", "16");
+    row("use", Kind::Use, "dst,dst-port", "10");
+    row("use in other words", Kind::Use, "dst,port", "10");
+    row("use with blanks", Kind::Use, "src, if", "20");
+    row("use all", Kind::Use, "all", "31");
+    row("use none", Kind::Use, "none", "0");
+    row("use a number", Kind::Use, "0x3f", "63");
+    row("format of the dialog", Kind::Format, "1080P 50fps (1920)", "595636786");
+    row("format in short", Kind::Format, "1080p50", "595636786");
+    row("format with width", Kind::Format, "3840x2160p59.94", "641790011");
+    row("interlaced", Kind::Format, "1080i59.94", "327201309");
+    row("format as number", Kind::Format, "0x2380b232", "595636786");
+    row("clock", Kind::Clock, "sw-ptp", "65536");
+    row("clock of a site", Kind::Clock, "7", "7");
+    row("type", Kind::Type, "smpte-2110", "1");
+    row("domain", Kind::Domain, "127", "127");
+    row("identity", Kind::GrandMaster, "00-1D-C1-FF-FE-12-34-56", "\"00-1D-C1-FF-FE-12-34-56\"");
+    row("mac", Kind::GrandMaster, "00:1d:c1:12:34:56", "\"00:1d:c1:12:34:56\"");
+    row("any master", Kind::GrandMaster, "", "\"\"");
+    row("switch", Kind::Switch, "ON", "1");
+    row("flow mode", Kind::FlowMode, "single", "0");
+    row("packet time", Kind::PacketTime, "125", "125");
+    row("text", Kind::Text, "anything at all", "\"anything at all\"");
+}
+
+void TestValueWords::areRead()
+{
+    QFETCH(int, kind);
+    QFETCH(QByteArray, words);
+    QFETCH(QByteArray, value);
+    const auto read = ops::fromWords(Kind(kind), words);
+    QVERIFY(read);
+    QCOMPARE(told(*read), value);
+}
+
+void TestValueWords::wrongOnesAreRefused_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QByteArray>("words");
+    const auto row = [](Kind kind, const char *words) {
+        QTest::addRow("%d %s", int(kind), words) << int(kind) << QByteArray(words);
+    };
+    for (const char *words : {"239.20.2", "239.20.2.256", "239.20.2.1.1", "a.b.c.d", " 239.1.1.1",
+                              "239.1.1.1 ", "::1", "239.01.1.1x"})
+        row(Kind::Address, words);
+    for (const char *words :
+         {"", "65536", "-1", "20000x", "2e4", "0x", "4294967296", "99999999999999999999", " 5"})
+        row(Kind::Port, words);
+    for (const char *words : {"", "dst,", "dts", "src;dst"})
+        row(Kind::Use, words);
+    for (const char *words : {"1080p51", "", "p50"})
+        row(Kind::Format, words);
+    for (const char *words : {"128", "-1", ""})
+        row(Kind::Domain, words);
+    for (const char *words : {"00-1D", "00-1D-C1-FF-FE-12-34-5", "zz", "00 1D C1 12 34 56"})
+        row(Kind::GrandMaster, words);
+    for (const char *words : {"0", "4001", "fast"})
+        row(Kind::PacketTime, words);
+    row(Kind::Switch, "2");
+    row(Kind::ChannelCount, "65537");
+    QTest::newRow("zero byte in a text") << int(Kind::Text) << QByteArray("a\0b", 3);
+    QTest::newRow("zero byte in an address") << int(Kind::Address) << QByteArray("1.2.3.4\0", 8);
+}
+
+void TestValueWords::wrongOnesAreRefused()
+{
+    QFETCH(int, kind);
+    QFETCH(QByteArray, words);
+    const auto read = ops::fromWords(Kind(kind), words);
+    QVERIFY(!read);
+    QVERIFY(!read.failure().text.isEmpty());
+}
+
+void TestValueWords::everyWordComesBack_data()
+{
+    QTest::addColumn<int>("kind");
+    for (const Kind kind :
+         {Kind::Type, Kind::Clock, Kind::FlowMode, Kind::Switch, Kind::Format, Kind::Use, Kind::PacketTime})
+        QTest::addRow("%d", int(kind)) << int(kind);
+}
+
+void TestValueWords::everyWordComesBack()
+{
+    QFETCH(int, kind);
+    QVERIFY(!ops::wordsOf(Kind(kind)).isEmpty());
+    for (const QByteArray &word : ops::wordsOf(Kind(kind))) {
+        const auto value = ops::fromWords(Kind(kind), word);
+        QVERIFY(value);
+        const auto again = ops::fromWords(Kind(kind), ops::inWords(Kind(kind), *value));
+        QVERIFY(again);
+        QCOMPARE(*again, *value);
+    }
+}
+
+void TestValueWords::everyFormatHasAShortName()
+{
+    const QByteArrayList names = ops::wordsOf(Kind::Format);
+    QCOMPARE(names.size(), int(videoFormats().size()));
+    QCOMPARE(std::set<QByteArray>(names.begin(), names.end()).size(), videoFormats().size());
+    int at = 0;
+    for (const VideoFormat &format : videoFormats())
+        QCOMPARE(ops::fromWords(Kind::Format, names[at++])->number, format.id);
+}
+
+void TestValueWords::unknownBitsOfUseAreKept()
+{
+    QCOMPARE(ops::inWords(Kind::Use, number(0x28)), QByteArray("dst,0x20"));
+    QCOMPARE(*ops::fromWords(Kind::Use, "dst,0x20"), number(0x28));
+}
+
+void TestValueWords::unknownNumbersAreShownAsTheyAre()
+{
+    QCOMPARE(ops::inWords(Kind::Clock, number(7)), QByteArray("7"));
+    QCOMPARE(ops::inWords(Kind::Format, number(5)), QByteArray("5"));
+    QCOMPARE(ops::inWords(Kind::Port, text("abc")), QByteArray("abc"));
+}
+
+void TestValueWords::addressBits()
+{
+    QCOMPARE(*ops::addressBits("239.20.2.1"), 0xef140201u);
+    QCOMPARE(ops::addressText(0xef140201u), QByteArray("239.20.2.1"));
+    QCOMPARE(ops::addressText(0), QByteArray("0.0.0.0"));
+}
+
+QTEST_APPLESS_MAIN(TestValueWords)
+#include "test_ops_valuewords.moc"
