@@ -74,6 +74,7 @@ void QCorvel::init(bool standAlone)
     popCombos();
     loadData();
     d->listConnections();
+    d->connectHistory();
     connectSignals();
 
     m_pComboReceive->setEnabled(false);

@@ -95,6 +95,7 @@ struct QCorvelPrivate {
     void saveSettings(const QString &path);
     void saveDescriptions(const QString &path);
     void saveElementDescriptions(const QString &path, int channel);
+    void connectHistory();
     void loadNmosSwitches();
     void lockInterfaces();
     bool isLocked(const NetworkField &field) const;
