@@ -31,6 +31,14 @@ int lockFolder(const QByteArray &folder)
     return -1;
 }
 
+bool isFreeOrOurs(const QByteArray &path)
+{
+    struct stat info {};
+    if (lstat(path.constData(), &info) != 0)
+        return errno == ENOENT;
+    return S_ISREG(info.st_mode) && info.st_nlink == 1 && info.st_uid == geteuid();
+}
+
 void removeFolder(const QByteArray &folder, const QByteArray &fileName)
 {
     unlink((folder + '/' + fileName).constData());
@@ -101,5 +109,6 @@ QByteArray OwnFolder::file(const QByteArray &parent)
         for (int again = 0; m_lock < 0 && again < kMostNames; ++again)
             take(again == 0 ? folder : folder + '-' + QByteArray::number(again));
     }
-    return m_lock < 0 ? QByteArray() : m_folder + '/' + m_fileName;
+    const QByteArray path = m_folder + '/' + m_fileName;
+    return m_lock >= 0 && isFreeOrOurs(path) ? path : QByteArray();
 }

@@ -18,7 +18,9 @@ public:
     OwnFolder &operator=(const OwnFolder &) = delete;
 
     // The path of the file in this process's folder below `parent`, which ends in "/". Makes the folder when
-    // it is not there and clears up what dead processes left; empty when there is no such folder to be had.
+    // it is not there and clears up what dead processes left. Empty when there is no such folder to be had,
+    // or when something stands there that is no plain file of ours: a link, a pipe, a file with a second
+    // name.
     QByteArray file(const QByteArray &parent);
 
 private:

@@ -56,7 +56,7 @@ void TestFileProgress::init()
     m = std::make_unique<FileFixture>();
     m_shown = 0;
     QByteArray text = "[HalvectIpConfig]\n";
-    for (int channel = 0; channel < 10; ++channel) {
+    for (int channel = 0; channel < 10; ++channel) { // ten sections, a long breath in each
         text += "[channel" + QByteArray::number(channel) + "]\n";
         for (int value = 0; value < 100; ++value)
             text += "TransmitAudIp" + QByteArray::number(value % 8) + "=10.0." + QByteArray::number(channel) +
@@ -78,7 +78,7 @@ void TestFileProgress::whenShown(const std::function<void(QProgressDialog *)> &a
     m_timer = std::make_unique<QTimer>();
     connect(m_timer.get(), &QTimer::timeout, this, [this, act] {
         auto *box = qobject_cast<QProgressDialog *>(QApplication::activeModalWidget());
-        if (!box || m_shown++ > 0)
+        if (!box || !box->isActiveWindow() || m_shown++ > 0)
             return;
         act(box);
     });

@@ -234,6 +234,7 @@ void TestHistory::theMenuIsInTheEmptyAreaOnly()
 
 void TestHistory::theListShowsAndTakesBack()
 {
+    typeText(m->dialog->m_pEditSndSrcPort, QStringLiteral("7000")); // stores all that is shown
     typeText(m->dialog->m_pEditRecDstPort, QStringLiteral("5004"));
     typeText(m->dialog->m_pEditRecSrcPort, QStringLiteral("6000"));
     QDialog *list = openList();
