@@ -77,6 +77,7 @@ void QCorvel::init(bool standAlone)
     popCombos();
     loadData();
     d->listConnections();
+    d->connectHistory();
     connectSignals();
     d->watchMarks();
     d->watchEscape();

@@ -4,6 +4,30 @@
 #include "channel/channelstore.h"
 #include "channel/elementvalues.h"
 
+#include <QSet>
+
+#include <algorithm>
+
+namespace {
+
+// A description of a megabyte may name one value fifty thousand times. What is stored in the end is the same:
+// one name has one lock and one box.
+QVector<SdpStore> lastOfEachName(const QList<SdpStore> &values)
+{
+    QSet<QByteArray> seen;
+    QVector<SdpStore> last;
+    for (auto value = values.crbegin(); value != values.crend(); ++value) {
+        if (seen.contains(value->valueName))
+            continue;
+        seen.insert(value->valueName);
+        last.append(*value);
+    }
+    std::reverse(last.begin(), last.end());
+    return last;
+}
+
+} // namespace
+
 void storeSettingsValue(const SettingsValue &value)
 {
     if (value.global)
@@ -15,24 +39,30 @@ void storeSettingsValue(const SettingsValue &value)
 SettingsLoadResult loadSettingsFile(const FileLines &lines, const SettingsLoad &load)
 {
     SettingsReader reader;
+    SettingsLoadResult result;
     SettingsValue value;
+    QSet<int> channels;
     QByteArray line;
-    int values = 0;
     int channel = -1;
-    while (lines(line)) {
-        const SettingsReader::Result result = reader.feed(line, &value);
-        if (result == SettingsReader::Result::Stop)
-            return {SettingsLoadEnd::SectionBelowTheFirst, values};
-        if (result == SettingsReader::Result::Ignored)
+    while (result.end == SettingsLoadEnd::EndOfFile && lines(line)) {
+        const SettingsReader::Result kind = reader.feed(line, &value);
+        if (kind == SettingsReader::Result::Stop)
+            result.end = SettingsLoadEnd::SectionBelowTheFirst;
+        if (kind != SettingsReader::Result::Value)
             continue;
         const bool isNew = value.channel != channel;
         channel = value.channel;
-        if (isNew && load.betweenSections && !load.betweenSections(channel))
-            return {SettingsLoadEnd::Stopped, values};
+        if (isNew && load.betweenSections && !load.betweenSections(channel)) {
+            result.end = SettingsLoadEnd::Stopped;
+            continue;
+        }
         load.store(value);
-        ++values;
+        channels.insert(channel);
+        ++result.values;
     }
-    return {SettingsLoadEnd::EndOfFile, values};
+    result.channels = channels.size();
+    result.leftOut = reader.leftOut();
+    return result;
 }
 
 bool tickedField(SdpTick tick, Field *field)
@@ -53,21 +83,24 @@ bool tickedField(SdpTick tick, Field *field)
     Q_UNREACHABLE();
 }
 
-quint32 storeSessionDescription(const QList<SdpStore> &values, const LockBook &book, int channel)
+DescriptionLoad storeSessionDescription(const QList<SdpStore> &values, const LockBook &book, int channel)
 {
-    quint32 ticked = 0;
+    DescriptionLoad load;
     Field field = Field::Flags;
-    for (const SdpStore &value : values) {
-        if (isLocked(book, lockName(value.lockName, channel)))
+    for (const SdpStore &value : lastOfEachName(values)) {
+        if (isLocked(book, lockName(value.lockName, channel))) {
+            ++load.locked;
             continue;
+        }
         setCfgValue(value.valueName.constData(), value.text, value.isString, channel);
+        ++load.stored;
         if (tickedField(value.box, &field))
-            ticked |= flagBit(field);
+            load.ticked |= flagBit(field);
     }
-    if (ticked) {
+    if (load.ticked) {
         const quint32 flags = toDword(elementValue(Element::Video, Side::Receive, Field::Flags, channel));
-        setElementValue(Element::Video, Side::Receive, Field::Flags, QString::number(flags | ticked),
+        setElementValue(Element::Video, Side::Receive, Field::Flags, QString::number(flags | load.ticked),
                         channel);
     }
-    return ticked;
+    return load;
 }

@@ -35,17 +35,26 @@ struct SettingsLoad {
 };
 
 struct SettingsLoadResult {
-    SettingsLoadEnd end;
-    int values; // how many were handed to store
+    SettingsLoadEnd end = SettingsLoadEnd::EndOfFile;
+    int values = 0;          // how many were handed to store
+    int channels = 0;        // how many different ones they belong to
+    SettingsLeftOut leftOut; // what was not handed over
 };
 
 // Takes the lines behind the signature line and stores value by value, without regard to locks.
 SettingsLoadResult loadSettingsFile(const FileLines &lines, const SettingsLoad &load = {});
 
+// What became of the values of a session description.
+struct DescriptionLoad {
+    quint32 ticked = 0; // receive flags, as FlagBit has them
+    int stored = 0;     // values written, each name once
+    int locked = 0;     // values left out because their lock is set, each name once
+};
+
 // Stores what a session description holds for the channel, but for the values whose lock in the book is set.
-// When a stored value ticks a "use" box, the bits are added to the channel's receive flags, last. Returns
-// the bits ticked.
-quint32 storeSessionDescription(const QList<SdpStore> &values, const LockBook &book, int channel);
+// Of several values for one name only the last is written, at its place. When a stored value ticks a "use"
+// box, the bits are added to the channel's receive flags, last.
+DescriptionLoad storeSessionDescription(const QList<SdpStore> &values, const LockBook &book, int channel);
 
 // The field whose receive box a tick means; None has none.
 bool tickedField(SdpTick tick, Field *field);

@@ -335,6 +335,15 @@ SettingsReader::Result SettingsReader::section(const QByteArray &line)
     return m_stopped ? Result::Stop : Result::Ignored;
 }
 
+// The key in hand is none that is stored. The interfaces are told apart by the end of their names.
+void SettingsReader::leaveOut()
+{
+    constexpr string_view interface = "interface";
+    const bool ends = m_key.size() >= interface.size() &&
+                      m_key.compare(m_key.size() - interface.size(), interface.size(), interface) == 0;
+    ++(ends ? m_leftOut.interfaces : m_leftOut.unknown);
+}
+
 SettingsReader::Result SettingsReader::feed(const QByteArray &line, SettingsValue *out)
 {
     if (m_stopped)
@@ -345,16 +354,20 @@ SettingsReader::Result SettingsReader::feed(const QByteArray &line, SettingsValu
     const size_t equals = text.find('=');
     if (equals == string_view::npos)
         return section(QByteArray(text.data(), int(text.size())));
-    if (m_current < 0)
+    if (m_current < 0) {
+        ++m_leftOut.beforeSections;
         return Result::Ignored;
+    }
 
     const string_view key = text.substr(0, equals);
     lowerInto(m_key, key);
     const auto &keys = accepted();
     const auto row = std::find_if(keys.begin(), keys.end(),
                                   [this](const AcceptedKey &candidate) { return candidate.matches(m_key); });
-    if (row == keys.end())
+    if (row == keys.end()) {
+        leaveOut();
         return Result::Ignored;
+    }
 
     // A second "=" and what follows it are dropped: deliberate.
     const string_view value = text.substr(equals + 1, text.find('=', equals + 1) - equals - 1);

@@ -50,6 +50,14 @@ struct SettingsValue {
     bool global = false;   // belongs to the machine instead of the channel: convert with globalSettingsNumber
 };
 
+// Lines with a key and a value that were passed over, by the reason.
+struct SettingsLeftOut {
+    int interfaces = 0;     // they belong to the machine that the file came from
+    int unknown = 0;        // a key that is not accepted
+    int beforeSections = 0; // no channel's: they stand before the first section
+    int all() const { return interfaces + unknown + beforeSections; }
+};
+
 // Takes the lines behind the signature line one by one.
 class SettingsReader {
 public:
@@ -63,12 +71,16 @@ public:
     // is touched only when the result is Value. After a Stop every further line is a Stop.
     Result feed(const QByteArray &line, SettingsValue *out);
 
+    const SettingsLeftOut &leftOut() const { return m_leftOut; }
+
 private:
     Result section(const QByteArray &line);
+    void leaveOut();
 
     int m_first = -1;
     int m_current = -1;
     bool m_stopped = false;
+    SettingsLeftOut m_leftOut;
     std::string m_key; // in lower case; a member only to keep its memory
 };
 

@@ -11,12 +11,13 @@
 #include <QVBoxLayout>
 
 // On the heap: a host may delete the dialog, and the question with it, while it is open.
-bool QCorvelPrivate::askForNmos()
+// It is made whether it is asked or not, see docs/deliberate.md.
+bool QCorvelPrivate::askForNmos(bool ask)
 {
     const QPointer<QDialog> question(new QDialog(q));
     fillNmosQuestion(question);
     const Survivors::Loop loop(survivors);
-    const bool accepted = question->exec() == QDialog::Accepted;
+    const bool accepted = ask && question->exec() == QDialog::Accepted;
     delete question;
     return accepted;
 }

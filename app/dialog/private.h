@@ -11,6 +11,7 @@
 #include "app/view/notices.h"
 #include "app/view/signalwiring.h"
 #include "app/view/survivors.h"
+#include "files/fileload.h"
 
 #include <QFont>
 
@@ -52,7 +53,7 @@ struct QCorvelPrivate {
     void createCommands();
     void createErrorDialog();
     void createNmosDialog();
-    bool askForNmos(); // true: NMOS may take over. The dialog may be gone afterwards
+    bool askForNmos(bool ask); // true: NMOS may take over. The dialog may be gone afterwards
     void fillNmosQuestion(QDialog *question);
     void takeView(); // after all controls are made
     void fillTypes();
@@ -92,7 +93,14 @@ struct QCorvelPrivate {
     void enableFlowSelectors();
 
     // ---- slots: what one subject offers to the others
-    void write(const std::function<void()> &values); // every write that the user causes: values, one commit
+    // Every write that the user causes: values, one commit. While values runs, a host may delete the dialog.
+    void write(const std::function<void()> &values);
+    void loadFile(const QString &path);
+    DescriptionLoad storeDescription(const QList<SdpStore> &values);
+    void saveSettings(const QString &path);
+    void saveDescriptions(const QString &path);
+    void saveElementDescriptions(const QString &path, int channel);
+    void connectHistory();
     void loadNmosSwitches();
     void lockInterfaces();
     bool isLocked(const NetworkField &field) const;
@@ -126,6 +134,8 @@ struct QCorvelPrivate {
     ClockStateLines clockLines;
     std::shared_ptr<Survivors> survivors = std::make_shared<Survivors>();
     std::vector<std::unique_ptr<QObject>> watches; // event filters; gone before the controls are
+    bool fileWorkRuns = false; // a file is being loaded or saved, and its event loop may run
+    std::vector<std::function<void()>> afterFileWork;
 };
 
 #endif

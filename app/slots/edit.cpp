@@ -8,6 +8,7 @@
 #include "app/view/enginerecords.h"
 #include "channel/channelstore.h"
 #include "channel/elementvalues.h"
+#include "channel/storecalls.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
 
@@ -137,6 +138,7 @@ void QCorvel::onTypeSettingChanged(int index)
     m_pClockDomainLbl->setVisible(showDomain);
     m_pEditClockDomain->setVisible(showDomain);
     d->applyFixedSize();
+    labelNextBatch(tr("type of channel %1").arg(d->channel()));
     d->write([this] {
         setCfgValue(ChannelValue::VideoType, QString::number(comboData(m_pComboType)), false, d->channel());
     });

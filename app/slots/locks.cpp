@@ -6,6 +6,7 @@
 #include "channel/channelstore.h"
 #include "channel/elementvalues.h"
 #include "channel/lockbook.h"
+#include "channel/storecalls.h"
 
 #include <QCheckBox>
 
@@ -86,6 +87,8 @@ void QCorvel::updateLockedItems(QObject *sender)
     const QVector<NetworkField> fields = fieldsToCopy(d.get(), lockedCopyOrder(), sender);
     if (fields.isEmpty())
         return;
+    if (sender == m_pCheckLockGroup)
+        labelNextBatch(tr("lock all of channel %1").arg(d->channel()));
     d->write([&] {
         for (const NetworkField &field : fields)
             copyToAllElements(field.side, field.field, field.value(), d->channel());

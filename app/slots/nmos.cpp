@@ -6,6 +6,8 @@
 #include "app/nmosthread.h"
 #include "app/view/localinterface.h"
 #include "channel/channelstore.h"
+#include "channel/storecalls.h"
+#include "files/ownfolder.h"
 #include "rkcfg.h"
 #include "rkos.h"
 #include "theme/lineaddress.h"
@@ -29,17 +31,21 @@ constexpr int kNotifyDelayMs = 100;
 constexpr int kEventNameBytes = 256;
 constexpr int kTempPathBytes = 256;
 constexpr char kTempFile[] = "ipcfg_nmos_temp.sdp";
+constexpr char kTempFolder[] = "sdp-"; // the process number follows
+constexpr int kMostBytes = 1 << 20;    // of a description
 constexpr char kEventName[] = "HalvectNMOSConfigChange_%d_%cx_{8ba14a78-0bb2-b00b-5f55-bfe29a74a8d8}";
 constexpr quint32 kReadWrite = RKOS_GENERIC_READ | RKOS_GENERIC_WRITE;
 
 using HeapBlock = std::unique_ptr<void, void (*)(void *)>;
 
-// Where a description waits to be read; empty when this machine has no place for it.
+// Where a description waits to be read, apart from other processes of this user; empty when this machine has
+// no place for it. The folder goes when the process ends.
 QByteArray descriptionPath()
 {
+    static OwnFolder own(kTempFolder, kTempFile);
     char folder[kTempPathBytes] = {};
     rkOSGetTempPath(folder, sizeof folder);
-    return folder[0] ? QByteArray(folder) + kTempFile : QByteArray();
+    return folder[0] ? own.file(folder) : QByteArray();
 }
 
 // Writes the description to the file, all of it or not at all. False when it could not.
@@ -80,13 +86,14 @@ void QCorvel::onShowNmosCfg()
 // All node settings belong to channel 0. A node address this machine does not have is left out.
 void QCorvel::onSetNmosCfg()
 {
-    setCfgValue(FirstChannelValue::NmosDomain, m_pEditNmosDmn->text(), true, 0);
-    const QString node = m_pLineNmosIp->address();
-    if (isLocalInterface(node))
-        setCfgValue(FirstChannelValue::NmosIp, node, true, 0);
-    setCfgValue(FirstChannelValue::NmosServerIp, m_pLineNmosSrv->address(), true, 0);
-    setCfgValue(FirstChannelValue::NmosServerPort, m_pEditNmosPort->text(), true, 0);
-    commitStore();
+    d->write([this] {
+        setCfgValue(FirstChannelValue::NmosDomain, m_pEditNmosDmn->text(), true, 0);
+        const QString node = m_pLineNmosIp->address();
+        if (isLocalInterface(node))
+            setCfgValue(FirstChannelValue::NmosIp, node, true, 0);
+        setCfgValue(FirstChannelValue::NmosServerIp, m_pLineNmosSrv->address(), true, 0);
+        setCfgValue(FirstChannelValue::NmosServerPort, m_pEditNmosPort->text(), true, 0);
+    });
     restartNmos();
     m_pNmosCfg->close();
 }
@@ -120,8 +127,10 @@ void QCorvelPrivate::loadNmosSwitches()
 void QCorvel::overrideNmos(bool checked)
 {
     loadData();
-    setCfgValue(MachineValue::NmosOverride, checked ? QStringLiteral("1") : QStringLiteral("0"), false, 0);
-    commitStore();
+    d->write([&] {
+        setCfgValue(MachineValue::NmosOverride, checked ? QStringLiteral("1") : QStringLiteral("0"), false,
+                    0);
+    });
     m_pSwapLayout->setCurrentIndex(checked ? 0 : 1);
     if (!checked)
         restartNmos();
@@ -132,20 +141,17 @@ void QCorvel::overrideNmos(bool checked)
 // stays disabled until the box is next changed.
 void QCorvel::onBoardSettingChanged(bool value)
 {
-    setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0);
-    commitStore();
-    if (value) {
+    d->write([value] { setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0); });
+    const QPointer<QCorvel> self(this); // a host may delete the dialog while it asks
+    const bool accepted = d->askForNmos(!value);
+    if (!self)
+        return;
+    if (value)
         overrideNmos(true);
-    } else {
-        const QPointer<QCorvel> self(this); // a host may delete the dialog while it asks
-        const bool accepted = d->askForNmos();
-        if (!self)
-            return;
-        if (accepted)
-            overrideNmos(false);
-        else
-            m_pNmosOverride->setChecked(true);
-    }
+    else if (accepted)
+        overrideNmos(false);
+    else
+        m_pNmosOverride->setChecked(true);
     m_pCmdLoad->setEnabled(value);
 }
 
@@ -160,14 +166,51 @@ void QCorvel::toggleNmosLog(bool on)
 
 // -------------------------------------------------------------------------------------- pushed descriptions
 
+namespace {
+
+// A length beyond the block's end would read what is none of the sender's.
+bool isDescription(void *sdp, int size)
+{
+    return sdp && size >= 0 && size <= kMostBytes && static_cast<size_t>(size) <= malloc_usable_size(sdp);
+}
+
+// Writes the description to its file and reads it from there, as one step of the history.
+void applyDescription(QCorvel *q, HeapBlock block, int size, int channel)
+{
+    const QByteArray path = descriptionPath();
+    const bool written = !path.isEmpty() && writeDescription(path.constData(), block.get(), size);
+    block.reset();
+    if (!written) {
+        ErrOut("session description for channel %d: %s cannot be written", channel,
+               path.isEmpty() ? kTempFile : path.constData());
+        return;
+    }
+    const quint64 file = rkOSCreateFile(path.constData(), RKOS_GENERIC_READ, RKOS_SHARE_READ, nullptr,
+                                        RKOS_OPEN_EXISTING, RKOS_ATTRIBUTE_NORMAL, nullptr);
+    if (file != RKOS_INVALID_HANDLE) {
+        labelNextBatch(QStringLiteral("pushed description for channel %1").arg(channel));
+        StoreTransaction step;
+        q->loadSdp(file);
+        if (!step.keep())
+            ErrOut("session description for channel %d: the store could not take it", channel);
+        rkOSCloseFile(file);
+    }
+    q->loadData();
+}
+
+} // namespace
+
 // The description is applied even while NMOS is overridden; only the notification is left out then.
 void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
 {
     HeapBlock block(sdp, std::free);
-    // A length beyond the block's end would read what is none of the sender's.
-    const bool fits = sdp && size >= 0 && static_cast<size_t>(size) <= malloc_usable_size(sdp);
-    if (!fits || channel < 0 || channel >= m_pChannel->count()) {
+    if (!isDescription(sdp, size) || channel < 0 || channel >= m_pChannel->count()) {
         ErrOut("session description of %d bytes for channel %d refused", size, channel);
+        return;
+    }
+    if (d->fileWorkRuns) {
+        const auto kept = std::make_shared<HeapBlock>(std::move(block));
+        d->afterFileWork.push_back([=] { onSendSdp(kept->release(), size, channel, isSender); });
         return;
     }
     const int shown = m_pChannel->currentIndex();
@@ -179,21 +222,7 @@ void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
     m_pChannel->setCurrentIndex(channel);
     if (channel < kFlowCount)
         m_szNmosTxRx[channel] = isSender ? 't' : 'r';
-    const QByteArray path = descriptionPath();
-    const bool written = !path.isEmpty() && writeDescription(path.constData(), sdp, size);
-    block.reset();
-    if (written) {
-        const quint64 file = rkOSCreateFile(path.constData(), RKOS_GENERIC_READ, RKOS_SHARE_READ, nullptr,
-                                            RKOS_OPEN_EXISTING, RKOS_ATTRIBUTE_NORMAL, nullptr);
-        if (file != RKOS_INVALID_HANDLE) {
-            loadSdp(file);
-            rkOSCloseFile(file);
-        }
-        loadData();
-    } else {
-        ErrOut("session description for channel %d: %s cannot be written", channel,
-               path.isEmpty() ? kTempFile : path.constData());
-    }
+    applyDescription(this, std::move(block), size, channel);
     if (timer)
         timer->start();
     m_pChannel->setCurrentIndex(shown);

@@ -2,6 +2,7 @@
 //
 // Session descriptions pushed for a channel: applied, announced to the NMOS service by a named event, and
 // harmless whatever they hold and whoever was at the temporary file before.
+#include "channel/storecalls.h"
 #include "fake/real.h"
 #include "fake/recorder.h"
 #include "support/dialog.h"
@@ -103,11 +104,20 @@ QByteArray description(const char *address, const char *direction = "recvonly")
            address + "/64\na=" + direction + "\n";
 }
 
-QString tempFile()
+QString sharedTempFolder()
 {
     char folder[256] = {};
     rkOSGetTempPath(folder, sizeof folder);
-    return QString::fromLocal8Bit(folder) + QStringLiteral("ipcfg_nmos_temp.sdp");
+    return QString::fromLocal8Bit(folder);
+}
+
+// In this process's own folder, which is made for what is planted there.
+QString tempFile()
+{
+    const QString folder =
+        sharedTempFolder() + QStringLiteral("sdp-%1/").arg(QCoreApplication::applicationPid());
+    QDir().mkdir(folder);
+    return folder + QStringLiteral("ipcfg_nmos_temp.sdp");
 }
 
 void writeFile(const QString &path, const QByteArray &bytes)
@@ -154,9 +164,12 @@ private slots:
     void noise();
     void planted_data();
     void planted();
-    void aStaleFileIsUsedAndClosedToOthers();
+    void aStaleFileIsUsed();
     void withoutTempFolder();
     void fullDisk();
+    void anOversizedOneIsRefused();
+    void theLastValueOfAKeyIsStored();
+    void oneStepOfTheHistory();
     void storm();
 
 private:
@@ -251,8 +264,9 @@ void TestPushedSdp::theFileIsPrivate()
 {
     push(description("239.5.5.5"), 0, false);
     struct stat info {};
-    QCOMPARE(stat(QFile::encodeName(tempFile()).constData(), &info), 0);
-    QCOMPARE(int(info.st_mode & 0777), 0600);
+    const QString folder = QFileInfo(tempFile()).path(); // what is in it is out of reach for others
+    QCOMPARE(stat(QFile::encodeName(folder).constData(), &info), 0);
+    QCOMPARE(int(info.st_mode & 0777), 0700);
     QCOMPARE(readFile(tempFile()), description("239.5.5.5"));
     push("v=0\n", 0, false); // a shorter one leaves nothing of the longer
     QCOMPARE(readFile(tempFile()), QByteArray("v=0\n"));
@@ -438,10 +452,13 @@ void TestPushedSdp::noise()
     for (char &byte : bytes)
         byte = char(random.bounded(256));
     const Snapshot before = snapshot();
+    QElapsedTimer timer;
+    timer.start();
     push(bytes, 3, false);
     push(QByteArray(1 << 20, 'm'), 3, false); // one line
     push(QByteArray(1 << 20, '\n'), 3, false);
     push(QByteArray(1 << 20, '\0'), 3, false);
+    qInfo("four descriptions of 1 MiB that hold nothing: %lld ms", timer.elapsed());
     QCOMPARE(changes(before, snapshot()), Snapshot());
 }
 
@@ -495,7 +512,7 @@ void TestPushedSdp::planted()
     QCOMPARE(m_dialog->m_pChannel->currentIndex(), 0);
 }
 
-void TestPushedSdp::aStaleFileIsUsedAndClosedToOthers()
+void TestPushedSdp::aStaleFileIsUsed()
 {
     writeFile(tempFile(), QByteArray(100000, 'x'));
     QVERIFY(QFile::setPermissions(tempFile(), QFile::Permissions(0x6644)));
@@ -503,7 +520,6 @@ void TestPushedSdp::aStaleFileIsUsedAndClosedToOthers()
     QCOMPARE(text(2, "ReceiveDestinationIp"), QStringLiteral("239.5.5.5"));
     struct stat info {};
     QCOMPARE(stat(QFile::encodeName(tempFile()).constData(), &info), 0);
-    QCOMPARE(int(info.st_mode & 0777), 0600);
     QCOMPARE(qint64(info.st_size), qint64(description("239.5.5.5").size()));
 }
 
@@ -524,16 +540,65 @@ void TestPushedSdp::withoutTempFolder()
 // A description that is not in the file as a whole is not applied.
 void TestPushedSdp::fullDisk()
 {
-    const QByteArray bytes = description("239.5.5.5") + QByteArray(8 << 20, 'x');
+    const QByteArray bytes = description("239.5.5.5") + QByteArray(1000 << 10, 'x');
     const Snapshot before = snapshot();
     rlimit limit{};
     QCOMPARE(getrlimit(RLIMIT_FSIZE, &limit), 0);
-    const rlimit small{4 << 20, limit.rlim_max};
+    const rlimit small{500 << 10, limit.rlim_max};
     QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
     push(bytes, 2, false);
     QCOMPARE(setrlimit(RLIMIT_FSIZE, &limit), 0);
     QCOMPARE(changes(before, snapshot()), Snapshot());
     QVERIFY(logText().contains("ipcfg_nmos_temp.sdp is incomplete"));
+}
+
+// --------------------------------------------------------------------------------------------- large
+
+void TestPushedSdp::anOversizedOneIsRefused()
+{
+    const Snapshot before = snapshot();
+    const QByteArray bytes = description("239.5.5.5");
+    push(bytes + QByteArray((1 << 20) + 1 - bytes.size(), '\n'), 2, false);
+    QCOMPARE(changes(before, snapshot()), Snapshot());
+    QVERIFY(logText().contains("session description of 1048577 bytes for channel 2 refused"));
+    QCOMPARE(activeTimers(), 0);
+    push(bytes + QByteArray((1 << 20) - bytes.size(), '\n'), 2, false);
+    QCOMPARE(text(2, "ReceiveDestinationIp"), QStringLiteral("239.5.5.5"));
+}
+
+// A megabyte of media names the same values over and over.
+void TestPushedSdp::theLastValueOfAKeyIsStored()
+{
+    QByteArray bytes = "v=0\n";
+    for (int media = 0; bytes.size() < (1 << 20) - 200; ++media)
+        bytes += "m=video " + QByteArray::number(10000 + media) + " RTP/AVP 96\nc=IN IP4 239.5." +
+                 QByteArray::number(media / 250 % 250) + '.' + QByteArray::number(media % 250) +
+                 "\na=recvonly\n";
+    bytes += "m=video 5004 RTP/AVP 96\nc=IN IP4 239.9.9.9\na=recvonly\n";
+    Recorder::clear();
+    QElapsedTimer timer;
+    timer.start();
+    push(bytes, 2, false);
+    qInfo("1 MiB of media: %lld ms", timer.elapsed());
+    QCOMPARE(
+        Recorder::callsOf("Receive"),
+        (QByteArrayList{"ReceiveDestinationIp=239.9.9.9", "ReceiveDestinationPort=5004", "ReceiveFlags=10"}));
+    QCOMPARE(text(2, "ReceiveDestinationIp"), QStringLiteral("239.9.9.9"));
+}
+
+void TestPushedSdp::oneStepOfTheHistory()
+{
+    push(description("239.5.5.5"), 2, false);
+    QList<StoreChange> found;
+    QVERIFY(walkHistory(-1, [&found](const StoreChange &change) {
+        found.append(change);
+        return found.size() < 3;
+    }));
+    QCOMPARE(found.size(), 3);
+    for (const StoreChange &change : found) {
+        QCOMPARE(change.label, QStringLiteral("pushed description for channel 2"));
+        QCOMPARE(change.batch, found.last().batch);
+    }
 }
 
 // -------------------------------------------------------------------------------------------- storm

@@ -57,7 +57,8 @@ void noteCommit()
 
 void noteFileCall(const QByteArray &call)
 {
-    const QCursor *cursor = QGuiApplication::overrideCursor();
+    const bool hasWindows = qobject_cast<QGuiApplication *>(QCoreApplication::instance());
+    const QCursor *cursor = hasWindows ? QGuiApplication::overrideCursor() : nullptr;
     notes.fileCalls.append(cursor && cursor->shape() == Qt::WaitCursor ? '*' + call : call);
 }
 

@@ -130,7 +130,7 @@ void TestFileLoad::emptyFile()
 
 void TestFileLoad::descriptionIsStored()
 {
-    QCOMPARE(storeSessionDescription(description(kVideo), LockBook(), 2), 8u | 4u | 2u);
+    QCOMPARE(storeSessionDescription(description(kVideo), LockBook(), 2).ticked, 8u | 4u | 2u);
     QCOMPARE(Recorder::calls(), (QByteArrayList{"ReceiveDestinationIp=239.1.1.1", "ReceiveSourceIp=10.0.0.9",
                                                 "ReceiveDestinationPort=5004", "ReceiveFlags=14"}));
     QCOMPARE(Recorder::lastChannel(), 2);
@@ -141,7 +141,7 @@ void TestFileLoad::lockedValuesStayAndTickNothing()
     LockBook book;
     setLocked(book, Side::Receive, Field::SourceAddress, 2, true);
     setLocked(book, Side::Receive, Field::DestinationAddress, 1, true); // another channel's
-    QCOMPARE(storeSessionDescription(description(kVideo), book, 2), 8u | 2u);
+    QCOMPARE(storeSessionDescription(description(kVideo), book, 2).ticked, 8u | 2u);
     QVERIFY(Recorder::callsOf("ReceiveSourceIp").isEmpty());
     QCOMPARE(number(2, "ReceiveFlags"), 10u);
 }
@@ -156,7 +156,7 @@ void TestFileLoad::ticksAreAddedToTheFlags()
 void TestFileLoad::otherElementsTickNothing()
 {
     const QByteArray audio = QByteArray(kVideo).replace("m=video", "m=audio");
-    QCOMPARE(storeSessionDescription(description(audio), LockBook(), 0), 0u);
+    QCOMPARE(storeSessionDescription(description(audio), LockBook(), 0).ticked, 0u);
     QVERIFY(Recorder::callsOf("ReceiveFlags").isEmpty());
     QCOMPARE(text(0, "ReceiveAudSourceIp0"), QStringLiteral("10.0.0.9"));
 }
