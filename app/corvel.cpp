@@ -72,6 +72,7 @@ void QCorvel::init(bool standAlone)
     initCtrls();
     d->connectButtons(); // after findConfigs, or filling the list would switch configurations
     popCombos();
+    d->noteStore();
     loadData();
     d->listConnections();
     connectSignals();
@@ -82,6 +83,8 @@ void QCorvel::init(bool standAlone)
     d->showElementRadios(true, multi);
     d->applyFixedSize();
     checkPTP();
+    d->watchStore();
+    d->meetNeighbours();
     timerId = startTimer(kPollIntervalMs, Qt::CoarseTimer);
     if (!m_pNmosOverride->isChecked())
         m_pSwapLayout->setCurrentIndex(1);

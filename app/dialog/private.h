@@ -9,10 +9,14 @@
 #include "app/view/channelview.h"
 #include "app/view/notices.h"
 #include "app/view/signalwiring.h"
+#include "app/view/storewatch.h"
+#include "channel/neighbours.h"
+#include "channel/storecalls.h"
 
 #include <QFont>
 
 #include <functional>
+#include <optional>
 
 class QFrame;
 class QHBoxLayout;
@@ -87,6 +91,19 @@ struct QCorvelPrivate {
 
     // ---- slots: what one subject offers to the others
     void write(const std::function<void()> &values); // every write that the user causes: values, one commit
+    void listConfigs();                              // in the header, as they are on disk now
+    void watchStore();
+    void meetNeighbours();
+    void followStore(); // at each tick
+    void takeOver();    // shows what others wrote
+    void followSwitches(quint32 nmosOverride);
+    QString shownConfiguration() const; // empty where none is shown
+    bool namesStore() const;            // the header shows the configuration that is written to
+    void noteStore();                   // all that is there now is about to be shown
+    void finishKeys();
+    void finishPort();
+    void noteResult(bool stored); // of a write
+    void watchTrouble();          // at each tick
     void loadNmosSwitches();
     void lockInterfaces();
     bool isLocked(const NetworkField &field) const;
@@ -103,6 +120,43 @@ struct QCorvelPrivate {
     QWidget *fullPage = nullptr;
     QLabel *rowLabels[10] = {}; // beside the network fields, in their order
     bool showsErrors = false;   // the error list's event loop runs
+
+    // What the shown values belong to: where a key belongs that is still to be told of.
+    struct Place {
+        ChannelView::Place view = {};
+        QString configuration;
+    };
+    Place place() const;
+    void go(const Place &place);
+    Place shown;
+
+    StoreWatch watch;
+    std::unique_ptr<Neighbours> neighbours;
+    quint64 mark = 0;         // of what is shown, see storeNews
+    quint32 nmosOverride = 0; // as last read or written
+    bool takingOver = false;
+    int steps = 0;          // UserStep
+    bool stored = true;     // all writes of the step so far
+    int ticksOfTrouble = 0; // since the store was last looked at; 0: it is well
+};
+
+// All that one action of the user writes, as one step: what others wrote before is shown first, but for the
+// control that the user changed, and nothing of others gets between. Steps nest, the outermost counts. No box
+// and no event loop inside. Without the library's optional calls it does nothing.
+class UserStep {
+public:
+    // changed: the control that keeps what it shows; may be null.
+    explicit UserStep(QCorvelPrivate *dialog, QObject *changed = nullptr);
+    ~UserStep();
+    UserStep(const UserStep &) = delete;
+    UserStep &operator=(const UserStep &) = delete;
+
+private:
+    bool begin(bool mustOpen);
+
+    QCorvelPrivate *const d;
+    bool m_outermost;
+    std::optional<StoreTransaction> m_transaction;
 };
 
 #endif

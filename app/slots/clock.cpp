@@ -113,6 +113,8 @@ void QCorvel::checkPTP()
 void QCorvel::timerEvent(QTimerEvent *)
 {
     d->notices.tick();
+    d->followStore();
+    d->watchTrouble();
     switch (comboData(m_pComboClkSrc)) {
     case ClockSource::SoftwarePtp:
         showSoftwareClock(this);

@@ -106,6 +106,7 @@ void QCorvel::onSettingChanged()
 {
     QObject *const from = sender();    // gone as soon as the signals are disconnected
     const SignalBracket bracket(this); // one for both of what follows: it is what an edit costs most
+    const UserStep step(d.get(), from);
     checkPTP();
     updateLockedItems(from);
     updateSettings(false);
@@ -113,12 +114,14 @@ void QCorvel::onSettingChanged()
 
 void QCorvel::onSettingChanged(int)
 {
+    const UserStep step(d.get(), sender());
     checkPTP();
     updateSettings(false);
 }
 
 void QCorvel::onSettingChanged(bool)
 {
+    const UserStep step(d.get(), sender());
     updateSettings(false);
 }
 
@@ -130,6 +133,8 @@ void QCorvel::onItemChanged(QTreeWidgetItem *, int) {}
 // the clock line is hidden for the one type whose load and save use it.
 void QCorvel::onTypeSettingChanged(int index)
 {
+    QObject *const from = sender();
+    d->finishKeys();
     setFontFactor(scaleOf(this));
     const bool multi = isMultiType(static_cast<quint32>(m_pComboType->itemData(index).toUInt()));
     d->showElementRadios(multi, multi);
@@ -137,9 +142,13 @@ void QCorvel::onTypeSettingChanged(int index)
     m_pClockDomainLbl->setVisible(showDomain);
     m_pEditClockDomain->setVisible(showDomain);
     d->applyFixedSize();
-    d->write([this] {
-        setCfgValue(ChannelValue::VideoType, QString::number(comboData(m_pComboType)), false, d->channel());
-    });
+    {
+        const UserStep step(d.get(), from);
+        d->write([this] {
+            setCfgValue(ChannelValue::VideoType, QString::number(comboData(m_pComboType)), false,
+                        d->channel());
+        });
+    }
     loadData();
     if (isType(ChannelType::Smpte2110))
         checkErrors();
@@ -147,6 +156,7 @@ void QCorvel::onTypeSettingChanged(int index)
 
 void QCorvel::onFormatChanged(int)
 {
+    const UserStep step(d.get(), sender());
     d->write([this] {
         setCfgValue(ChannelValue::SignalFormat, QString::number(comboData(m_pComboVidFormat)), false,
                     d->channel());
@@ -166,6 +176,7 @@ void QCorvel::onFileSettingChanged(bool value)
 
 void QCorvel::enableAudChannel(int)
 {
+    const UserStep step(d.get(), sender());
     const quint32 channels = comboData(m_pComboAudChan);
     const quint32 flows = comboData(m_pComboAudFlow);
     if (isStandAlone()) {
@@ -181,6 +192,7 @@ void QCorvel::enableAudChannel(int)
 
 void QCorvel::enableAudFlow(int)
 {
+    const UserStep step(d.get(), sender());
     d->enableFlowSelectors();
     const quint32 total = comboData(m_pComboAudFlow) * comboData(m_pComboAudChan);
     if (isStandAlone())

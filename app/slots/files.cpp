@@ -158,10 +158,12 @@ void QCorvel::save()
     if (answer.isEmpty())
         return;
     const WaitCursor wait;
-    if (isSessionDescription(answer))
+    if (isSessionDescription(answer)) {
         saveSdpFiles(this, answer);
-    else
-        saveSettings(this, answer);
+        return;
+    }
+    saveSettings(this, answer);
+    d->nmosOverride = 0; // our own doing, so the box stays as it is
 }
 
 void QCorvel::saveElement()

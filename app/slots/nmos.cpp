@@ -56,6 +56,17 @@ bool writeDescription(const char *path, const void *data, int size)
     return written == length;
 }
 
+// All node settings belong to channel 0. A node address this machine does not have is left out.
+void saveNode(QCorvel *q)
+{
+    q->setCfgValue(FirstChannelValue::NmosDomain, q->m_pEditNmosDmn->text(), true, 0);
+    const QString node = q->m_pLineNmosIp->address();
+    if (isLocalInterface(node))
+        q->setCfgValue(FirstChannelValue::NmosIp, node, true, 0);
+    q->setCfgValue(FirstChannelValue::NmosServerIp, q->m_pLineNmosSrv->address(), true, 0);
+    q->setCfgValue(FirstChannelValue::NmosServerPort, q->m_pEditNmosPort->text(), true, 0);
+}
+
 } // namespace
 
 // -------------------------------------------------------------------------------------------- node settings
@@ -76,16 +87,9 @@ void QCorvel::onShowNmosCfg()
     m_pNmosCfg->activateWindow();
 }
 
-// All node settings belong to channel 0. A node address this machine does not have is left out.
 void QCorvel::onSetNmosCfg()
 {
-    setCfgValue(FirstChannelValue::NmosDomain, m_pEditNmosDmn->text(), true, 0);
-    const QString node = m_pLineNmosIp->address();
-    if (isLocalInterface(node))
-        setCfgValue(FirstChannelValue::NmosIp, node, true, 0);
-    setCfgValue(FirstChannelValue::NmosServerIp, m_pLineNmosSrv->address(), true, 0);
-    setCfgValue(FirstChannelValue::NmosServerPort, m_pEditNmosPort->text(), true, 0);
-    commitStore();
+    d->write([this] { saveNode(this); });
     restartNmos();
     m_pNmosCfg->close();
 }
@@ -114,13 +118,16 @@ void QCorvelPrivate::loadNmosSwitches()
         row.box->setChecked(value != 0);
     }
     q->bNmosUseLog = q->m_pNmosOutLog->isChecked();
+    nmosOverride = q->m_pNmosOverride->isChecked() ? 1 : 0;
 }
 
 void QCorvel::overrideNmos(bool checked)
 {
     loadData();
-    setCfgValue(MachineValue::NmosOverride, checked ? QStringLiteral("1") : QStringLiteral("0"), false, 0);
-    commitStore();
+    d->write([&] {
+        setCfgValue(MachineValue::NmosOverride, checked ? QStringLiteral("1") : QStringLiteral("0"), false,
+                    0);
+    });
     m_pSwapLayout->setCurrentIndex(checked ? 0 : 1);
     if (!checked)
         restartNmos();
@@ -131,8 +138,10 @@ void QCorvel::overrideNmos(bool checked)
 // stays disabled until the box is next changed.
 void QCorvel::onBoardSettingChanged(bool value)
 {
-    setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0);
-    commitStore();
+    {
+        const UserStep step(d.get(), sender());
+        d->write([&] { setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0); });
+    }
     QDialog confirmation(this);
     d->fillNmosQuestion(&confirmation);
 
@@ -147,9 +156,12 @@ void QCorvel::onBoardSettingChanged(bool value)
 
 void QCorvel::toggleNmosLog(bool on)
 {
-    bNmosUseLog = on;
-    if (setGlobalDword(StorePath::Debug, MachineValue::NmosUseLog, on ? 1 : 0))
-        commitStore();
+    {
+        const UserStep step(d.get(), sender());
+        bNmosUseLog = on;
+        if (setGlobalDword(StorePath::Debug, MachineValue::NmosUseLog, on ? 1 : 0))
+            d->stored = commitStore();
+    }
     if (!m_pNmosOverride->isChecked())
         restartNmos();
 }
@@ -166,6 +178,8 @@ void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
         ErrOut("session description of %d bytes for channel %d refused", size, channel);
         return;
     }
+    d->finishKeys();
+    d->finishPort();
     const int shown = m_pChannel->currentIndex();
     QTimer *timer = nullptr;
     if (!m_pNmosOverride->isChecked() && channel < kFlowCount) {
