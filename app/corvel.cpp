@@ -71,6 +71,11 @@ void QCorvel::init(bool standAlone)
     m_fontFamily = QApplication::font().family();
     initCtrls();
     d->connectButtons(); // after findConfigs, or filling the list would switch configurations
+    d->showNews = [this] { d->takeOver(); };
+    d->atTick = [this] {
+        d->followStore();
+        d->watchTrouble();
+    };
     popCombos();
     d->noteStore();
     loadData();

@@ -130,6 +130,10 @@ struct QCorvelPrivate {
     void go(const Place &place);
     Place shown;
 
+    // Set by the roof, because what they run stands above those who call them.
+    std::function<void()> showNews = [] {}; // takeOver
+    std::function<void()> atTick = [] {};
+
     StoreWatch watch;
     std::unique_ptr<Neighbours> neighbours;
     quint64 mark = 0;         // of what is shown, see storeNews

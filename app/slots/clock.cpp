@@ -113,8 +113,7 @@ void QCorvel::checkPTP()
 void QCorvel::timerEvent(QTimerEvent *)
 {
     d->notices.tick();
-    d->followStore();
-    d->watchTrouble();
+    d->atTick();
     switch (comboData(m_pComboClkSrc)) {
     case ClockSource::SoftwarePtp:
         showSoftwareClock(this);

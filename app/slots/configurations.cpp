@@ -9,32 +9,6 @@
 #include <QEvent>
 #include <QSignalBlocker>
 
-// One entry for each configuration on disk. The one in use is always there and selected.
-void QCorvel::findConfigs()
-{
-    QString inUse;
-    const QStringList names = configurations(&inUse);
-    for (const QString &name : names)
-        m_pConfig->addItem(name, name);
-    m_pConfig->setCurrentIndex(m_pConfig->findData(inUse));
-}
-
-// Nothing is loaded here.
-void QCorvelPrivate::listConfigs()
-{
-    if (!q->m_pConfig)
-        return;
-    QStringList listed;
-    for (int i = 0; i < q->m_pConfig->count(); ++i)
-        listed.append(q->m_pConfig->itemText(i));
-    if (namesStore() && (q->m_pConfig->view()->isVisible() || listed == configurations()))
-        return;
-    const QSignalBlocker blocker(q->m_pConfig);
-    q->m_pConfig->clear();
-    q->findConfigs();
-    watchStore();
-}
-
 void QCorvel::onSetConfig()
 {
     if (!m_pConfig)

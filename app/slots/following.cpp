@@ -84,15 +84,30 @@ void QCorvelPrivate::followStore()
         noteResult(false);
 }
 
-QString QCorvelPrivate::shownConfiguration() const
+// One entry for each configuration on disk. The one in use is always there and selected.
+void QCorvel::findConfigs()
 {
-    return q->m_pConfig ? q->m_pConfig->currentData().toString() : QString();
+    QString inUse;
+    const QStringList names = configurations(&inUse);
+    for (const QString &name : names)
+        m_pConfig->addItem(name, name);
+    m_pConfig->setCurrentIndex(m_pConfig->findData(inUse));
 }
 
-bool QCorvelPrivate::namesStore() const
+// Nothing is loaded here.
+void QCorvelPrivate::listConfigs()
 {
-    const QString inUse = configurationInUse();
-    return inUse.isEmpty() || !q->m_pConfig || inUse == shownConfiguration();
+    if (!q->m_pConfig)
+        return;
+    QStringList listed;
+    for (int i = 0; i < q->m_pConfig->count(); ++i)
+        listed.append(q->m_pConfig->itemText(i));
+    if (namesStore() && (q->m_pConfig->view()->isVisible() || listed == configurations()))
+        return;
+    const QSignalBlocker blocker(q->m_pConfig);
+    q->m_pConfig->clear();
+    q->findConfigs();
+    watchStore();
 }
 
 // ------------------------------------------------------------------------------------------------ taking
@@ -113,59 +128,4 @@ void QCorvelPrivate::takeOver()
     view.held().putBack();
     if (outermost)
         view.held().release();
-}
-
-// Only what others changed: after "Save File" the box stays checked although the override has ended.
-void QCorvelPrivate::followSwitches(quint32 value)
-{
-    const bool changed = value != nmosOverride;
-    nmosOverride = value;
-    if (!changed || !takingOver || view.held().contains(q->m_pNmosOverride))
-        return;
-    q->m_pNmosOverride->setChecked(value != 0);
-    q->m_pSwapLayout->setCurrentIndex(value != 0 ? 0 : 1);
-    q->m_pCmdLoad->setEnabled(value != 0);
-}
-
-// ------------------------------------------------------------------------------------------------------ keys
-
-QCorvelPrivate::Place QCorvelPrivate::place() const
-{
-    return {view.place(), shownConfiguration()};
-}
-
-void QCorvelPrivate::go(const Place &place)
-{
-    const SignalBracket bracket(q);
-    view.go(place.view);
-    if (!q->m_pConfig)
-        return;
-    const QSignalBlocker blocker(q->m_pConfig);
-    q->m_pConfig->setCurrentIndex(q->m_pConfig->findData(place.configuration));
-}
-
-// Keys belong to the place that they were typed in, so they are told of there, though the control that leads
-// elsewhere has changed already.
-void QCorvelPrivate::finishKeys()
-{
-    QList<QLineAddress *> waiting;
-    for (QLineAddress *address : q->findChildren<QLineAddress *>()) {
-        if (address->hasPendingKeys())
-            waiting.append(address);
-    }
-    if (waiting.isEmpty())
-        return;
-    const Place chosen = place();
-    go(shown);
-    for (QLineAddress *address : waiting)
-        address->finishKeys();
-    go(chosen);
-}
-
-// A text that is still being typed counts as typed.
-void QCorvelPrivate::finishPort()
-{
-    auto *edit = qobject_cast<QLineEdit *>(fieldInHand(q));
-    if (edit)
-        emit edit->editingFinished();
 }

@@ -45,7 +45,7 @@ void QCorvelPrivate::watchTrouble()
     }
     ticksOfTrouble = 0;
     showBar(QString());
-    takeOver();
+    showNews();
 }
 
 void QCorvelPrivate::meetNeighbours()

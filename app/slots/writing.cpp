@@ -3,6 +3,7 @@
 // Slots, writing: the one way from the user to the store. What is written is the caller's business.
 #include "app/dialog/private.h"
 #include "channel/channelstore.h"
+#include "channel/configurations.h"
 
 namespace {
 
@@ -10,6 +11,12 @@ constexpr int kMostAttempts = 100;
 constexpr int kAttemptsToOpen = 3; // only the first waits for another program
 
 } // namespace
+
+bool QCorvelPrivate::namesStore() const
+{
+    const QString inUse = configurationInUse();
+    return inUse.isEmpty() || !q->m_pConfig || inUse == shownConfiguration();
+}
 
 void QCorvelPrivate::write(const std::function<void()> &values)
 {
@@ -26,7 +33,7 @@ UserStep::UserStep(QCorvelPrivate *dialog, QObject *changed)
     d->stored = true;
     d->view.held().hold(changed);
     for (int attempt = 0; attempt < kMostAttempts && !begin(attempt < kAttemptsToOpen); ++attempt)
-        d->takeOver();
+        d->showNews();
 }
 
 // The transaction stays with the configuration that is in use when it begins. False when that is not the one
@@ -44,7 +51,7 @@ bool UserStep::begin(bool mustOpen)
         return false;
     }
     if (news == StoreNews::Others)
-        d->takeOver();
+        d->showNews();
     return true;
 }
 
