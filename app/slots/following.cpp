@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Slots, following: what other programs write to the store is shown, and keys that were typed are stored
-// where they were typed. What of it is asked for around a write stands in writing.cpp.
+// Slots, following: what other programs write to the store is shown. What of it is asked for
+// around a write stands in writing.cpp.
 #include "app/dialog/private.h"
 #include "app/view/combos.h"
 #include "channel/channelstore.h"
