@@ -74,7 +74,13 @@ void QCorvel::init(bool standAlone)
     m_fontFamily = QApplication::font().family();
     initCtrls();
     d->connectButtons(); // after findConfigs, or filling the list would switch configurations
+    d->showNews = [this] { d->takeOver(); };
+    d->atTick = [this] {
+        d->followStore();
+        d->watchTrouble();
+    };
     popCombos();
+    d->noteStore();
     loadData();
     d->listConnections();
     d->connectHistory();
@@ -89,6 +95,8 @@ void QCorvel::init(bool standAlone)
     d->showElementRadios(true, multi);
     d->applyFixedSize();
     checkPTP();
+    d->watchStore();
+    d->meetNeighbours();
     timerId = startTimer(kPollIntervalMs, Qt::CoarseTimer);
     if (!m_pNmosOverride->isChecked())
         m_pSwapLayout->setCurrentIndex(1);

@@ -87,9 +87,9 @@ bool isTextEmpty(const QString &path, const char *name)
     return absent != 0 || size <= 1;
 }
 
-void commitStore()
+bool commitStore()
 {
-    rkCFGSave(defaultStore(), nullptr, 0);
+    return rkCFGSave(defaultStore(), nullptr, 0) == 0;
 }
 
 int channelCount()

@@ -34,8 +34,8 @@ bool setGlobalDword(const char *path, const char *name, quint32 value);
 // True when the text value is absent or empty.
 bool isTextEmpty(const QString &path, const char *name);
 
-// Makes everything written so far durable.
-void commitStore();
+// Makes everything written so far durable. False when the store says that this, or a write before it, failed.
+bool commitStore();
 
 // The number of channels of the machine: "MaxIntChannels", 4 when absent, at most kMaxChannels.
 constexpr int kMaxChannels = 65536;

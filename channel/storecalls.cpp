@@ -3,6 +3,7 @@
 
 #include "channel/channelstore.h"
 #include "channel/storerecord.h"
+#include "rkcfg.h"
 
 #include <QByteArray>
 
@@ -102,6 +103,12 @@ StoreTransaction::~StoreTransaction()
 {
     if (m_open)
         calls().end(defaultStore(), 0);
+}
+
+// Asks for a save, which is put off to the end and refused for any other configuration.
+bool StoreTransaction::isOf(const QString &configuration) const
+{
+    return m_open && rkCFGSave(defaultStore(), configuration.toUtf8().constData(), 0) == 0;
 }
 
 bool StoreTransaction::keep()

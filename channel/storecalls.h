@@ -35,6 +35,8 @@ public:
 
     // True when the writes inside are one step.
     bool isOpen() const { return m_open; }
+    // True when it belongs to that configuration.
+    bool isOf(const QString &configuration) const;
     // Ends it. False when nothing of it is stored.
     bool keep();
 

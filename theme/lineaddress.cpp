@@ -123,6 +123,8 @@ bool QLineAddress::takeAddress(const QString &text)
     if (found.isEmpty())
         return false;
     setAddress(found);
+    for (QLineEdit *octet : m_pLineEdit)
+        octet->setModified(true);
     announceEdit();
     // Where typing it would have ended: the next Tab leaves the field.
     if (octetIndex(window()->focusWidget()) >= 0)
@@ -139,10 +141,21 @@ void QLineAddress::copyAddress() const
 void QLineAddress::announceEdit()
 {
     m_nAdvancedTo = -1;
-    QMetaObject::invokeMethod(this, &QLineAddress::addressChanged, Qt::QueuedConnection);
+    ++m_nEdits;
+    const auto tell = [this] {
+        --m_nEdits;
+        emit addressChanged();
+    };
+    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 }
 
 // ------------------------------------------------------------------------------------------- the mark
+
+bool QLineAddress::isModified() const
+{
+    return std::any_of(std::begin(m_pLineEdit), std::end(m_pLineEdit),
+                       [](const QLineEdit *octet) { return octet->isModified(); });
+}
 
 bool QLineAddress::isIncomplete() const
 {

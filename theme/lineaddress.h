@@ -60,6 +60,11 @@ public:
     // Tells now, in order, of every key and edit that addressChanged() has yet to be emitted for. To be
     // called before anything that changes what the address belongs to. Leaving the widget does it too.
     void finishKeys();
+    // True while there is something that finishKeys() would tell of.
+    bool hasPendingKeys() const;
+
+    // True when the user changed an octet since setAddress(): one of the line edits is modified.
+    bool isModified() const;
 
     // True while an octet is empty.
     bool isIncomplete() const;
@@ -127,6 +132,7 @@ private:
     // before them those that may not, because the focus has left the octet since.
     int m_nAnnounced[QTUTL_IP_SIZE] = {};
     int m_nSettled[QTUTL_IP_SIZE] = {};
+    int m_nEdits = 0;                  // cut, pasted or dropped, addressChanged() yet to be emitted
     int m_nAdvancedTo = -1;            // octet entered by an automatic advance, nothing typed there since
     QLineEdit *m_pKeyTarget = nullptr; // octet that the key in hand goes on to
     bool m_bFocusCleared = false;      // Return was pressed while there was no parent to take the focus

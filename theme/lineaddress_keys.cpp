@@ -9,6 +9,8 @@
 #include "theme/lineaddress.h"
 #include "theme/octetedit.h"
 
+#include <algorithm>
+
 namespace {
 
 // Where the focus goes when a key acts.
@@ -79,6 +81,7 @@ void fillOctet(QLineEdit *octet, int key)
     if (!octet->text().isEmpty() && key != Qt::Key_0)
         return;
     octet->setText(QStringLiteral("0"));
+    octet->setModified(true);
     // The octet gets the Backspace too and would delete the new "0" again.
     if (key == Qt::Key_Backspace)
         octet->setCursorPosition(0);
@@ -127,6 +130,13 @@ void enterOctet(QLineEdit *octet)
 void QLineAddress::finishKeys()
 {
     QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+}
+
+bool QLineAddress::hasPendingKeys() const
+{
+    const auto waits = [](int keys) { return keys > 0; };
+    return m_nEdits > 0 || std::any_of(std::begin(m_nAnnounced), std::end(m_nAnnounced), waits) ||
+           std::any_of(std::begin(m_nSettled), std::end(m_nSettled), waits);
 }
 
 bool QLineAddress::eventFilter(QObject *watched, QEvent *event)

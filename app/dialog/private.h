@@ -10,13 +10,18 @@
 #include "app/view/clockstate.h"
 #include "app/view/notices.h"
 #include "app/view/signalwiring.h"
+#include "app/view/storewatch.h"
 #include "app/view/survivors.h"
+#include "channel/neighbours.h"
+#include "channel/storecalls.h"
 #include "files/fileload.h"
 
 #include <QFont>
+#include <QPointer>
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class QFrame;
@@ -101,6 +106,19 @@ struct QCorvelPrivate {
     void saveDescriptions(const QString &path);
     void saveElementDescriptions(const QString &path, int channel);
     void connectHistory();
+    void listConfigs(); // in the header, as they are on disk now
+    void watchStore();
+    void meetNeighbours();
+    void followStore(); // at each tick
+    void takeOver();    // shows what others wrote
+    void followSwitches(quint32 nmosOverride);
+    QString shownConfiguration() const; // empty where none is shown
+    bool namesStore() const;            // the header shows the configuration that is written to
+    void noteStore();                   // all that is there now is about to be shown
+    void finishKeys();
+    void finishPort();
+    void noteResult(bool stored); // of a write
+    void watchTrouble();          // at each tick
     void loadNmosSwitches();
     void lockInterfaces();
     bool isLocked(const NetworkField &field) const;
@@ -136,6 +154,55 @@ struct QCorvelPrivate {
     std::vector<std::unique_ptr<QObject>> watches; // event filters; gone before the controls are
     bool fileWorkRuns = false; // a file is being loaded or saved, and its event loop may run
     std::vector<std::function<void()>> afterFileWork;
+
+    // What the shown values belong to: where a key belongs that is still to be told of.
+    struct Place {
+        ChannelView::Place view = {};
+        QString configuration;
+    };
+    Place place() const;
+    void go(const Place &place);
+    Place shown;
+
+    // Set by the roof, because what they run stands above those who call them.
+    std::function<void()> showNews = [] {}; // takeOver
+    std::function<void()> atTick = [] {};
+
+    StoreWatch storeWatch;
+    std::unique_ptr<Neighbours> neighbours;
+    quint64 mark = 0;         // of what is shown, see storeNews
+    quint32 nmosOverride = 0; // as last read or written
+    bool takingOver = false;
+    int steps = 0;          // UserStep
+    bool stored = true;     // all writes of the step so far
+    int ticksOfTrouble = 0; // since the store was last looked at; 0: it is well
+};
+
+// All that one action of the user writes, as one step: what others wrote before is shown first, but for the
+// control that the user changed, and nothing of others gets between. Steps nest, the outermost counts. No box
+// and no event loop inside. Without the library's optional calls it does nothing.
+class UserStep {
+public:
+    // changed: the control that keeps what it shows; may be null.
+    explicit UserStep(QCorvelPrivate *dialog, QObject *changed = nullptr);
+    ~UserStep(); // keeps what was neither kept nor dropped; takes it back when the dialog is gone
+    UserStep(const UserStep &) = delete;
+    UserStep &operator=(const UserStep &) = delete;
+
+    // True when all that is written meanwhile is one transaction.
+    bool isOneStep() const { return m_transaction && m_transaction->isOpen(); }
+    // Ends the transaction. False when nothing of it is stored.
+    bool keep();
+    // Takes back what the transaction holds.
+    void drop();
+
+private:
+    bool begin(bool mustOpen);
+
+    QCorvelPrivate *const d;
+    const QPointer<QCorvel> m_alive; // a host may delete the dialog meanwhile
+    bool m_outermost;
+    std::optional<StoreTransaction> m_transaction;
 };
 
 #endif

@@ -80,6 +80,7 @@ void QCorvel::onInterfaceEdit()
             updateLockedItems(from);
         return;
     }
+    const UserStep step(d.get(), from);
     d->write([&] {
         if (d->isLocked(field)) {
             for (const Element element : elementOrder())

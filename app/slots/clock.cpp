@@ -108,6 +108,7 @@ void QCorvel::timerEvent(QTimerEvent *)
 {
     d->notices.tick();
     d->showClockState();
+    d->atTick();
     switch (comboData(m_pComboClkSrc)) {
     case ClockSource::SoftwarePtp:
         showSoftwareClock(this);

@@ -107,6 +107,7 @@ void QCorvel::onSettingChanged()
 {
     QObject *const from = sender();    // gone as soon as the signals are disconnected
     const SignalBracket bracket(this); // one for both of what follows: it is what an edit costs most
+    const UserStep step(d.get(), from);
     checkPTP();
     updateLockedItems(from);
     updateSettings(false);
@@ -114,12 +115,14 @@ void QCorvel::onSettingChanged()
 
 void QCorvel::onSettingChanged(int)
 {
+    const UserStep step(d.get(), sender());
     checkPTP();
     updateSettings(false);
 }
 
 void QCorvel::onSettingChanged(bool)
 {
+    const UserStep step(d.get(), sender());
     updateSettings(false);
 }
 
@@ -131,6 +134,8 @@ void QCorvel::onItemChanged(QTreeWidgetItem *, int) {}
 // the clock line is hidden for the one type whose load and save use it.
 void QCorvel::onTypeSettingChanged(int index)
 {
+    QObject *const from = sender();
+    d->finishKeys();
     setFontFactor(scaleOf(this));
     const bool multi = isMultiType(static_cast<quint32>(m_pComboType->itemData(index).toUInt()));
     d->showElementRadios(multi, multi);
@@ -138,10 +143,14 @@ void QCorvel::onTypeSettingChanged(int index)
     m_pClockDomainLbl->setVisible(showDomain);
     m_pEditClockDomain->setVisible(showDomain);
     d->applyFixedSize();
-    labelNextBatch(tr("type of channel %1").arg(d->channel()));
-    d->write([this] {
-        setCfgValue(ChannelValue::VideoType, QString::number(comboData(m_pComboType)), false, d->channel());
-    });
+    {
+        const UserStep step(d.get(), from);
+        labelNextBatch(tr("type of channel %1").arg(d->channel()));
+        d->write([this] {
+            setCfgValue(ChannelValue::VideoType, QString::number(comboData(m_pComboType)), false,
+                        d->channel());
+        });
+    }
     loadData();
     if (isType(ChannelType::Smpte2110))
         checkErrors();
@@ -149,6 +158,7 @@ void QCorvel::onTypeSettingChanged(int index)
 
 void QCorvel::onFormatChanged(int)
 {
+    const UserStep step(d.get(), sender());
     d->write([this] {
         setCfgValue(ChannelValue::SignalFormat, QString::number(comboData(m_pComboVidFormat)), false,
                     d->channel());
@@ -168,6 +178,7 @@ void QCorvel::onFileSettingChanged(bool value)
 
 void QCorvel::enableAudChannel(int)
 {
+    const UserStep step(d.get(), sender());
     const quint32 channels = comboData(m_pComboAudChan);
     const quint32 flows = comboData(m_pComboAudFlow);
     if (isStandAlone()) {
@@ -183,6 +194,7 @@ void QCorvel::enableAudChannel(int)
 
 void QCorvel::enableAudFlow(int)
 {
+    const UserStep step(d.get(), sender());
     d->enableFlowSelectors();
     const quint32 total = comboData(m_pComboAudFlow) * comboData(m_pComboAudChan);
     if (isStandAlone())

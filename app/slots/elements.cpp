@@ -33,12 +33,14 @@ void writeSingleFlow(QCorvel *q, bool single, int channel)
 
 void QCorvel::onChannelSettingChanged(int)
 {
+    d->finishKeys();
     uncheckLockAll(m_pCheckLockGroup);
     loadData();
 }
 
 void QCorvel::onSelectionChanged(bool value)
 {
+    d->finishKeys();
     uncheckLockAll(m_pCheckLockGroup);
     if (value)
         loadData();
@@ -48,6 +50,7 @@ void QCorvel::onSelectionChanged(bool value)
 // After a switch no flow is selected: the values without a flow number are then the ones edited.
 void QCorvel::audChanUseSingle(bool single)
 {
+    d->finishKeys();
     AudioFlows &flows = d->view.flows();
     {
         const SignalBracket bracket(this);

@@ -179,12 +179,15 @@ QString conflictsInWords(const QVector<StoreChange> &conflicts)
 // All that one command takes back is one step: all of it, or nothing.
 void takeBack(QCorvelPrivate *d, const TakingBack &plan)
 {
+    d->finishKeys();
     std::optional<QVector<StoreChange>> conflicts;
     int changed = 0;
     {
-        StoreTransaction step;
+        UserStep step(d);
         d->write([&] { conflicts = carryOut(plan, &changed); });
-        if (conflicts && !step.keep())
+        if (!conflicts)
+            step.drop();
+        else if (!step.keep())
             conflicts.reset();
     }
     d->q->loadData();

@@ -15,6 +15,8 @@
 #include <QCheckBox>
 #include <QDir>
 
+#include <optional>
+
 namespace {
 
 constexpr int kLineBytes = 4096;
@@ -154,8 +156,12 @@ void QCorvelPrivate::loadFile(const QString &path)
     }
     const FileWork work(this);
     labelNextBatch(QLatin1String("Load File ") + QFileInfo(path).fileName());
-    StoreTransaction step;
-    FileLoad load(this, path, file, step.isOpen());
+    UserStep step(this);
+    std::optional<StoreTransaction> alone; // where the step cannot be one
+    if (!step.isOneStep())
+        alone.emplace();
+    const bool isOneStep = step.isOneStep() || alone->isOpen();
+    FileLoad load(this, path, file, isOneStep);
     write([&] {
         setCfgValue(FirstChannelValue::LastConfigPath, QFileInfo(path).absoluteDir().absolutePath(), true, 0);
         load.read();
@@ -163,7 +169,11 @@ void QCorvelPrivate::loadFile(const QString &path)
     });
     if (!work.isWanted())
         return;
-    const bool isStored = !(load.isCancelled() && step.isOpen()) && step.keep();
+    if (load.isCancelled()) {
+        step.drop();
+        alone.reset();
+    }
+    const bool isStored = !load.isCancelled() && step.keep() && (!alone || alone->keep());
     if (load.endedEarly())
         q->loadData();
     else

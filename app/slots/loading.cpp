@@ -13,21 +13,29 @@
 
 namespace {
 
-void loadClock(QCorvel *q, int channel)
+void showText(QLineEdit *edit, const QString &text, const HeldControls &held)
+{
+    if (!held.contains(edit))
+        edit->setText(text);
+}
+
+void loadClock(QCorvel *q, const HeldControls &held, int channel)
 {
     selectData(q->m_pComboClkSrc, toDword(q->cfgValue(ChannelValue::ClockType, false, channel)));
     if (q->isType(ChannelType::ClockDomainOwner))
-        q->m_pEditClockDomain->setText(q->cfgValue(ChannelValue::ClockDomain, false, channel));
+        showText(q->m_pEditClockDomain, q->cfgValue(ChannelValue::ClockDomain, false, channel), held);
 }
 
-void loadCommon(QCorvel *q, int channel)
+void loadCommon(QCorvel *q, const HeldControls &held, int channel)
 {
-    q->m_pEditGmId->setText(q->cfgValue(ChannelValue::ClockDomain, false, channel));
-    q->m_pEditGmAddress->setText(q->cfgValue(ChannelValue::ClockGrandMaster, true, channel));
-    q->m_pEditGmAddress->setCursorPosition(0);
+    showText(q->m_pEditGmId, q->cfgValue(ChannelValue::ClockDomain, false, channel), held);
+    showText(q->m_pEditGmAddress, q->cfgValue(ChannelValue::ClockGrandMaster, true, channel), held);
+    if (!held.contains(q->m_pEditGmAddress))
+        q->m_pEditGmAddress->setCursorPosition(0);
     // The simple page shows where video is sent to.
-    q->m_pSimpleAddress->setAddress(
-        elementValue(Element::Video, Side::Send, Field::DestinationAddress, channel));
+    const QString sentTo = elementValue(Element::Video, Side::Send, Field::DestinationAddress, channel);
+    if (!held.contains(q->m_pSimpleAddress))
+        q->m_pSimpleAddress->setAddress(sentTo);
 }
 
 void lookForInterfaces(QCorvel *q)
@@ -48,6 +56,7 @@ void QCorvel::loadData()
         loadDataStandAlone();
     else
         d->loadEmbedded();
+    d->shown = d->place();
 }
 
 void QCorvel::loadDataStandAlone()
@@ -61,12 +70,14 @@ void QCorvel::loadDataStandAlone()
         const QByteArray suffix = d->view.flows().loadSuffix();
         selectData(m_pComboType, toDword(cfgValue(ChannelValue::VideoType, false, channel)));
         const quint32 nmosOverride = globalDword(StorePath::AvHAL, MachineValue::NmosOverride, 0);
+        d->followSwitches(nmosOverride);
         selectData(m_pComboVidFormat, toDword(cfgValue(ChannelValue::SignalFormat, false, channel)));
         loadElementValues(d->view, d->view.element(), channel, suffix);
-        loadClock(this, channel);
+        loadClock(this, d->view.held(), channel);
         m_pBoardSettings->setChecked(nmosOverride != 0);
-        loadCommon(this, channel);
+        loadCommon(this, d->view.held(), channel);
         lookForInterfaces(this);
     }
+    d->shown = d->place();
     checkPTP();
 }

@@ -63,6 +63,17 @@ bool writeDescription(const char *path, const void *data, int size)
     return written == length;
 }
 
+// All node settings belong to channel 0. A node address this machine does not have is left out.
+void saveNode(QCorvel *q)
+{
+    q->setCfgValue(FirstChannelValue::NmosDomain, q->m_pEditNmosDmn->text(), true, 0);
+    const QString node = q->m_pLineNmosIp->address();
+    if (isLocalInterface(node))
+        q->setCfgValue(FirstChannelValue::NmosIp, node, true, 0);
+    q->setCfgValue(FirstChannelValue::NmosServerIp, q->m_pLineNmosSrv->address(), true, 0);
+    q->setCfgValue(FirstChannelValue::NmosServerPort, q->m_pEditNmosPort->text(), true, 0);
+}
+
 } // namespace
 
 // -------------------------------------------------------------------------------------------- node settings
@@ -83,17 +94,9 @@ void QCorvel::onShowNmosCfg()
     m_pNmosCfg->activateWindow();
 }
 
-// All node settings belong to channel 0. A node address this machine does not have is left out.
 void QCorvel::onSetNmosCfg()
 {
-    d->write([this] {
-        setCfgValue(FirstChannelValue::NmosDomain, m_pEditNmosDmn->text(), true, 0);
-        const QString node = m_pLineNmosIp->address();
-        if (isLocalInterface(node))
-            setCfgValue(FirstChannelValue::NmosIp, node, true, 0);
-        setCfgValue(FirstChannelValue::NmosServerIp, m_pLineNmosSrv->address(), true, 0);
-        setCfgValue(FirstChannelValue::NmosServerPort, m_pEditNmosPort->text(), true, 0);
-    });
+    d->write([this] { saveNode(this); });
     restartNmos();
     m_pNmosCfg->close();
 }
@@ -122,6 +125,7 @@ void QCorvelPrivate::loadNmosSwitches()
         row.box->setChecked(value != 0);
     }
     q->bNmosUseLog = q->m_pNmosOutLog->isChecked();
+    nmosOverride = q->m_pNmosOverride->isChecked() ? 1 : 0;
 }
 
 void QCorvel::overrideNmos(bool checked)
@@ -141,8 +145,12 @@ void QCorvel::overrideNmos(bool checked)
 // stays disabled until the box is next changed.
 void QCorvel::onBoardSettingChanged(bool value)
 {
-    d->write([value] { setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0); });
     const QPointer<QCorvel> self(this); // a host may delete the dialog while it asks
+    {
+        const UserStep step(d.get(), sender());
+        d->write([value] { setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0); });
+        d->nmosOverride = value ? 1 : 0;
+    }
     const bool accepted = d->askForNmos(!value);
     if (!self)
         return;
@@ -157,9 +165,12 @@ void QCorvel::onBoardSettingChanged(bool value)
 
 void QCorvel::toggleNmosLog(bool on)
 {
-    bNmosUseLog = on;
-    if (setGlobalDword(StorePath::Debug, MachineValue::NmosUseLog, on ? 1 : 0))
-        commitStore();
+    {
+        const UserStep step(d.get(), sender());
+        bNmosUseLog = on;
+        if (setGlobalDword(StorePath::Debug, MachineValue::NmosUseLog, on ? 1 : 0))
+            d->stored = commitStore();
+    }
     if (!m_pNmosOverride->isChecked())
         restartNmos();
 }
@@ -189,10 +200,7 @@ void applyDescription(QCorvel *q, HeapBlock block, int size, int channel)
                                         RKOS_OPEN_EXISTING, RKOS_ATTRIBUTE_NORMAL, nullptr);
     if (file != RKOS_INVALID_HANDLE) {
         labelNextBatch(QStringLiteral("pushed description for channel %1").arg(channel));
-        StoreTransaction step;
         q->loadSdp(file);
-        if (!step.keep())
-            ErrOut("session description for channel %d: the store could not take it", channel);
         rkOSCloseFile(file);
     }
     q->loadData();
@@ -213,6 +221,8 @@ void QCorvel::onSendSdp(void *sdp, int size, int channel, bool isSender)
         d->afterFileWork.push_back([=] { onSendSdp(kept->release(), size, channel, isSender); });
         return;
     }
+    d->finishKeys();
+    d->finishPort();
     const int shown = m_pChannel->currentIndex();
     QTimer *timer = nullptr;
     if (!m_pNmosOverride->isChecked() && channel < kFlowCount) {

@@ -153,6 +153,7 @@ void QCorvelPrivate::saveSettings(const QString &path)
     for (const QByteArray &piece : settingsHeader())
         rkOSfputs(piece.constData(), file);
     write([] { setGlobalDword(StorePath::AvHAL, MachineValue::NmosOverride, 0); });
+    nmosOverride = 0; // our own doing, so the box stays as it is
     SettingsSave save(path, file);
     save.writeSections(work, q);
     save.close();

@@ -3,9 +3,81 @@
 // Slots, writing: the one way from the user to the store. What is written is the caller's business.
 #include "app/dialog/private.h"
 #include "channel/channelstore.h"
+#include "channel/configurations.h"
+
+namespace {
+
+constexpr int kMostAttempts = 100;
+constexpr int kAttemptsToOpen = 3; // only the first waits for another program
+
+} // namespace
+
+bool QCorvelPrivate::namesStore() const
+{
+    const QString inUse = configurationInUse();
+    return inUse.isEmpty() || !q->m_pConfig || inUse == shownConfiguration();
+}
 
 void QCorvelPrivate::write(const std::function<void()> &values)
 {
+    const QPointer<QCorvel> self(q);
+    const UserStep step(this);
     values();
-    commitStore();
+    const bool committed = commitStore();
+    if (self)
+        stored = committed && stored;
+}
+
+UserStep::UserStep(QCorvelPrivate *dialog, QObject *changed)
+    : d(dialog), m_alive(dialog->q),
+      m_outermost(dialog->steps++ == 0 && QCorvel::isStandAlone() && storeTellsNews())
+{
+    if (!m_outermost)
+        return;
+    d->stored = true;
+    d->view.held().hold(changed);
+    for (int attempt = 0; attempt < kMostAttempts && !begin(attempt < kAttemptsToOpen); ++attempt)
+        d->showNews();
+}
+
+// The transaction stays with the configuration that is in use when it begins. False when that is not the one
+// in the header; without news it is the one of the last time. Where no transaction can be had in the end, the
+// values are written one by one.
+bool UserStep::begin(bool mustOpen)
+{
+    m_transaction.emplace();
+    const bool open = m_transaction->isOpen();
+    const bool right = d->namesStore() && (open || !mustOpen);
+    const StoreNews news = right ? storeNews(&d->mark) : StoreNews::None;
+    const bool checked = news == StoreNews::None || !open || !d->q->m_pConfig;
+    if (!right || (!checked && !m_transaction->isOf(d->shownConfiguration()))) {
+        m_transaction.reset();
+        return false;
+    }
+    if (news == StoreNews::Others)
+        d->showNews();
+    return true;
+}
+
+bool UserStep::keep()
+{
+    return !m_transaction || m_transaction->keep();
+}
+
+void UserStep::drop()
+{
+    m_transaction.reset();
+}
+
+UserStep::~UserStep()
+{
+    if (!m_alive)
+        return;
+    --d->steps;
+    if (!m_outermost)
+        return;
+    const bool kept = keep();
+    d->view.held().release();
+    settleFields(d->q);
+    d->noteResult(kept && d->stored);
 }

@@ -52,6 +52,28 @@ void AudioFlows::clear() const
     }
 }
 
+quint32 AudioFlows::checked() const
+{
+    quint32 flows = 0;
+    for (std::size_t flow = 0; flow < m_buttons.size(); ++flow)
+        flows |= m_buttons[flow]->isChecked() ? 1u << flow : 0;
+    return flows;
+}
+
+// None checked is a state too, which the buttons would not take while they exclude each other.
+void AudioFlows::setChecked(quint32 flows) const
+{
+    const auto setExclusive = [this](bool on) {
+        for (QRadioButton *button : m_buttons)
+            button->setAutoExclusive(on);
+    };
+    const bool exclusive = m_buttons[0]->autoExclusive();
+    setExclusive(false);
+    for (std::size_t flow = 0; flow < m_buttons.size(); ++flow)
+        m_buttons[flow]->setChecked((flows >> flow & 1) != 0);
+    setExclusive(exclusive);
+}
+
 int AudioFlows::first() const
 {
     const auto found = std::find_if(m_buttons.begin(), m_buttons.end(), isChecked);

@@ -36,6 +36,10 @@ public:
     // Unchecks all of them and makes them what the mode wants: exclusive and enabled, or neither.
     void clear() const;
 
+    // All checked flows, flow 0 as the lowest bit.
+    quint32 checked() const;
+    void setChecked(quint32 flows) const;
+
     // The lowest and the highest checked flow, -1 when none is.
     int first() const;
     int last() const;

@@ -17,6 +17,25 @@ int ChannelView::channel() const
     return m_controls.channel->currentIndex();
 }
 
+ChannelView::Place ChannelView::place() const
+{
+    const Element chosen = m_controls.anc->isChecked()     ? Element::Anc
+                           : m_controls.audio->isChecked() ? Element::Audio
+                                                           : Element::Video;
+    return {channel(), m_controls.type->currentIndex(), chosen, m_flows.checked()};
+}
+
+void ChannelView::go(const Place &place) const
+{
+    QRadioButton *const radio = place.element == Element::Anc     ? m_controls.anc
+                                : place.element == Element::Audio ? m_controls.audio
+                                                                  : m_controls.video;
+    m_controls.channel->setCurrentIndex(place.channel);
+    m_controls.type->setCurrentIndex(place.type);
+    radio->setChecked(true);
+    m_flows.setChecked(place.flows);
+}
+
 bool ChannelView::isType(quint32 type) const
 {
     return comboData(m_controls.type) == type;
@@ -71,11 +90,17 @@ void ChannelView::show(Side side, Field field, const QString &text)
     case Field::DestinationAddress:
     case Field::DestinationPort:
     case Field::Interface:
-        m_fields.at(side, field).setValue(text);
+        showText(m_fields.at(side, field), text);
         break;
     case Field::TotalChannels: // shown as the number of flows, which needs the channels per flow as well
         break;
     }
+}
+
+void ChannelView::showText(const NetworkField &field, const QString &text) const
+{
+    if (!m_held.contains(field.control()))
+        field.setValue(text);
 }
 
 QString ChannelView::value(Side side, Field field) const

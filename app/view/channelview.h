@@ -6,6 +6,7 @@
 #define CORVEL_VIEW_CHANNELVIEW_H
 
 #include "app/view/audioflows.h"
+#include "app/view/heldcontrols.h"
 #include "app/view/networkfields.h"
 #include "channel/elementvalues.h"
 
@@ -31,6 +32,18 @@ public:
 
     const NetworkFields &fields() const { return m_fields; }
     AudioFlows &flows() { return m_flows; }
+    // What show() leaves alone.
+    HeldControls &held() { return m_held; }
+
+    // What the shown values belong to.
+    struct Place {
+        int channel;
+        int type; // index of the entry
+        Element element;
+        quint32 flows; // see AudioFlows::checked
+    };
+    Place place() const;
+    void go(const Place &place) const; // nothing is loaded
 
     // The zero-based index of the shown channel; -1 on a machine without channels.
     int channel() const;
@@ -53,10 +66,12 @@ public:
 
 private:
     QComboBox *packetTime(Side side) const;
+    void showText(const NetworkField &field, const QString &text) const;
 
     Controls m_controls = {};
     NetworkFields m_fields;
     AudioFlows m_flows;
+    HeldControls m_held;
 };
 
 #endif
