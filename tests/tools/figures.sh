@@ -9,9 +9,9 @@ bad=0
 
 # tree: a product file from standard input, with three lines of tests for each of its lines.
 tree() {
-  rm -rf "$work" && mkdir -p "$work/app" "$work/tests" || exit 1
+  rm -rf "$work" && mkdir -p "$work/app" "$work/tests/app" || exit 1
   cat >"$work/app/a.cpp"
-  for _ in 1 2 3; do cat "$work/app/a.cpp"; done >"$work/tests/a.cpp"
+  for _ in 1 2 3; do cat "$work/app/a.cpp"; done >"$work/tests/app/a.cpp"
 }
 
 # expect CODE TEXT: the verdict on this tree, and a text that stands in it.
@@ -72,7 +72,7 @@ END_OF_CODE
 expect 1 '4 app/a.cpp:1 f'
 
 body 10 | tree
-head -100 "$work/app/a.cpp" >"$work/tests/a.cpp"
+head -60 "$work/app/a.cpp" >"$work/tests/app/a.cpp"
 expect 1 'UNDER'
 yes '// a line' | head -431 | tree
 echo 'void f() {}' >>"$work/app/a.cpp"
