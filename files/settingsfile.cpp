@@ -17,6 +17,7 @@ using std::string_view;
 const char *const header[] = {"[HalvectIpConfig]\n", ";Network Config file", "Name=Quorlex\n",
                               "Version=1.0\n\n"};
 const char signature[] = "[HalvectIpConfig]";
+constexpr string_view versionKey = "Version"; // of the header's last piece
 
 enum class Form {
     Zero,   // the number 0, whatever is stored
@@ -354,12 +355,12 @@ SettingsReader::Result SettingsReader::feed(const QByteArray &line, SettingsValu
     const size_t equals = text.find('=');
     if (equals == string_view::npos)
         return section(QByteArray(text.data(), int(text.size())));
+    const string_view key = text.substr(0, equals);
     if (m_current < 0) {
-        ++m_leftOut.beforeSections;
+        m_leftOut.beforeSections += key != versionKey; // every file has this one
         return Result::Ignored;
     }
 
-    const string_view key = text.substr(0, equals);
     lowerInto(m_key, key);
     const auto &keys = accepted();
     const auto row = std::find_if(keys.begin(), keys.end(),
