@@ -27,7 +27,9 @@ set_target_properties(corvel_library PROPERTIES
   LINK_DEPENDS "${CMAKE_SOURCE_DIR}/cmake/libcorvel.map")
 target_include_directories(corvel_library INTERFACE "${CMAKE_SOURCE_DIR}")
 target_compile_features(corvel_library INTERFACE cxx_std_17)
-target_link_libraries(corvel_library PUBLIC Qt5::Widgets rkptp PRIVATE rkcfg rkos corvel_options)
+# Of what is shared with the command line only the words of the history are in it: an archive, not objects.
+target_link_libraries(corvel_library PUBLIC Qt5::Widgets rkptp
+  PRIVATE corvel_ops rkcfg rkos corvel_options ${CMAKE_DL_LIBS})
 # Only what the headers declare is visible, so that nothing inside meets a host's names.
 target_link_options(corvel_library PRIVATE "-Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/libcorvel.map")
 corvel_run_path(corvel_library)
