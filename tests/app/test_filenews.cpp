@@ -45,7 +45,10 @@ void TestFileNews::afterALoad_data()
                               << head + "[channel0]\nTransmitIp=10.1.1.1\nTransmitInterface=eth0\n"
                                         "ReceiveInterface=eth0\ncolour=red\n"
                               << "Loaded x.ipp: 1 channel, 1 value, 3 left out: 2 interfaces, 1 unknown key";
-    QTest::newRow("before") << "x.ipp" << head + "Version=1.0\n[channel0]\nTransmitIp=10.1.1.1\n"
+    QTest::newRow("version") << "x.ipp" << head + "Version=1.0\n[channel0]\nTransmitIp=10.1.1.1\n"
+                             << "Loaded x.ipp: 1 channel, 1 value";
+    QTest::newRow("before") << "x.ipp"
+                            << head + "Version=1.0\nTransmitIp=10.1.1.9\n[channel0]\nTransmitIp=10.1.1.1\n"
                             << "Loaded x.ipp: 1 channel, 1 value, 1 left out: 1 before the first channel";
     QTest::newRow("ends early")
         << "x.ipp" << head + "[channel1]\nTransmitIp=10.1.1.1\n[channel0]\n"
