@@ -83,6 +83,7 @@ void QCorvel::setLiveUpdates(bool on)
 void QCorvel::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);
+    d->placeNotices(); // what was told before stood in no layout yet
     const QSize room = screenOf(this)->availableSize();
     if (d->toldSize || !isWindow() || room.expandedTo(size()) == room)
         return;

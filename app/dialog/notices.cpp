@@ -16,7 +16,7 @@ constexpr int kTicksPerSecond = 100; // of the status timer
 // The bar is as wide as the page and covers its first row; the line stands between the command buttons.
 void QCorvelPrivate::placeNotices()
 {
-    const QRect page = q->m_pSwapLayout->geometry();
+    const QRect page = q->m_pSwapLayout->currentWidget()->geometry(); // the layout itself has none
     const QRect bar(page.left(), page.top(), page.width(), px(26));
     const QPoint left = q->m_pCmdSave->mapTo(q, q->m_pCmdSave->rect().topRight());
     const QPoint right = q->m_pCmdAccept->mapTo(q, QPoint(0, 0));

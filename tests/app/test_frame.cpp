@@ -67,6 +67,7 @@ private slots:
     void typeChangeHasNoLowerBound();
     void typeChangeGoesByItsIndex();
     void noSizeFromTheContent();
+    void noticesStandInTheirPlaces();
     void styleSheetIsInTheProgram();
     void onlyStandAloneTakesTheOwnStyleSheet();
     void embeddedWithoutTheme();
@@ -168,6 +169,23 @@ void TestFrame::noSizeFromTheContent()
     open();
     show(m_dialog.get());
     QCOMPARE(m_dialog->size(), sizeAt(qMax(96, screenDpi())));
+}
+
+// Also what was told before the dialog was shown.
+void TestFrame::noticesStandInTheirPlaces()
+{
+    open();
+    show(m_dialog.get());
+    const auto placeOf = [this](QWidget *widget) {
+        return QRect(widget->mapTo(m_dialog.get(), QPoint(0, 0)), widget->size());
+    };
+    const QRect line = placeOf(m_dialog->findChild<QLabel *>(QStringLiteral("statusLine")));
+    QVERIFY(line.left() > placeOf(m_dialog->m_pCmdSave).right());
+    QVERIFY(line.right() < placeOf(m_dialog->m_pCmdAccept).left());
+    QVERIFY(line.width() > m_dialog->width() / 3);
+    const QRect bar = placeOf(m_dialog->findChild<QLabel *>(QStringLiteral("storeBar")));
+    QCOMPARE(bar.width(), m_dialog->width());
+    QVERIFY(bar.top() >= placeOf(m_dialog->m_pNmosOverride).bottom());
 }
 
 void TestFrame::styleSheetIsInTheProgram()

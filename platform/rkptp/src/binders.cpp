@@ -166,11 +166,13 @@ bool inOurNetwork(pid_t pid)
 }
 
 // Empty as well when we may not look.
-std::vector<uint64_t> socketsOf(pid_t pid)
+std::vector<uint64_t> socketsOf(pid_t pid, bool *known = nullptr)
 {
     const std::string folder = "/proc/" + std::to_string(pid) + "/fd";
     const std::unique_ptr<DIR, int (*)(DIR *)> entries(opendir(folder.c_str()), closedir);
     std::vector<uint64_t> found;
+    if (known)
+        *known = entries != nullptr;
     while (const dirent *entry = entries ? readdir(entries.get()) : nullptr) {
         char target[64] = "";
         unsigned long long inode = 0;
@@ -266,10 +268,12 @@ void merge(std::vector<PtpProcess> &processes, const std::vector<PtpProcess> &la
     for (const PtpProcess &late : later) {
         const auto known = std::find_if(processes.begin(), processes.end(),
                                         [&late](const PtpProcess &one) { return one.pid == late.pid; });
-        if (known == processes.end())
+        if (known == processes.end()) {
             processes.push_back(late);
-        else
-            known->sockets.insert(known->sockets.end(), late.sockets.begin(), late.sockets.end());
+            continue;
+        }
+        known->sockets.insert(known->sockets.end(), late.sockets.begin(), late.sockets.end());
+        known->socketsKnown = known->socketsKnown || late.socketsKnown;
     }
 }
 
@@ -286,7 +290,7 @@ void takeAway(const PtpProcess &process, std::vector<PortBinder> &binders)
     };
     const auto held = [&process](const PortBinder &one) { return contains(process.sockets, one.inode); };
     binders.erase(std::remove_if(binders.begin(), binders.end(), held), binders.end());
-    if (!process.sockets.empty())
+    if (process.socketsKnown || !process.sockets.empty())
         return;
     for (const std::string &name : process.interfaces())
         for (const uint16_t port : ptpPorts)
@@ -354,7 +358,7 @@ std::vector<PtpProcess> readPtpProcesses()
         if (process.arguments.empty())
             continue;
         process.user = userOf(pid);
-        process.sockets = socketsOf(pid);
+        process.sockets = socketsOf(pid, &process.socketsKnown);
         found.push_back(std::move(process));
     }
     return found;

@@ -25,6 +25,7 @@ struct PtpProcess {
     uid_t user = 0;
     std::vector<std::string> arguments;
     std::vector<uint64_t> sockets; // inodes, where they may be looked at: those of ours as root only
+    bool socketsKnown = false;     // they were looked at; one that is ending has none any more
 
     /* Started by this library, here or in another program, of whatever user. */
     bool ours() const;

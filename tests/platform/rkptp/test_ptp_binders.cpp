@@ -129,6 +129,15 @@ private slots:
         QCOMPARE(left[1].inode, uint64_t{22});
     }
 
+    // One of ours that is ending has closed its sockets; those that are there are another's.
+    void oneThatIsEndingHidesNobody()
+    {
+        PtpProcess ending = ours(100, 0, {"lo"});
+        ending.socketsKnown = true;
+        const std::vector<PortBinder> binders = {{m_lo, 0, 21, 319}, {m_lo, 0, 22, 320}};
+        QCOMPARE(foreignBinders(binders, {ending}, m_wanted).size(), size_t{2});
+    }
+
     // Processes come and go while they are looked at; at some moments nothing can be read of them any more.
     void processesThatEndMeanwhileDoNoHarm()
     {
