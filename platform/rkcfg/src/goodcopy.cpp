@@ -20,7 +20,7 @@ Result countValues(const std::string &path, int64_t &count)
     const FileState state = fileState(path);
     if (!state.exists && !state.missing())
         return diskRefused("looking at " + path);
-    const Result result = state.plain() ? Connection::countValues(path, count) : Result();
+    Result result = state.plain() ? Connection::countValues(path, count) : Result();
     if (result.ok() || result.damage())
         return {};
     return result;

@@ -128,7 +128,7 @@ Result setAside(const Paths &paths, const std::string &fresh, std::string &kept)
 Result putInPlace(const Paths &paths, const std::string &fresh)
 {
     // Left behind by a database that somebody removed by hand.
-    const Result result = moveSidecars(paths, quarantineName(paths));
+    Result result = moveSidecars(paths, quarantineName(paths));
     if (result.ok() && !renameFreely(fresh, paths.database))
         return diskRefused("naming a file");
     return result;
