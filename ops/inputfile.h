@@ -8,7 +8,7 @@
 
 namespace ops {
 
-constexpr qint64 kLargestInput = 256 * 1024 * 1024;
+constexpr qint64 kLargestInput = qint64(256) << 20;
 
 // The whole content of a regular file, or of standard input for "-". A directory, a FIFO, a device, something
 // unreadable and anything above kLargestInput is refused, none of them after waiting.
