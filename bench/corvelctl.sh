@@ -25,7 +25,7 @@ run() { # NAME COMMAND...
   shift
   for _ in 1 2 3 4 5; do
     /usr/bin/time -f '%e %M' -o t "$bin/corvelctl" "$@" > /dev/null 2>&1
-    cat t | tail -1
+    tail -1 t
   done | sort -n | sed -n 3p | while read -r ms kb; do printf '%-24s %6s s %8s kB\n' "$name" "$ms" "$kb"; done
 }
 

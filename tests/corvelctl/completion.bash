@@ -3,6 +3,7 @@
 # completion.bash SCRIPT BIN: what bash would offer for some lines.
 PATH="$2:$PATH"
 compopt() { :; }
+# shellcheck source=/dev/null
 source "$1"
 bad=0
 # offered LINE WORDS...: the answers, as bash would add them to the word it sees.
