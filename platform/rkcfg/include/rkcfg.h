@@ -187,23 +187,23 @@ RKCFG_API int rkCFGLabel(void *handle, const char *utf8Label);
 
 /* One change. Texts as in rkCFGValueString: with a terminating zero, which the size counts. */
 typedef struct RKCFG_CHANGE {
-    uint32_t size;         /* of this structure: later versions may add members at its end */
-    int64_t id;            /* ascending, never used again within one database file */
-    int64_t batch;         /* id of the first change of its batch */
-    int64_t time_us;       /* microseconds since 1970, UTC */
-    const char *program;   /* the program's name without its folder, UTF-8 */
+    uint32_t size;       /* of this structure: later versions may add members at its end */
+    int64_t id;          /* ascending, never used again within one database file */
+    int64_t batch;       /* id of the first change of its batch */
+    int64_t time_us;     /* microseconds since 1970, UTC */
+    const char *program; /* the program's name without its folder, UTF-8 */
     uint32_t pid;
-    const char *user;      /* user name, or the user id in decimal where the machine has no name for it */
-    const char *label;     /* of the batch, or null */
+    const char *user;  /* user name, or the user id in decimal where the machine has no name for it */
+    const char *label; /* of the batch, or null */
     const char *keyPath;
     const char *valueName;
-    int oldType, newType;  /* 0 absent, 1 text, 2 number */
-    const char *oldText;   /* null unless a text */
+    int oldType, newType; /* 0 absent, 1 text, 2 number */
+    const char *oldText;  /* null unless a text */
     uint32_t oldSize;
     const char *newText;
     uint32_t newSize;
     uint32_t oldNumber, newNumber;
-    int64_t undoes;        /* the batch that this one took back, or 0 */
+    int64_t undoes; /* the batch that this one took back, or 0 */
 } RKCFG_CHANGE;
 
 /* Non-zero ends the walk. It may use the store. The pointers are valid for the call only. */
@@ -226,8 +226,8 @@ RKCFG_API int rkCFGHistory(void *handle, int64_t after, RKCFG_CHANGE_VISITOR vis
  * batch that was made, 0 when nothing had to be changed: taking that one back puts all back again.
  * Inside rkCFGBegin and rkCFGEnd it is part of that transaction. Durable after rkCFGSave.
  */
-RKCFG_API int rkCFGTakeBack(void *handle, int64_t batch, int force, int dryRun,
-                            RKCFG_CHANGE_VISITOR conflict, void *context, int64_t *newBatch);
+RKCFG_API int rkCFGTakeBack(void *handle, int64_t batch, int force, int dryRun, RKCFG_CHANGE_VISITOR conflict,
+                            void *context, int64_t *newBatch);
 
 /* Version of this interface, "2.0". */
 RKCFG_API const char *rkCFGVersion(void);
