@@ -102,6 +102,14 @@ void QCorvel::init(bool standAlone)
         m_pSwapLayout->setCurrentIndex(1);
 }
 
+// What was told before stood in no layout yet.
+void QCorvel::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    d->placeNotices();
+    d->tellSize();
+}
+
 void QCorvel::initCtrls()
 {
     setFont(QFont(m_fontFamily, m_fontSize));

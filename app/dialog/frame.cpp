@@ -80,17 +80,15 @@ void QCorvel::setLiveUpdates(bool on)
 }
 
 // The size stays what it is; whoever wonders where the buttons are finds the reason in the log.
-void QCorvel::showEvent(QShowEvent *event)
+void QCorvelPrivate::tellSize()
 {
-    QDialog::showEvent(event);
-    d->placeNotices(); // what was told before stood in no layout yet
-    const QSize room = screenOf(this)->availableSize();
-    if (d->toldSize || !isWindow() || room.expandedTo(size()) == room)
+    const QSize room = screenOf(q)->availableSize();
+    if (toldSize || !q->isWindow() || room.expandedTo(q->size()) == room)
         return;
-    d->toldSize = true;
+    toldSize = true;
     ErrOut("The dialog of %d x %d pixels does not fit the screen of %d x %d; a smaller QT_FONT_DPI makes it "
            "smaller, down to 96",
-           width(), height(), room.width(), room.height());
+           q->width(), q->height(), room.width(), room.height());
 }
 
 void QCorvel::CenterOnScreen()

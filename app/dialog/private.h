@@ -37,6 +37,7 @@ struct QCorvelPrivate {
     // ---- class floor: frame
     int px(double pixels) const;
     void applyFixedSize();
+    void tellSize(); // to the log, once, when the screen has no room for it
 
     // ---- class floor: controls
     QFont controlFont() const;
