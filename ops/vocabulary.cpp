@@ -12,7 +12,8 @@ namespace {
 constexpr char kServer[] = "server";
 
 // clang-format off
-const struct { Field field; const char *word; Kind kind; } kFields[] = {
+// Found by their place: each field stands where its number says.
+constexpr struct { Field field; const char *word; Kind kind; } kFields[] = {
     {Field::SourceAddress,      "src",      Kind::Address},
     {Field::SourcePort,         "src-port", Kind::Port},
     {Field::DestinationAddress, "dst",      Kind::Address},
@@ -46,6 +47,17 @@ const struct { const char *word; const char *path; const char *name; Kind kind; 
     {"nmos.port",        nullptr,           FirstChannelValue::NmosServerPort, Kind::Text},
 };
 // clang-format on
+
+constexpr bool everyFieldHasItsPlace()
+{
+    int place = 0;
+    for (const auto &row : kFields) {
+        if (static_cast<int>(row.field) != place++)
+            return false;
+    }
+    return place == kFieldCount;
+}
+static_assert(everyFieldHasItsPlace(), "a field has no word, or stands at another one's place");
 
 KnownName fieldName(const ChannelKey &key, int flow)
 {
