@@ -18,15 +18,22 @@
 #include <QSignalBlocker>
 #include <QStackedLayout>
 
-#include <algorithm>
+#include <initializer_list>
 
 namespace {
 
-// Whose shown state is the user's and not the store's: a field being typed in, a list that is open.
+// Whose shown state is the user's and not the store's: a field being typed in, a list that is open, a setting
+// of the node that waits for "Set".
 void holdWhatIsInHand(QCorvelPrivate *d)
 {
-    d->view.held().hold(fieldInHand(d->q));
-    for (QComboBox *combo : d->q->findChildren<QComboBox *>()) {
+    QCorvel *const q = d->q;
+    d->view.held().hold(fieldInHand(q));
+    if (q->m_pNmosCfg->isVisible()) {
+        for (QObject *setting : std::initializer_list<QObject *>{q->m_pEditNmosDmn, q->m_pLineNmosIp,
+                                                                 q->m_pLineNmosSrv, q->m_pEditNmosPort})
+            d->view.held().hold(setting);
+    }
+    for (QComboBox *combo : q->findChildren<QComboBox *>()) {
         if (combo->view()->isVisible())
             d->view.held().hold(combo);
     }
@@ -40,16 +47,6 @@ void followLog(QCorvel *q)
     const SignalBracket bracket(q);
     q->bNmosUseLog = on;
     q->m_pNmosOutLog->setChecked(on);
-}
-
-// Unless the user has begun to change them.
-void followNodeSettings(QCorvel *q)
-{
-    if (!q->m_pNmosCfg->isVisible())
-        return;
-    const QList<QLineEdit *> edits = q->m_pNmosCfg->findChildren<QLineEdit *>();
-    if (std::none_of(edits.begin(), edits.end(), [](const QLineEdit *edit) { return edit->isModified(); }))
-        q->loadNmosCfg();
 }
 
 } // namespace
@@ -123,7 +120,8 @@ void QCorvelPrivate::takeOver()
         listConfigs();
     q->loadDataStandAlone();
     followLog(q);
-    followNodeSettings(q);
+    if (q->m_pNmosCfg->isVisible())
+        q->loadNmosCfg();
     takingOver = false;
     view.held().putBack();
     if (outermost)

@@ -78,12 +78,18 @@ void saveNode(QCorvel *q)
 
 // -------------------------------------------------------------------------------------------- node settings
 
+// But for what the user has begun to change while others wrote.
 void QCorvel::loadNmosCfg()
 {
-    m_pEditNmosDmn->setText(cfgValue(FirstChannelValue::NmosDomain, true, 0));
-    m_pLineNmosIp->setAddress(cfgValue(FirstChannelValue::NmosIp, true, 0));
-    m_pLineNmosSrv->setAddress(cfgValue(FirstChannelValue::NmosServerIp, true, 0));
-    m_pEditNmosPort->setText(cfgValue(FirstChannelValue::NmosServerPort, true, 0));
+    const auto isShown = [this](const QObject *control) { return !d->view.held().contains(control); };
+    if (isShown(m_pEditNmosDmn))
+        m_pEditNmosDmn->setText(cfgValue(FirstChannelValue::NmosDomain, true, 0));
+    if (isShown(m_pLineNmosIp))
+        m_pLineNmosIp->setAddress(cfgValue(FirstChannelValue::NmosIp, true, 0));
+    if (isShown(m_pLineNmosSrv))
+        m_pLineNmosSrv->setAddress(cfgValue(FirstChannelValue::NmosServerIp, true, 0));
+    if (isShown(m_pEditNmosPort))
+        m_pEditNmosPort->setText(cfgValue(FirstChannelValue::NmosServerPort, true, 0));
 }
 
 void QCorvel::onShowNmosCfg()

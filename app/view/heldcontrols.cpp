@@ -77,7 +77,8 @@ void settleFields(const QWidget *window)
 {
     const QLineAddress *inHand = addressOf(qobject_cast<QLineEdit *>(window->focusWidget()));
     for (QLineEdit *edit : window->findChildren<QLineEdit *>()) {
-        if (!inHand || addressOf(edit) != inHand)
+        const bool belongs = edit->window() == window->window() && (!inHand || addressOf(edit) != inHand);
+        if (belongs)
             edit->setModified(false);
     }
 }

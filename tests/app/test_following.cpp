@@ -29,6 +29,7 @@ private slots:
     void theLog();
     void savedSettingsLeaveTheBox();
     void nodeSettings();
+    void nodeSettingsWaitForSet();
 
 private:
     std::unique_ptr<FileFixture> m_fixture;
@@ -204,6 +205,17 @@ void TestFollowing::nodeSettings()
     OtherProgram::setNumber(0, "TransmitRemotePort", 7001);
     QTRY_COMPARE(m_dialog->m_pEditSndDstPort->text(), QStringLiteral("7001"));
     QCOMPARE(m_dialog->m_pEditNmosDmn->text(), QStringLiteral("locally"));
+}
+
+// What is typed there is not stored by what is done on the page meanwhile, so it is not given up either.
+void TestFollowing::nodeSettingsWaitForSet()
+{
+    QTest::mouseClick(m_dialog->m_pOpenNmosCfg, Qt::LeftButton);
+    QTest::keyClicks(m_dialog->m_pEditNmosDmn, QStringLiteral("ours"));
+    click(m_dialog->m_pCheckSndDstPort);
+    OtherProgram::set(0, "nmosserverport", QStringLiteral("8010"));
+    QTRY_COMPARE(m_dialog->m_pEditNmosPort->text(), QStringLiteral("8010"));
+    QCOMPARE(m_dialog->m_pEditNmosDmn->text(), QStringLiteral("ours"));
 }
 
 CORVEL_DIALOG_TEST_MAIN(TestFollowing)

@@ -59,6 +59,7 @@ private slots:
     void theChangedControlWins();
     void lockedCopiesAreOfThePresentState();
     void anEditAfterASwitchGoesWhereTheHeaderSays();
+    void nodeSettingsLeaveWhatOthersWrote();
     void heldWritersAreWaitedFor();
     void twoWritersAtRandom();
     void switchedAllTheTime();
@@ -149,6 +150,19 @@ void TestWriting::anEditAfterASwitchGoesWhereTheHeaderSays()
     QCOMPARE(OtherProgram::stored(kTheirs), QStringLiteral("7001"));
     OtherProgram::choose(QStringLiteral("default"));
     QCOMPARE(OtherProgram::stored(kOurs), QString());
+}
+
+// "Set" stores all four.
+void TestWriting::nodeSettingsLeaveWhatOthersWrote()
+{
+    QTest::mouseClick(m_dialog->m_pOpenNmosCfg, Qt::LeftButton);
+    QTest::keyClicks(m_dialog->m_pEditNmosDmn, QStringLiteral("ours"));
+    OtherProgram::set(0, "nmosserverport", QStringLiteral("8010"));
+    OtherProgram::set(0, "nmosserverip", QStringLiteral("10.8.8.8"));
+    QTest::mouseClick(m_dialog->m_pSetNmosCfg, Qt::LeftButton);
+    QCOMPARE(OtherProgram::stored("nmosdomain"), quoted(QStringLiteral("ours")));
+    QCOMPARE(OtherProgram::stored("nmosserverport"), quoted(QStringLiteral("8010")));
+    QCOMPARE(OtherProgram::stored("nmosserverip"), quoted(QStringLiteral("10.8.8.8")));
 }
 
 // Another program in the middle of a run of writes: the edit comes after all of it.

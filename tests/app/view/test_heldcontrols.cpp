@@ -7,6 +7,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialog>
 #include <QLineEdit>
 #include <QVBoxLayout>
 #include <QtTest>
@@ -25,6 +26,7 @@ private slots:
     void lineEditInHand();
     void addressInHand();
     void shownAnewIsNotInHand();
+    void anotherWindowIsNotSettled();
 
 private:
     std::unique_ptr<QWidget> m_window;
@@ -135,6 +137,19 @@ void TestHeldControls::shownAnewIsNotInHand()
     QTest::keyClicks(m_edit, QStringLiteral("50"));
     m_edit->setText(QStringLiteral("7000"));
     QVERIFY(!fieldInHand(m_window.get()));
+}
+
+void TestHeldControls::anotherWindowIsNotSettled()
+{
+    QDialog inside(m_window.get());
+    QLineEdit edit(&inside);
+    QTest::keyClicks(&edit, QStringLiteral("50"));
+    QTest::keyClicks(m_edit, QStringLiteral("50"));
+    settleFields(m_window.get());
+    QVERIFY(edit.isModified());
+    QVERIFY(!m_edit->isModified());
+    settleFields(&inside);
+    QVERIFY(!edit.isModified());
 }
 
 QTEST_MAIN(TestHeldControls)
