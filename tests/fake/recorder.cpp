@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 
@@ -200,7 +201,8 @@ int rkOSfputs(const char *text, uint64_t file)
 
 char *rkOSfgets(char *buffer, int size, uint64_t file)
 {
-    noteFileCall("get " + QByteArray::number(size));
+    const bool isEmpty = std::all_of(buffer, buffer + size, [](char byte) { return byte == 0; });
+    noteFileCall("get " + QByteArray::number(size) + (isEmpty ? "" : " into old text"));
     return real(rkOSfgets, "rkOSfgets")(buffer, size, file);
 }
 

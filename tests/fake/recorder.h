@@ -39,8 +39,9 @@ int saves();
 
 // How a file command goes about its work, one entry a call, "*" before it under the wait cursor:
 //   "create NAME ACCESS SHARE DISPOSITION ATTRIBUTES"   a file opened; the access in hexadecimal digits
-//   "put TEXT", "get SIZE"                              the first eight bytes written, "|" for a line end; a
-//   line read "close", "close nothing"                            a file closed, or one that was never open
+//   "put TEXT"                                          the first eight bytes written, "|" for a line end
+//   "get SIZE", "get SIZE into old text"                a line read, into an empty buffer or another one
+//   "close", "close nothing"                            a file closed, or one that was never open
 //   "makedir MODE", "micro", "grandmaster"              a folder made, the clock and the PTP client asked
 //   "PATH\Name=value", "save"                           a number written to the store, a commit
 QByteArrayList fileCalls();
