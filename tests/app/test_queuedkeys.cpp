@@ -53,6 +53,7 @@ private slots:
     void anInterface();
     void aDescriptionIsPushed();
     void aHalfTypedPortAndADescription();
+    void theWindowIsClosed();
     void nothingTypedMovesNothing();
 
 private:
@@ -177,6 +178,13 @@ void TestQueuedKeys::aHalfTypedPortAndADescription()
     QCOMPARE(OtherProgram::stored("TransmitRemotePort"), QStringLiteral("51"));
     QVERIFY(OtherProgram::stored("TransmitRemotePort", 1) != QLatin1String("51"));
     QCOMPARE(port->text(), QStringLiteral("51"));
+}
+
+void TestQueuedKeys::theWindowIsClosed()
+{
+    typeOctet(m_dialog->m_pLineRecDstAddr, QStringLiteral("77"));
+    m_dialog->close();
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationIp"), quoted(QStringLiteral("239.1.1.77")));
 }
 
 void TestQueuedKeys::nothingTypedMovesNothing()
