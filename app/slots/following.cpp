@@ -18,8 +18,6 @@
 #include <QSignalBlocker>
 #include <QStackedLayout>
 
-#include <algorithm>
-
 namespace {
 
 // Whose shown state is the user's and not the store's: a field being typed in, a list that is open.
@@ -42,14 +40,24 @@ void followLog(QCorvel *q)
     q->m_pNmosOutLog->setChecked(on);
 }
 
-// Unless the user has begun to change them.
+// But for those that the user has begun to change: "Set" writes all of them.
 void followNodeSettings(QCorvel *q)
 {
     if (!q->m_pNmosCfg->isVisible())
         return;
-    const QList<QLineEdit *> edits = q->m_pNmosCfg->findChildren<QLineEdit *>();
-    if (std::none_of(edits.begin(), edits.end(), [](const QLineEdit *edit) { return edit->isModified(); }))
-        q->loadNmosCfg();
+    const auto stored = [q](const char *name) { return q->cfgValue(name, true, 0); };
+    const auto followText = [&](QLineEdit *edit, const char *name) {
+        if (!edit->isModified())
+            edit->setText(stored(name));
+    };
+    const auto followAddress = [&](QLineAddress *address, const char *name) {
+        if (!address->isModified())
+            address->setAddress(stored(name));
+    };
+    followText(q->m_pEditNmosDmn, FirstChannelValue::NmosDomain);
+    followAddress(q->m_pLineNmosIp, FirstChannelValue::NmosIp);
+    followAddress(q->m_pLineNmosSrv, FirstChannelValue::NmosServerIp);
+    followText(q->m_pEditNmosPort, FirstChannelValue::NmosServerPort);
 }
 
 } // namespace

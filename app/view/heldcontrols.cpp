@@ -77,7 +77,8 @@ void settleFields(const QWidget *window)
 {
     const QLineAddress *inHand = addressOf(qobject_cast<QLineEdit *>(window->focusWidget()));
     for (QLineEdit *edit : window->findChildren<QLineEdit *>()) {
-        if (!inHand || addressOf(edit) != inHand)
+        const bool isElsewhere = edit->window() != window->window(); // a dialog of the window's own
+        if (!isElsewhere && (!inHand || addressOf(edit) != inHand))
             edit->setModified(false);
     }
 }

@@ -35,7 +35,8 @@ private:
 // settled; null when there is none. Whether the window is in front does not count.
 QWidget *fieldInHand(const QWidget *window);
 
-// What was typed in the window so far is stored. An address stays in hand until the focus leaves it.
+// What was typed in the window so far is stored, but not what was typed in its child dialogs. An address
+// stays in hand until the focus leaves it.
 void settleFields(const QWidget *window);
 
 #endif

@@ -7,6 +7,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialog>
 #include <QLineEdit>
 #include <QVBoxLayout>
 #include <QtTest>
@@ -25,6 +26,7 @@ private slots:
     void lineEditInHand();
     void addressInHand();
     void shownAnewIsNotInHand();
+    void childDialogsAreNotSettled();
 
 private:
     std::unique_ptr<QWidget> m_window;
@@ -135,6 +137,17 @@ void TestHeldControls::shownAnewIsNotInHand()
     QTest::keyClicks(m_edit, QStringLiteral("50"));
     m_edit->setText(QStringLiteral("7000"));
     QVERIFY(!fieldInHand(m_window.get()));
+}
+
+void TestHeldControls::childDialogsAreNotSettled()
+{
+    QDialog dialog(m_window.get());
+    QLineEdit edit(&dialog);
+    edit.setModified(true);
+    m_edit->setModified(true);
+    settleFields(m_window.get());
+    QVERIFY(edit.isModified());
+    QVERIFY(!m_edit->isModified());
 }
 
 QTEST_MAIN(TestHeldControls)
