@@ -6,8 +6,10 @@
 #include "support/filefixture.h"
 
 #include <QElapsedTimer>
+#include <QProcess>
 #include <QProgressDialog>
 
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
@@ -40,6 +42,7 @@ private slots:
     void escapeEndsASave();
     void theDialogMayGo();
     void aPushWaitsForTheEnd();
+    void killedInTheMiddle();
 
 private:
     void loadBig() { m->load(QStringLiteral("big.ipp")); }
@@ -166,5 +169,48 @@ void TestFileProgress::aPushWaitsForTheEnd()
     QCOMPARE(text(0, "TransmitAudIp0"), QString());
 }
 
-CORVEL_DIALOG_TEST_MAIN(TestFileProgress)
+namespace {
+
+const QString kDying = QStringLiteral("--dying");
+
+// A process of its own whose load is cut off by the hardest way to end.
+int dieWhileLoading(const QString &path)
+{
+    QCorvel dialog(true, nullptr);
+    dialog.show();
+    slowStore = true;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [] {
+        if (qobject_cast<QProgressDialog *>(QApplication::activeModalWidget()))
+            raise(SIGKILL);
+    });
+    timer.start(0);
+    const FileAnswer answer(path);
+    dialog.load();
+    return 1;
+}
+
+} // namespace
+
+void TestFileProgress::killedInTheMiddle()
+{
+    const Snapshot before = snapshot();
+    QProcess program;
+    program.start(QCoreApplication::applicationFilePath(), {kDying, m->in(QStringLiteral("big.ipp"))});
+    QVERIFY(program.waitForFinished(60000));
+    QCOMPARE(program.exitStatus(), QProcess::CrashExit);
+    QCOMPARE(changes(before, snapshot()), Snapshot());
+}
+
+int main(int argc, char **argv)
+{
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs, true);
+    QApplication application(argc, argv);
+    useCorvelAppearance(application);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == kDying)
+        return dieWhileLoading(arguments.value(2));
+    TestFileProgress test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "test_fileprogress.moc"
