@@ -17,6 +17,7 @@ using namespace DialogTest;
 using namespace StoreTest;
 
 static bool slowStore = false;
+static bool slowFile = false;
 
 // Stands before the library's: a disk that takes two milliseconds for a value.
 extern "C" int rkCFGValueString(void *handle, const char *path, const char *name, char *buffer,
@@ -27,6 +28,16 @@ extern "C" int rkCFGValueString(void *handle, const char *path, const char *name
     while (slowStore && since.nsecsElapsed() < 2000000)
         continue;
     return real(rkCFGValueString, "rkCFGValueString")(handle, path, name, buffer, size, write);
+}
+
+// And a file on such a disk.
+extern "C" char *rkOSfgets(char *buffer, int size, uint64_t file)
+{
+    QElapsedTimer since;
+    since.start();
+    while (slowFile && since.nsecsElapsed() < 2000000)
+        continue;
+    return real(rkOSfgets, "rkOSfgets")(buffer, size, file);
 }
 
 class TestFileProgress : public QObject {
@@ -41,6 +52,7 @@ private slots:
     void escapeTakesTheLoadBack();
     void escapeEndsASave();
     void theDialogMayGo();
+    void theDialogMayGoUnderADescription();
     void aPushWaitsForTheEnd();
     void killedInTheMiddle();
 
@@ -72,6 +84,7 @@ void TestFileProgress::init()
 void TestFileProgress::cleanup()
 {
     slowStore = false;
+    slowFile = false;
     m_timer.reset();
     m.reset();
 }
@@ -149,6 +162,21 @@ void TestFileProgress::theDialogMayGo()
     m->dialog->load();
     QVERIFY(!m->dialog);
     slowStore = false;
+    QCOMPARE(changes(before, snapshot()), Snapshot());
+    QVERIFY(!QApplication::overrideCursor());
+}
+
+// A description is stored at its end, where there may be no dialog any more.
+void TestFileProgress::theDialogMayGoUnderADescription()
+{
+    m->write(QStringLiteral("big.sdp"), "v=0\nm=video 5004 RTP/AVP 96\nc=IN IP4 239.5.5.5\na=recvonly\n" +
+                                            QByteArray("a=x\n").repeated(400));
+    const Snapshot before = snapshot();
+    slowFile = true;
+    whenShown([this](QProgressDialog *) { m->dialog.reset(); });
+    FileAnswer answer(m->in(QStringLiteral("big.sdp")));
+    m->dialog->load();
+    QVERIFY(!m->dialog);
     QCOMPARE(changes(before, snapshot()), Snapshot());
     QVERIFY(!QApplication::overrideCursor());
 }
