@@ -10,6 +10,7 @@
 #include "theme/octetedit.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -302,7 +303,11 @@ void QLineAddress::focusLeft(int index)
         if (m_nAdvancedTo == index)
             m_nAdvancedTo = -1;
     }
-    if (passing || hasFocusInside())
+    // Not its own focus: a menu that opens over the octet leaves it that.
+    const bool isInside =
+        std::any_of(std::begin(m_pLineEdit), std::end(m_pLineEdit),
+                    [=](const QLineEdit *octet) { return octet != m_pLineEdit[index] && octet->hasFocus(); });
+    if (passing || isInside)
         return;
     finishKeys();
     showMark();

@@ -7,6 +7,7 @@
 #include "channel/channelstore.h"
 #include "channel/videoformats.h"
 #include "theme/lineaddress.h"
+#include "theme/portfield.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -320,6 +321,7 @@ void QCorvelPrivate::createNmosDialog()
     q->m_pLineNmosIp = newAddress("m_pLineNmosIp");
     q->m_pLineNmosSrv = newAddress("m_pLineNmosSrv");
     q->m_pEditNmosPort = newLineEdit("m_pEditNmosPort");
+    selectAllOnClick(q->m_pEditNmosPort);
     q->m_pSetNmosCfg = newButton("m_pSetNmosCfg", QCorvel::tr("Set"));
 }
 

@@ -167,6 +167,7 @@ void QCorvel::onFormatChanged(int)
 
 void QCorvel::onFileSettingChanged(bool value)
 {
+    d->finishKeys();
     d->write([&] {
         setCfgValue(ChannelValue::IpUseFileSettings, value ? QStringLiteral("1") : QStringLiteral("0"), false,
                     d->channel());

@@ -200,6 +200,7 @@ void takeBack(QCorvelPrivate *d, const TakingBack &plan)
 
 void takeLastBack(QCorvelPrivate *d)
 {
+    d->finishKeys(); // the last step may be theirs
     const QVector<StoreBatch> step = lastStep(storeBatches(kMenuChanges));
     if (step.isEmpty())
         d->tell(QCorvel::tr("There is nothing to take back"), kTellSeconds);
@@ -209,6 +210,7 @@ void takeLastBack(QCorvelPrivate *d)
 
 void putLastBack(QCorvelPrivate *d)
 {
+    d->finishKeys();
     const QVector<StoreBatch> step = lastStepTakenBack(storeBatches(kMenuChanges));
     if (!step.isEmpty())
         takeBack(d, puttingBack(step));

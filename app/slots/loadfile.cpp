@@ -41,8 +41,8 @@ bool readLine(quint64 file, QByteArray &line)
 // One load of a file: what it read, and what there is to tell.
 class FileLoad {
 public:
-    FileLoad(QCorvelPrivate *dialog, const QString &path, quint64 file, bool isOneStep)
-        : m_dialog(dialog), m_path(path), m_file(file), m_isOneStep(isOneStep),
+    FileLoad(QCorvelPrivate *dialog, const FileWork &work, const QString &path, quint64 file, bool isOneStep)
+        : m_dialog(dialog), m_work(work), m_path(path), m_file(file), m_isOneStep(isOneStep),
           m_size(QFileInfo(path).size()), m_progress(QCorvel::tr("Load File"))
     {
     }
@@ -58,6 +58,7 @@ private:
     void readDescription();
 
     QCorvelPrivate *m_dialog;
+    const FileWork &m_work;
     QString m_path;
     quint64 m_file;
     bool m_isOneStep;
@@ -98,11 +99,11 @@ void FileLoad::readSettings()
         m_nothingRead = QCorvel::tr("it holds no values for a channel");
 }
 
-// Everything is read before anything is stored.
+// Everything is read before anything is stored. The dialog may be gone by then.
 void FileLoad::readDescription()
 {
     const QList<SdpStore> values = readSdp([this](QByteArray &line) { return nextLine(line); });
-    if (isCancelled())
+    if (isCancelled() || !m_work.isWanted())
         return;
     m_channel = m_dialog->channel();
     const DescriptionLoad load = m_dialog->storeDescription(values);
@@ -161,7 +162,7 @@ void QCorvelPrivate::loadFile(const QString &path)
     if (!step.isOneStep())
         alone.emplace();
     const bool isOneStep = step.isOneStep() || alone->isOpen();
-    FileLoad load(this, path, file, isOneStep);
+    FileLoad load(this, work, path, file, isOneStep);
     write([&] {
         setCfgValue(FirstChannelValue::LastConfigPath, QFileInfo(path).absoluteDir().absolutePath(), true, 0);
         load.read();

@@ -151,9 +151,11 @@ void QCorvel::overrideNmos(bool checked)
 // stays disabled until the box is next changed.
 void QCorvel::onBoardSettingChanged(bool value)
 {
+    QObject *const from = sender();
     const QPointer<QCorvel> self(this); // a host may delete the dialog while it asks
+    d->finishKeys();
     {
-        const UserStep step(d.get(), sender());
+        const UserStep step(d.get(), from);
         d->write([value] { setGlobalDword(StorePath::AvHal, MachineValue::NmosOverride, value ? 1 : 0); });
         d->nmosOverride = value ? 1 : 0;
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/view/historylist.h"
 
+#include "theme/wheelguard.h"
+
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDialogButtonBox>
@@ -64,6 +66,9 @@ HistoryList::HistoryList(QWidget *owner, Rows rows, TakeBack takeBack)
     m_button->setObjectName(QStringLiteral("historyTakeBack"));
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     buttons->addButton(m_button, QDialogButtonBox::ActionRole);
+    // Return in a field of the owner would press a default button in here.
+    for (QPushButton *button : findChildren<QPushButton *>())
+        button->setAutoDefault(false);
     auto *column = new QVBoxLayout(this);
     column->addWidget(m_channel);
     column->addWidget(m_table);
@@ -72,6 +77,7 @@ HistoryList::HistoryList(QWidget *owner, Rows rows, TakeBack takeBack)
     connect(m_button, &QPushButton::clicked, this, &HistoryList::takeBackChosen);
     connect(m_channel, qOverload<int>(&QComboBox::currentIndexChanged), this, &HistoryList::fillTable);
     connect(m_table, &QTableWidget::itemSelectionChanged, this, &HistoryList::updateButton);
+    guardCombosFromWheel(this);
     refresh();
     m_table->resizeColumnsToContents();
     resize(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 26);

@@ -6,8 +6,10 @@
 #include "support/filefixture.h"
 
 #include <QElapsedTimer>
+#include <QProcess>
 #include <QProgressDialog>
 
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
@@ -15,6 +17,7 @@ using namespace DialogTest;
 using namespace StoreTest;
 
 static bool slowStore = false;
+static bool slowFile = false;
 
 // Stands before the library's: a disk that takes two milliseconds for a value.
 extern "C" int rkCFGValueString(void *handle, const char *path, const char *name, char *buffer,
@@ -25,6 +28,16 @@ extern "C" int rkCFGValueString(void *handle, const char *path, const char *name
     while (slowStore && since.nsecsElapsed() < 2000000)
         continue;
     return real(rkCFGValueString, "rkCFGValueString")(handle, path, name, buffer, size, write);
+}
+
+// And a file on such a disk.
+extern "C" char *rkOSfgets(char *buffer, int size, uint64_t file)
+{
+    QElapsedTimer since;
+    since.start();
+    while (slowFile && since.nsecsElapsed() < 2000000)
+        continue;
+    return real(rkOSfgets, "rkOSfgets")(buffer, size, file);
 }
 
 class TestFileProgress : public QObject {
@@ -39,7 +52,9 @@ private slots:
     void escapeTakesTheLoadBack();
     void escapeEndsASave();
     void theDialogMayGo();
+    void theDialogMayGoUnderADescription();
     void aPushWaitsForTheEnd();
+    void killedInTheMiddle();
 
 private:
     void loadBig() { m->load(QStringLiteral("big.ipp")); }
@@ -69,6 +84,7 @@ void TestFileProgress::init()
 void TestFileProgress::cleanup()
 {
     slowStore = false;
+    slowFile = false;
     m_timer.reset();
     m.reset();
 }
@@ -150,6 +166,21 @@ void TestFileProgress::theDialogMayGo()
     QVERIFY(!QApplication::overrideCursor());
 }
 
+// A description is stored at its end, where there may be no dialog any more.
+void TestFileProgress::theDialogMayGoUnderADescription()
+{
+    m->write(QStringLiteral("big.sdp"), "v=0\nm=video 5004 RTP/AVP 96\nc=IN IP4 239.5.5.5\na=recvonly\n" +
+                                            QByteArray("a=x\n").repeated(400));
+    const Snapshot before = snapshot();
+    slowFile = true;
+    whenShown([this](QProgressDialog *) { m->dialog.reset(); });
+    FileAnswer answer(m->in(QStringLiteral("big.sdp")));
+    m->dialog->load();
+    QVERIFY(!m->dialog);
+    QCOMPARE(changes(before, snapshot()), Snapshot());
+    QVERIFY(!QApplication::overrideCursor());
+}
+
 // What is pushed during a load that is cancelled is not taken back with it.
 void TestFileProgress::aPushWaitsForTheEnd()
 {
@@ -166,5 +197,48 @@ void TestFileProgress::aPushWaitsForTheEnd()
     QCOMPARE(text(0, "TransmitAudIp0"), QString());
 }
 
-CORVEL_DIALOG_TEST_MAIN(TestFileProgress)
+namespace {
+
+const QString kDying = QStringLiteral("--dying");
+
+// A process of its own whose load is cut off by the hardest way to end.
+int dieWhileLoading(const QString &path)
+{
+    QCorvel dialog(true, nullptr);
+    dialog.show();
+    slowStore = true;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [] {
+        if (qobject_cast<QProgressDialog *>(QApplication::activeModalWidget()))
+            raise(SIGKILL);
+    });
+    timer.start(0);
+    const FileAnswer answer(path);
+    dialog.load();
+    return 1;
+}
+
+} // namespace
+
+void TestFileProgress::killedInTheMiddle()
+{
+    const Snapshot before = snapshot();
+    QProcess program;
+    program.start(QCoreApplication::applicationFilePath(), {kDying, m->in(QStringLiteral("big.ipp"))});
+    QVERIFY(program.waitForFinished(60000));
+    QCOMPARE(program.exitStatus(), QProcess::CrashExit);
+    QCOMPARE(changes(before, snapshot()), Snapshot());
+}
+
+int main(int argc, char **argv)
+{
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs, true);
+    QApplication application(argc, argv);
+    useCorvelAppearance(application);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == kDying)
+        return dieWhileLoading(arguments.value(2));
+    TestFileProgress test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "test_fileprogress.moc"

@@ -30,6 +30,7 @@ private slots:
     void savedSettingsLeaveTheBox();
     void nodeSettings();
     void nodeSettingsWaitForSet();
+    void aNodeSettingBeingChangedStaysAlone();
 
 private:
     std::unique_ptr<FileFixture> m_fixture;
@@ -205,6 +206,22 @@ void TestFollowing::nodeSettings()
     OtherProgram::setNumber(0, "TransmitRemotePort", 7001);
     QTRY_COMPARE(m_dialog->m_pEditSndDstPort->text(), QStringLiteral("7001"));
     QCOMPARE(m_dialog->m_pEditNmosDmn->text(), QStringLiteral("locally"));
+}
+
+// Only what the user changed is the user's: "Set" undoes nobody's change of the others.
+void TestFollowing::aNodeSettingBeingChangedStaysAlone()
+{
+    QTest::mouseClick(m_dialog->m_pOpenNmosCfg, Qt::LeftButton);
+    QTest::keyClicks(m_dialog->m_pEditNmosDmn, QStringLiteral("ours"));
+    OtherProgram::set(0, "nmosserverport", QStringLiteral("8010"));
+    OtherProgram::set(0, "nmosserverip", QStringLiteral("10.4.4.4"));
+    QTRY_COMPARE(m_dialog->m_pEditNmosPort->text(), QStringLiteral("8010"));
+    QTRY_COMPARE(m_dialog->m_pLineNmosSrv->address(), QStringLiteral("10.4.4.4"));
+    OtherProgram::set(0, "nmosserverport", QStringLiteral("8011"));
+    QTest::mouseClick(m_dialog->m_pSetNmosCfg, Qt::LeftButton);
+    QCOMPARE(OtherProgram::stored("nmosdomain"), quoted(QStringLiteral("ours")));
+    QCOMPARE(OtherProgram::stored("nmosserverport"), quoted(QStringLiteral("8011")));
+    QCOMPARE(OtherProgram::stored("nmosserverip"), quoted(QStringLiteral("10.4.4.4")));
 }
 
 // What is typed there is not stored by what is done on the page meanwhile, so it is not given up either.

@@ -87,6 +87,7 @@ private slots:
     void modeIsProcessWide();
     void callEndsTheProcess_data();
     void callEndsTheProcess();
+    void theProgramHasAnIconAndADesktopEntry();
 
 private:
     void open(bool standAlone = true) { m_dialog = std::make_unique<QCorvel>(standAlone, nullptr); }
@@ -385,6 +386,14 @@ void TestFrame::destructionEndsTheClockClient()
     Recorder::clear();
     m_dialog.reset();
     QCOMPARE(Recorder::calls(), QByteArrayList{"ptp end"});
+}
+
+void TestFrame::theProgramHasAnIconAndADesktopEntry()
+{
+    QVERIFY(!QGuiApplication::windowIcon().pixmap(128).isNull());
+    const QString entry = QGuiApplication::desktopFileName();
+    QCOMPARE(entry, QStringLiteral("org.corvel.Corvel"));
+    QVERIFY(!QFINDTESTDATA(QStringLiteral("../../packaging/%1.desktop").arg(entry)).isEmpty());
 }
 
 void TestFrame::modeIsProcessWide()

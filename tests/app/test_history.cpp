@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QTableWidget>
+#include <QWheelEvent>
 
 using namespace DialogTest;
 using namespace StoreTest;
@@ -57,6 +58,8 @@ private slots:
     void theMenuIsInTheEmptyAreaOnly();
     void theListShowsAndTakesBack();
     void theListFiltersByChannel();
+    void returnInAFieldPressesNoneOfItsButtons();
+    void theWheelChangesNoFilter();
     void absentEmbedded();
     void noNewControls();
 
@@ -272,6 +275,33 @@ void TestHistory::theListFiltersByChannel()
     QVERIFY(table->item(0, 1)->text().contains(QStringLiteral("rkcfg")));
     m->dialog.reset(); // the list goes with it
     QVERIFY(!QApplication::activeWindow());
+}
+
+// The page's fields hand Return on to the page, which looks for a button in every window of its own.
+void TestHistory::returnInAFieldPressesNoneOfItsButtons()
+{
+    typeText(m->dialog->m_pEditRecDstPort, QStringLiteral("5004"));
+    QDialog *list = openList();
+    QVERIFY(list && QTest::qWaitForWindowActive(list));
+    list->findChild<QTableWidget *>()->selectRow(0);
+    show(m->dialog.get());
+    QTest::mouseClick(m->dialog->m_pEditRecDstPort, Qt::LeftButton);
+    QTest::keyClick(m->dialog->m_pEditRecDstPort, Qt::Key_Return);
+    QCOMPARE(number(0, "ReceiveDestinationPort"), 5004u);
+    QCOMPARE(m->dialog->m_pEditRecDstPort->text(), QStringLiteral("5004"));
+    QVERIFY(list->isVisible());
+}
+
+void TestHistory::theWheelChangesNoFilter()
+{
+    typeText(m->dialog->m_pEditRecDstPort, QStringLiteral("5004"));
+    QDialog *list = openList();
+    auto *channel = list->findChild<QComboBox *>();
+    QVERIFY(channel->count() > 1);
+    QWheelEvent wheel(channel->rect().center(), channel->mapToGlobal(channel->rect().center()), {}, {0, -120},
+                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(channel, &wheel);
+    QCOMPARE(channel->currentIndex(), 0);
 }
 
 void TestHistory::absentEmbedded()

@@ -71,6 +71,7 @@ private slots:
     void settingsAreStoredForChannelZero();
     void aForeignNodeAddressIsLeftOut();
     void whatIsShownIsReadAgain();
+    void aClickSelectsTheServerPort();
 
     void overrideOffAsks();
     void questionLooks();
@@ -196,6 +197,16 @@ void TestNmos::whatIsShownIsReadAgain()
     m_dialog->m_pNmosCfg->close();
     click(m_dialog->m_pOpenNmosCfg);
     QCOMPARE(m_dialog->m_pEditNmosDmn->text(), QString());
+}
+
+void TestNmos::aClickSelectsTheServerPort()
+{
+    put(0, "nmosserverport", QStringLiteral("8010"));
+    open(true);
+    QTest::mouseClick(m_dialog->m_pOpenNmosCfg, Qt::LeftButton);
+    QVERIFY(QTest::qWaitForWindowActive(m_dialog->m_pNmosCfg));
+    QTest::mouseClick(m_dialog->m_pEditNmosPort, Qt::LeftButton);
+    QCOMPARE(m_dialog->m_pEditNmosPort->selectedText(), QStringLiteral("8010"));
 }
 
 // ----------------------------------------------------------------------------------------- override

@@ -5,6 +5,8 @@
 #include "support/filefixture.h"
 #include "support/otherprogram.h"
 
+#include <QAction>
+
 #include <cstring>
 #include <memory>
 
@@ -50,6 +52,9 @@ private slots:
     void aTypeIsChosen();
     void aConfigurationIsChosen();
     void singleFlow();
+    void fileSettings();
+    void theOverride();
+    void aStepIsTakenBack();
     void anInterface();
     void aDescriptionIsPushed();
     void aHalfTypedPortAndADescription();
@@ -146,6 +151,34 @@ void TestQueuedKeys::singleFlow()
     QVERIFY(QMetaObject::invokeMethod(m_dialog, "audChanUseSingle", Q_ARG(bool, true)));
     QCoreApplication::processEvents();
     QCOMPARE(OtherProgram::stored("ReceiveAudDestinationIp0"), quoted(QStringLiteral("1.0.0.77")));
+}
+
+void TestQueuedKeys::fileSettings()
+{
+    typeOctet(m_dialog->m_pLineRecDstAddr, QStringLiteral("77"));
+    QVERIFY(QMetaObject::invokeMethod(m_dialog, "onFileSettingChanged", Q_ARG(bool, true)));
+    QCoreApplication::processEvents();
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationIp"), quoted(QStringLiteral("239.1.1.77")));
+}
+
+void TestQueuedKeys::theOverride()
+{
+    typeOctet(m_dialog->m_pLineRecDstAddr, QStringLiteral("77"));
+    QVERIFY(QMetaObject::invokeMethod(m_dialog, "onBoardSettingChanged", Q_ARG(bool, true)));
+    QCoreApplication::processEvents();
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationIp"), quoted(QStringLiteral("239.1.1.77")));
+}
+
+// The last step is the one with the key.
+void TestQueuedKeys::aStepIsTakenBack()
+{
+    typeText(m_dialog->m_pEditRecDstPort, QStringLiteral("5004"));
+    typeOctet(m_dialog->m_pLineRecDstAddr, QStringLiteral("77"));
+    for (QAction *action : m_dialog->actions())
+        action->trigger();
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationPort"), QStringLiteral("5004"));
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationIp"), quoted(QStringLiteral("239.1.1.0")));
+    QCOMPARE(m_dialog->m_pLineRecDstAddr->address(), QStringLiteral("239.1.1.0"));
 }
 
 void TestQueuedKeys::anInterface()

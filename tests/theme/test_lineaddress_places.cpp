@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QFile>
 #include <QLabel>
+#include <QMenu>
 
 #include "addressform.h"
 #include "theme/invalidmark.h"
@@ -23,6 +24,7 @@ private slots:
     void placeIsForgottenWithTheFocus();
     void placeIsKeptWhileAnotherWindowIsInFront();
     void placeOfAHiddenFieldIsNone();
+    void anOpenMenuCountsAsLeaving();
     void emptyOctetIsMarkedAfterLeaving();
     void loadedEmptyOctetIsMarked();
     void ownersVerdict();
@@ -166,6 +168,22 @@ void TestLineAddressPlaces::placeOfAHiddenFieldIsNone()
     form.field.hide();
     form.press(Qt::Key_Tab);
     QVERIFY(form.before.hasFocus());
+}
+
+// A menu takes the keys, but not the focus widget: what was typed so far is told of all the same.
+void TestLineAddressPlaces::anOpenMenuCountsAsLeaving()
+{
+    AddressForm form;
+    QVERIFY(form.show());
+    form.put(1, QStringLiteral("20"), 2);
+    QTest::keyClick(form.octet(1), Qt::Key_Backspace);
+    QMenu menu;
+    menu.addAction(QStringLiteral("entry"));
+    menu.popup(form.window.mapToGlobal(QPoint(0, 0)));
+    QVERIFY(form.octet(1)->hasFocus());
+    QCOMPARE(form.left.count(), 1);
+    menu.close();
+    QCOMPARE(form.focused(), 1);
 }
 
 void TestLineAddressPlaces::emptyOctetIsMarkedAfterLeaving()
