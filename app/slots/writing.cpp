@@ -40,21 +40,16 @@ UserStep::UserStep(QCorvelPrivate *dialog, QObject *changed)
         d->showNews();
 }
 
-// The transaction stays with the configuration that is in use when it begins. False when that is not the one
-// in the header; without news it is the one of the last time. Where no transaction can be had in the end, the
-// values are written one by one.
+// The configuration in use is the transaction's until that ends. False when it is not the one in the header.
+// Where no transaction can be had in the end, the values are written one by one.
 bool UserStep::begin(bool mustOpen)
 {
     m_transaction.emplace();
-    const bool open = m_transaction->isOpen();
-    const bool right = d->namesStore() && (open || !mustOpen);
-    const StoreNews news = right ? storeNews(&d->mark) : StoreNews::None;
-    const bool checked = news == StoreNews::None || !open || !d->q->m_pConfig;
-    if (!right || (!checked && !m_transaction->isOf(d->shownConfiguration()))) {
+    if (!d->namesStore() || (mustOpen && !isOneStep())) {
         m_transaction.reset();
         return false;
     }
-    if (news == StoreNews::Others)
+    if (storeNews(&d->mark) == StoreNews::Others)
         d->showNews();
     return true;
 }
