@@ -4,11 +4,20 @@
 #include "app/dialog/private.h"
 #include "channel/channelstore.h"
 #include "channel/configurations.h"
+#include "channel/storehealth.h"
 
 namespace {
 
 constexpr int kMostAttempts = 100;
 constexpr int kAttemptsToOpen = 3; // only the first waits for another program
+
+// It can be read, and nothing is wrong with the place where it is: only its lock cannot be had.
+bool isStoreHeld()
+{
+    quint64 anyMark = 0;
+    return storeHasTransactions() && storeObstacle(storePath()).isEmpty() &&
+           storeNews(&anyMark) != StoreNews::Unreadable;
+}
 
 } // namespace
 
@@ -36,12 +45,16 @@ UserStep::UserStep(QCorvelPrivate *dialog, QObject *changed)
         return;
     d->stored = true;
     d->view.held().hold(changed);
+    d->storeKept();
     for (int attempt = 0; attempt < kMostAttempts && !begin(attempt < kAttemptsToOpen); ++attempt)
         d->showNews();
+    if (!isOneStep() && isStoreHeld())
+        m_kept.emplace(d->shownConfiguration());
 }
 
 // The configuration in use is the transaction's until that ends. False when it is not the one in the header.
-// Where no transaction can be had in the end, the values are written one by one.
+// Where no transaction can be had in the end, what is written is kept for later while the store is held, and
+// else tried value by value.
 bool UserStep::begin(bool mustOpen)
 {
     m_transaction.emplace();
@@ -71,8 +84,9 @@ UserStep::~UserStep()
     --d->steps;
     if (!m_outermost)
         return;
-    const bool kept = keep();
+    const bool done = keep();
+    m_kept.reset();
     d->view.held().release();
     settleFields(d->q);
-    d->noteResult(kept && d->stored);
+    d->noteResult(done && d->stored);
 }
