@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "channel/channelstore.h"
 
+#include "channel/backlog.h"
 #include "rkcfg.h"
 #include "rkos.h"
 
@@ -21,6 +22,36 @@ struct KeyPath {
     char bytes[kPathSize];
 };
 
+using Value = StoreChange::Value;
+
+QString readText(const char *path, const char *name)
+{
+    if (const Value *kept = keptValue(path, name))
+        return QString::fromLatin1(kept->text);
+    char text[kTextSize] = {};
+    quint32 size = kTextSize;
+    rkCFGValueString(defaultStore(), path, name, text, &size, 0);
+    text[kTextSize - 1] = 0;
+    return QString::fromLatin1(text);
+}
+
+void writeText(const char *path, const char *name, QByteArray text)
+{
+    if (writesAreKept()) {
+        keepWrite(path, name, {Value::Type::Text, text, 0});
+        return;
+    }
+    quint32 size = static_cast<quint32>(text.size()) + 1;
+    rkCFGValueString(defaultStore(), path, name, text.data(), &size, 1);
+}
+
+bool writeNumber(const char *path, const char *name, quint32 number)
+{
+    if (writesAreKept())
+        return keepWrite(path, name, {Value::Type::Number, QByteArray(), number});
+    return rkCFGValueDword(defaultStore(), path, name, &number, 1) != 0;
+}
+
 } // namespace
 
 // Not the macro of rkcfg.h: a site's own library need not have it.
@@ -39,15 +70,9 @@ QString cfgValue(const char *name, bool isString, int channel, bool isPort)
     if (channel < 0)
         return isString ? QString() : QStringLiteral("0");
     const KeyPath path(channel);
-    if (isString) {
-        char text[kTextSize] = {};
-        quint32 size = kTextSize;
-        rkCFGValueString(defaultStore(), path.bytes, name, text, &size, 0);
-        text[kTextSize - 1] = 0;
-        return QString::fromLatin1(text);
-    }
-    quint32 number = 0;
-    rkCFGValueDword(defaultStore(), path.bytes, name, &number, 0);
+    if (isString)
+        return readText(path.bytes, name);
+    const quint32 number = globalDword(path.bytes, name, 0);
     if (isPort)
         windowsSetUdpPortFilter(number, true);
     return QString::number(number);
@@ -58,18 +83,16 @@ void setCfgValue(const char *name, const QString &value, bool isString, int chan
     if (channel < 0)
         return;
     const KeyPath path(channel);
-    if (isString) {
-        QByteArray text = value.toUtf8();
-        quint32 size = static_cast<quint32>(text.size()) + 1;
-        rkCFGValueString(defaultStore(), path.bytes, name, text.data(), &size, 1);
-    } else {
-        quint32 number = toDword(value);
-        rkCFGValueDword(defaultStore(), path.bytes, name, &number, 1);
-    }
+    if (isString)
+        writeText(path.bytes, name, value.toUtf8());
+    else
+        writeNumber(path.bytes, name, toDword(value));
 }
 
 quint32 globalDword(const char *path, const char *name, quint32 fallback)
 {
+    if (const Value *kept = keptValue(path, name))
+        return kept->type == Value::Type::Number ? kept->number : fallback;
     quint32 number = fallback;
     rkCFGValueDword(defaultStore(), path, name, &number, 0);
     return number;
@@ -77,19 +100,22 @@ quint32 globalDword(const char *path, const char *name, quint32 fallback)
 
 bool setGlobalDword(const char *path, const char *name, quint32 value)
 {
-    return rkCFGValueDword(defaultStore(), path, name, &value, 1) != 0;
+    return writeNumber(path, name, value);
 }
 
 bool isTextEmpty(const QString &path, const char *name)
 {
+    const QByteArray keyPath = path.toLatin1();
+    if (const Value *kept = keptValue(keyPath.constData(), name))
+        return kept->text.isEmpty();
     quint32 size = 0;
-    const int absent = rkCFGValueString(defaultStore(), path.toLatin1().constData(), name, nullptr, &size, 0);
+    const int absent = rkCFGValueString(defaultStore(), keyPath.constData(), name, nullptr, &size, 0);
     return absent != 0 || size <= 1;
 }
 
 bool commitStore()
 {
-    return rkCFGSave(defaultStore(), nullptr, 0) == 0;
+    return writesAreKept() || rkCFGSave(defaultStore(), nullptr, 0) == 0;
 }
 
 int channelCount()

@@ -2,7 +2,9 @@
 //
 // Access to a channel's values in the configuration store. Every value travels as text: a number as
 // unsigned decimal. Result codes are not looked at: an absent or unreadable value reads as the empty
-// text or "0". All calls may block for as long as the store does; any thread.
+// text or "0". All calls may block for as long as the store does. What waits in the backlog (backlog.h) is
+// read as if it were stored; so with something waiting it is the user interface thread's alone, else any
+// thread's.
 #ifndef CORVEL_CHANNELSTORE_H
 #define CORVEL_CHANNELSTORE_H
 
@@ -35,6 +37,7 @@ bool setGlobalDword(const char *path, const char *name, quint32 value);
 bool isTextEmpty(const QString &path, const char *name);
 
 // Makes everything written so far durable. False when the store says that this, or a write before it, failed.
+// What is being kept for later is not looked at.
 bool commitStore();
 
 // The number of channels of the machine: "MaxIntChannels", 4 when absent, at most kMaxChannels.

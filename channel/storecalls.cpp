@@ -3,7 +3,6 @@
 
 #include "channel/channelstore.h"
 #include "channel/storerecord.h"
-#include "rkcfg.h"
 
 #include <QByteArray>
 
@@ -84,6 +83,11 @@ bool storeTellsNews()
     return calls().changed != nullptr;
 }
 
+bool storeHasTransactions()
+{
+    return calls().begin && calls().end;
+}
+
 StoreNews storeNews(quint64 *mark)
 {
     if (!calls().changed)
@@ -94,21 +98,12 @@ StoreNews storeNews(quint64 *mark)
     return answer ? StoreNews::Others : StoreNews::None;
 }
 
-StoreTransaction::StoreTransaction()
-    : m_open(calls().begin && calls().end && calls().begin(defaultStore()) == 0)
-{
-}
+StoreTransaction::StoreTransaction() : m_open(storeHasTransactions() && calls().begin(defaultStore()) == 0) {}
 
 StoreTransaction::~StoreTransaction()
 {
     if (m_open)
         calls().end(defaultStore(), 0);
-}
-
-// Asks for a save, which is put off to the end and refused for any other configuration.
-bool StoreTransaction::isOf(const QString &configuration) const
-{
-    return m_open && rkCFGSave(defaultStore(), configuration.toUtf8().constData(), 0) == 0;
 }
 
 bool StoreTransaction::keep()

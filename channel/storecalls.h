@@ -19,13 +19,16 @@ enum class StoreNews {
 
 // True when the library can tell whether others wrote.
 bool storeTellsNews();
+// True when the library can make a run of writes one transaction.
+bool storeHasTransactions();
 
 // mark is the caller's, 0 at first: the first answer is then Others. Microseconds, no lock.
 StoreNews storeNews(quint64 *mark);
 
 // All writes while the object lives are one transaction of the configuration that is the default when it
-// begins: all or nothing, and no switch of the default by another program tears them apart. Without the
-// call, inside another transaction, and while another program holds the store, each write stands alone.
+// begins: all or nothing. For this process that configuration stays in use to the end, whatever other
+// programs choose. Without the call, inside another transaction, and while another program holds the store,
+// it is not open and each write stands alone.
 class StoreTransaction {
 public:
     StoreTransaction();
@@ -35,8 +38,6 @@ public:
 
     // True when the writes inside are one step.
     bool isOpen() const { return m_open; }
-    // True when it belongs to that configuration.
-    bool isOf(const QString &configuration) const;
     // Ends it. False when nothing of it is stored.
     bool keep();
 
@@ -54,6 +55,11 @@ struct StoreChange {
         enum class Type { Absent, Text, Number } type = Type::Absent;
         QByteArray text;
         quint32 number = 0;
+
+        bool operator==(const Value &other) const
+        {
+            return type == other.type && text == other.text && number == other.number;
+        }
     };
     qint64 id = 0;
     qint64 batch = 0;

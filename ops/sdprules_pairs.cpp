@@ -141,7 +141,7 @@ void legsDiffer(const SdpText &text, SdpReport &report)
     });
 }
 
-// A pair of files written at once is one session: same origin, same streams on purpose.
+// A pair of files written at once is one session: same origin, and the same streams are no clash.
 bool sameSession(const SdpText &one, const SdpText &other)
 {
     const SdpLine *first = one.session.find('o'), *second = other.session.find('o');

@@ -40,7 +40,7 @@ QLineAddress::QLineAddress(QWidget *parent) : QFrame(parent)
     setFocusPolicy(Qt::NoFocus);
 
     auto *row = new QHBoxLayout(this);
-    // The wide sides are on purpose: they keep the four octets together in the middle of the field.
+    // The wide sides keep the four octets together in the middle of the field.
     row->setContentsMargins(40, 0, 40, 0);
     row->setSpacing(0);
     for (int i = 0; i < QTUTL_IP_SIZE; ++i) {
@@ -52,7 +52,7 @@ QLineAddress::QLineAddress(QWidget *parent) : QFrame(parent)
     setAccessibleNames(QString());
     setAddress(QStringLiteral("1.0.0.0"));
 
-    // Queued on purpose: the filter speaks before the octet has applied the key, the slot has to see
+    // Queued: the filter speaks before the octet has applied the key, the slot has to see
     // the text after it.
     connect(this, &QLineAddress::signalTextChanged, this, &QLineAddress::slotTextChanged,
             Qt::QueuedConnection);
@@ -88,7 +88,7 @@ void QLineAddress::setAddress(const QString &text)
         dotted = m_ipRange == multicast ? QStringLiteral("239.0.0.0") : QStringLiteral("1.0.0.0");
 
     const QStringList parts = dotted.split(QLatin1Char('.'), Qt::KeepEmptyParts, Qt::CaseSensitive);
-    // A short text leaves the other octets alone, on purpose.
+    // A short text leaves the other octets alone: see docs/deliberate.md.
     const int count = qMin(static_cast<int>(parts.size()), static_cast<int>(QTUTL_IP_SIZE));
     for (int i = 0; i < count; ++i)
         m_pLineEdit[i]->setText(parts.at(i));

@@ -50,9 +50,9 @@ bool emptyOrZero(const QLineEdit &octet)
     return octet.text().isEmpty() || octet.text() == QLatin1String("0");
 }
 
-// Backspace and the keys that only move say nothing, on purpose: the owner learns of what they did
-// when the focus leaves the widget. Every key without a row is announced, on purpose, letters and
-// Tab included: the rule is about keys, not about what the octet makes of them.
+// Backspace and the keys that only move say nothing: the owner learns of what they did when the focus
+// leaves the widget. Every key without a row is announced, letters and Tab included: the rule is about
+// keys, not about what the octet makes of them.
 // clang-format off
 const KeyRule keyRules[] = {
     // key               acts when             focus goes   may change the text
@@ -246,10 +246,10 @@ void QLineAddress::slotTextChanged(QLineEdit *edit)
     emit addressChanged();
 }
 
-// Any announced key moves on from a full octet or a lone "0", on purpose also one that typed nothing; "0"
-// counts as full because no digit may follow it. Whoever has gone elsewhere meanwhile is not pulled back.
-// It is the window's focus that counts, on purpose: an octet has none itself while another window is in
-// front.
+// Any announced key moves on from a full octet or a lone "0", also one that typed nothing (see
+// docs/deliberate.md); "0" counts as full because no digit may follow it. Whoever has gone elsewhere
+// meanwhile is not pulled back. It is the window's focus that counts: an octet has none itself while another
+// window is in front.
 bool QLineAddress::advanceIsDue(int index) const
 {
     const QLineEdit *octet = m_pLineEdit[index];

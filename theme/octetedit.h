@@ -11,7 +11,7 @@ class QKeyEvent;
 class QLineAddress;
 class QMenu;
 
-// No Q_OBJECT on purpose: to style sheets and tools an octet stays a QLineEdit.
+// No Q_OBJECT: to style sheets and tools an octet stays a QLineEdit.
 class OctetEdit : public QLineEdit {
 public:
     // The address owns the octet and outlives it.

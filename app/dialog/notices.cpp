@@ -17,7 +17,7 @@ constexpr int kTicksPerSecond = 100; // of the status timer
 void QCorvelPrivate::placeNotices()
 {
     const QRect page = q->m_pSwapLayout->currentWidget()->geometry(); // the layout itself has none
-    const QRect bar(page.left(), page.top(), page.width(), px(26));
+    const QRect bar(page.left(), page.top() + px(2), page.width(), px(26));
     const QPoint left = q->m_pCmdSave->mapTo(q, q->m_pCmdSave->rect().topRight());
     const QPoint right = q->m_pCmdAccept->mapTo(q, QPoint(0, 0));
     const int top = left.y() - px(6);

@@ -12,6 +12,7 @@
 #include "app/view/signalwiring.h"
 #include "app/view/storewatch.h"
 #include "app/view/survivors.h"
+#include "channel/backlog.h"
 #include "channel/neighbours.h"
 #include "channel/storecalls.h"
 #include "files/fileload.h"
@@ -107,6 +108,7 @@ struct QCorvelPrivate {
     void saveDescriptions(const QString &path);
     void saveElementDescriptions(const QString &path, int channel);
     void connectHistory();
+    void refreshHistory();
     void listConfigs(); // in the header, as they are on disk now
     void watchStore();
     void meetNeighbours();
@@ -119,6 +121,8 @@ struct QCorvelPrivate {
     void finishKeys();
     void finishPort();
     void noteResult(bool stored); // of a write
+    bool storeKept();             // what waits for the store; false while another program holds it still
+    void leaveKept();             // to the log, at the end
     void watchTrouble();          // at each tick
     void loadNmosSwitches();
     void lockInterfaces();
@@ -180,8 +184,9 @@ struct QCorvelPrivate {
 };
 
 // All that one action of the user writes, as one step: what others wrote before is shown first, but for the
-// control that the user changed, and nothing of others gets between. Steps nest, the outermost counts. No box
-// and no event loop inside. Without the library's optional calls it does nothing.
+// control that the user changed, and nothing of others gets between. While another program holds the store
+// the values are kept and stored when it lets go. Steps nest, the outermost counts. No box and no event loop
+// inside. Without the library's optional calls it does nothing.
 class UserStep {
 public:
     // changed: the control that keeps what it shows; may be null.
@@ -192,6 +197,8 @@ public:
 
     // True when all that is written meanwhile is one transaction.
     bool isOneStep() const { return m_transaction && m_transaction->isOpen(); }
+    // True when they wait until another program lets go of the store.
+    bool isKept() const { return m_kept.has_value(); }
     // Ends the transaction. False when nothing of it is stored.
     bool keep();
     // Takes back what the transaction holds.
@@ -204,6 +211,7 @@ private:
     const QPointer<QCorvel> m_alive; // a host may delete the dialog meanwhile
     bool m_outermost;
     std::optional<StoreTransaction> m_transaction;
+    std::optional<KeptStep> m_kept;
 };
 
 #endif

@@ -94,6 +94,7 @@ void QCorvel::showurls()
 void QCorvel::shutdown()
 {
     killTimer(timerId);
+    d->leaveKept();
     rkPTPEnd(hPTP);
     ::exit(0);
 }

@@ -75,9 +75,10 @@ void QCorvelPrivate::followStore()
     if (storeWatch.takeFolderTouched())
         listConfigs();
     const StoreNews news = storeNews(&mark);
-    if (news == StoreNews::Others)
+    if (news == StoreNews::Others) {
         takeOver();
-    else if (news == StoreNews::Unreadable)
+        refreshHistory();
+    } else if (news == StoreNews::Unreadable)
         noteResult(false);
 }
 

@@ -268,6 +268,14 @@ void showMenu(QCorvelPrivate *d, QAction *takeBackAction, const QPoint &at)
 
 } // namespace
 
+// Another program's changes belong into an open list as well.
+void QCorvelPrivate::refreshHistory()
+{
+    auto *list = static_cast<HistoryList *>(q->findChild<QDialog *>(QStringLiteral("historyList")));
+    if (list && list->isVisible())
+        list->refresh();
+}
+
 void QCorvelPrivate::connectHistory()
 {
     if (!QCorvel::isStandAlone() || !storeHasHistory())

@@ -158,6 +158,11 @@ void QCorvelPrivate::loadFile(const QString &path)
     const FileWork work(this);
     labelNextBatch(QLatin1String("Load File ") + QFileInfo(path).fileName());
     UserStep step(this);
+    if (step.isKept()) {
+        rkOSCloseFile(file);
+        tell(FileNews::notLoaded(path, QCorvel::tr("another program holds the store")), kTellSeconds);
+        return;
+    }
     std::optional<StoreTransaction> alone; // where the step cannot be one
     if (!step.isOneStep())
         alone.emplace();

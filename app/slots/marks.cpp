@@ -29,6 +29,12 @@ QString interfaceProblem(const QLineAddress *address)
     return QCorvel::tr("This machine has no interface with the address %1.").arg(address->address());
 }
 
+// An address that is left out when the settings are set.
+QString nodeProblem(const QLineAddress *address)
+{
+    return address->isIncomplete() ? addressProblem(address) : interfaceProblem(address);
+}
+
 QString domainProblem(const QString &text)
 {
     bool isNumber = false;
@@ -95,6 +101,7 @@ void QCorvelPrivate::watchMarks()
         }
     }
     watch->watch(q->m_pSimpleAddress);
+    watch->watch(q->m_pLineNmosIp);
     watch->watch(q->m_pEditGmId);
     selectAllOnClick(q->m_pEditGmId);
     markFields();
@@ -127,6 +134,9 @@ void QCorvelPrivate::markFields()
         field.control()->setToolTip(problem);
     }
     q->m_pSimpleAddress->setToolTip(addressProblem(q->m_pSimpleAddress));
+    const QString node = nodeProblem(q->m_pLineNmosIp);
+    q->m_pLineNmosIp->setInvalid(!node.isEmpty());
+    q->m_pLineNmosIp->setToolTip(node);
     const QString problem = domainProblem(q->m_pEditGmId->text());
     markInvalid(q->m_pEditGmId, !problem.isEmpty());
     q->m_pEditGmId->setToolTip(problem.isEmpty() ? QCorvel::tr("PTP domain") : problem);

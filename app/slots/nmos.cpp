@@ -109,7 +109,8 @@ void QCorvel::onSetNmosCfg()
 
 // ------------------------------------------------------------------------------------------------- switches
 
-// Both switches exist in the store after the first start: one that could not be read is written back.
+// Both switches exist in the store after the first start: one that is not there is written. Of a store that
+// cannot be read nobody knows what is there.
 void QCorvelPrivate::loadNmosSwitches()
 {
     struct Switch {
@@ -122,9 +123,10 @@ void QCorvelPrivate::loadNmosSwitches()
         {StorePath::Debug, MachineValue::NmosUseLog, q->m_pNmosOutLog},
     };
     void *const store = defaultStore();
+    const bool canBeRead = storeNews(&mark) != StoreNews::Unreadable;
     for (const Switch &row : switches) {
         quint32 value = 0;
-        if (rkCFGValueDword(store, row.path, row.name, &value, 0) != 0) {
+        if (rkCFGValueDword(store, row.path, row.name, &value, 0) != 0 && canBeRead) {
             rkCFGValueDword(store, row.path, row.name, &value, 1);
             commitStore();
         }

@@ -71,6 +71,8 @@ QString QCorvelPrivate::storedIn(const QWidget *control)
     }
     if (control == q->m_pSimpleAddress)
         return elementValue(Element::Video, Side::Send, Field::DestinationAddress, channel());
+    if (control == q->m_pLineNmosIp)
+        return q->cfgValue(FirstChannelValue::NmosIp, true, 0);
     if (control == q->m_pEditGmId)
         return q->cfgValue(ChannelValue::ClockDomain, false, channel());
     return q->cfgValue(ChannelValue::ClockGrandMaster, true, channel());

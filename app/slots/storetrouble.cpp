@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// Slots, trouble with the store: it is told while it lasts, and so is a second dialog on the same store.
-// Whether a write or a read failed is found by those who do it.
+// Slots, trouble with the store: it is told while it lasts, and so is a second dialog on the same store; what
+// could not be stored meanwhile is stored afterwards. Whether a write or a read failed is found by those who
+// do it.
 #include "app/dialog/private.h"
 #include "channel/storehealth.h"
+#include "ops/changewords.h"
 #include "rkos.h"
 
 #include <QFileInfo>
@@ -11,11 +13,26 @@
 namespace {
 
 constexpr int kTicksBetweenLooks = 100;
+constexpr int kTicksBetweenTries = 10; // while something waits to be stored
+constexpr int kTellSeconds = 10;
 
 QString told(const QString &path, const QString &obstacle)
 {
+    if (obstacle.isEmpty() && backlogWaits())
+        return QCorvel::tr("%1: held by another program; edits are kept and stored as soon as it lets go")
+            .arg(path);
     const QString reason = obstacle.isEmpty() ? QCorvel::tr("held by another program") : obstacle;
     return QCorvel::tr("%1: %2; edits are not kept").arg(path, reason);
+}
+
+QString leftInWords(const QVector<StoreChange> &left)
+{
+    const StoreChange &first = left.first();
+    const QString text =
+        QCorvel::tr("Changed by another program meanwhile and left so: %1, %2")
+            .arg(ops::nameInWords(first.path, first.name), ops::placeInWords(first.path, first.name));
+    const int more = left.size() - 1;
+    return more > 0 ? QCorvel::tr("%1 and %2 more").arg(text).arg(more) : text;
 }
 
 } // namespace
@@ -23,29 +40,55 @@ QString told(const QString &path, const QString &obstacle)
 // A library that cannot tell of news need not give its results the meaning that ours has.
 void QCorvelPrivate::noteResult(bool good)
 {
-    if (good || !storeTellsNews())
+    if ((good && !backlogWaits()) || !storeTellsNews())
         return;
     ticksOfTrouble = 1;
     const QString path = storePath();
     showBar(told(path, storeObstacle(path)));
 }
 
-// When it is over, what is shown is what is stored again: what was typed meanwhile is not.
+// When it is over, what is shown is what is stored again: what was typed meanwhile either is by now, or is
+// not at all.
 void QCorvelPrivate::watchTrouble()
 {
-    if (ticksOfTrouble == 0 || ticksOfTrouble++ % kTicksBetweenLooks != 0)
+    const int between = backlogSize() > 0 ? kTicksBetweenTries : kTicksBetweenLooks;
+    if (ticksOfTrouble == 0 || ticksOfTrouble++ % between != 0)
         return;
     const QString path = storePath();
     const QString obstacle = storeObstacle(path);
-    const bool well =
-        obstacle.isEmpty() && storeNews(&mark) != StoreNews::Unreadable && StoreTransaction().isOpen();
-    if (!well) {
+    quint64 anyMark = 0; // what others wrote is still news
+    const bool isFree =
+        obstacle.isEmpty() && storeNews(&anyMark) != StoreNews::Unreadable && StoreTransaction().isOpen();
+    if (!isFree || !storeKept()) {
         showBar(told(path, obstacle));
         return;
     }
-    ticksOfTrouble = 0;
+    ticksOfTrouble = backlogSize() > 0 ? 1 : 0; // what is left waits for another configuration
+    if (notices.bar().isEmpty())
+        return;
     showBar(QString());
     showNews();
+}
+
+// What another program changed meanwhile is shown: else the next edit would write over it after all.
+bool QCorvelPrivate::storeKept()
+{
+    QVector<StoreChange> left;
+    const bool done = storeBacklog(&left);
+    if (left.isEmpty())
+        return done;
+    for (const StoreChange &write : left)
+        ErrOut("%s %s: changed by another program meanwhile, not stored", write.path.constData(),
+               write.name.constData());
+    tell(leftInWords(left), kTellSeconds);
+    showNews();
+    return done;
+}
+
+void QCorvelPrivate::leaveKept()
+{
+    if (!storeKept() || backlogSize() > 0)
+        ErrOut("%d values were not stored, another program held the store to the end", backlogSize());
 }
 
 void QCorvelPrivate::meetNeighbours()

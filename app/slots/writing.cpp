@@ -4,11 +4,20 @@
 #include "app/dialog/private.h"
 #include "channel/channelstore.h"
 #include "channel/configurations.h"
+#include "channel/storehealth.h"
 
 namespace {
 
 constexpr int kMostAttempts = 100;
 constexpr int kAttemptsToOpen = 3; // only the first waits for another program
+
+// It can be read, and nothing is wrong with the place where it is: only its lock cannot be had.
+bool isStoreHeld()
+{
+    quint64 anyMark = 0;
+    return storeHasTransactions() && storeObstacle(storePath()).isEmpty() &&
+           storeNews(&anyMark) != StoreNews::Unreadable;
+}
 
 } // namespace
 
@@ -36,25 +45,24 @@ UserStep::UserStep(QCorvelPrivate *dialog, QObject *changed)
         return;
     d->stored = true;
     d->view.held().hold(changed);
+    d->storeKept();
     for (int attempt = 0; attempt < kMostAttempts && !begin(attempt < kAttemptsToOpen); ++attempt)
         d->showNews();
+    if (!isOneStep() && isStoreHeld())
+        m_kept.emplace(d->shownConfiguration());
 }
 
-// The transaction stays with the configuration that is in use when it begins. False when that is not the one
-// in the header; without news it is the one of the last time. Where no transaction can be had in the end, the
-// values are written one by one.
+// The configuration in use is the transaction's until that ends. False when it is not the one in the header.
+// Where no transaction can be had in the end, what is written is kept for later while the store is held, and
+// else tried value by value.
 bool UserStep::begin(bool mustOpen)
 {
     m_transaction.emplace();
-    const bool open = m_transaction->isOpen();
-    const bool right = d->namesStore() && (open || !mustOpen);
-    const StoreNews news = right ? storeNews(&d->mark) : StoreNews::None;
-    const bool checked = news == StoreNews::None || !open || !d->q->m_pConfig;
-    if (!right || (!checked && !m_transaction->isOf(d->shownConfiguration()))) {
+    if (!d->namesStore() || (mustOpen && !isOneStep())) {
         m_transaction.reset();
         return false;
     }
-    if (news == StoreNews::Others)
+    if (storeNews(&d->mark) == StoreNews::Others)
         d->showNews();
     return true;
 }
@@ -76,8 +84,9 @@ UserStep::~UserStep()
     --d->steps;
     if (!m_outermost)
         return;
-    const bool kept = keep();
+    const bool done = keep();
+    m_kept.reset();
     d->view.held().release();
     settleFields(d->q);
-    d->noteResult(kept && d->stored);
+    d->noteResult(done && d->stored);
 }

@@ -3,7 +3,6 @@
 
 #include <QFont>
 #include <QLabel>
-#include <QRect>
 
 namespace {
 
@@ -42,7 +41,8 @@ void Notices::make(QWidget *owner, const QFont &font)
 
 void Notices::place(const QRect &bar, const QRect &line)
 {
-    m_bar->setGeometry(bar);
+    m_barPlace = bar;
+    fitBar();
     m_line->setGeometry(line);
 }
 
@@ -50,6 +50,15 @@ void Notices::setBar(const QString &text)
 {
     m_barText = text;
     showText(m_bar, text);
+    fitBar();
+}
+
+// A long path takes a second line, which is not to be cut.
+void Notices::fitBar()
+{
+    QRect place = m_barPlace;
+    place.setHeight(qMax(place.height(), m_bar->heightForWidth(place.width())));
+    m_bar->setGeometry(place);
 }
 
 void Notices::setStanding(const QString &text)

@@ -7,17 +7,18 @@
 #ifndef CORVEL_VIEW_NOTICES_H
 #define CORVEL_VIEW_NOTICES_H
 
+#include <QRect>
 #include <QString>
 
 class QFont;
 class QLabel;
-class QRect;
 class QWidget;
 
 class Notices {
 public:
     // Makes both, hidden, as children of the owner: object names "storeBar" and "statusLine".
     void make(QWidget *owner, const QFont &font);
+    // The bar is as high as its text needs, and at least as high as here.
     void place(const QRect &bar, const QRect &line);
 
     // Shown until it is set to the empty text.
@@ -32,6 +33,9 @@ public:
     QString standing() const { return m_standing; }
 
 private:
+    void fitBar();
+
+    QRect m_barPlace;
     QLabel *m_bar = nullptr;
     QLabel *m_line = nullptr;
     QString m_barText, m_standing;

@@ -242,7 +242,8 @@ void TestChecks::doneWithoutTheCheckSaysNothing()
     QCOMPARE(result.code, 0);
 }
 
-// The closing check is tied to the override on purpose, not to its own box alone.
+// The closing check is tied to the override, not to its own box alone: while NMOS is in
+// charge, the addresses are its business.
 void TestChecks::doneUnderNmosSaysNothing()
 {
     fillInterfaces(QStringLiteral("198.51.100.1"));
@@ -361,7 +362,7 @@ void TestChecks::theCheckReadsTheShownChannel()
     QCOMPARE(answer.shown(), 1);
 }
 
-// Also on a channel that carries video alone, on purpose.
+// Also on a channel that carries video alone: see docs/deliberate.md.
 void TestChecks::everyTypeIsCheckedWhole()
 {
     fillInterfaces(QStringLiteral("198.51.100.1"));

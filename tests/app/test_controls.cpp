@@ -171,7 +171,7 @@ void TestControls::texts()
     QCOMPARE(m_dialog->m_pErrDlg->windowTitle(), QStringLiteral("Error List"));
 }
 
-// "Source port" of the receive block and "Source Port" of the send block, on purpose.
+// "Source port" of the receive block and "Source Port" of the send block: see docs/deliberate.md.
 void TestControls::fieldLabels()
 {
     open();
@@ -326,7 +326,7 @@ void TestControls::grandmasterStartsOff()
     QCOMPARE(stylesheetOf(m_dialog->m_pEditGmAddress), QByteArray("background-color:#404040;"));
     QCOMPARE(m_dialog->m_pEditGmAddress->text(), QStringLiteral("00-1D-C1"));
     QVERIFY(m_dialog->m_pComboClkMstr->isReadOnly());
-    QVERIFY(!m_dialog->m_pEditClockDomain->isReadOnly()); // shows the clock all the same, on purpose
+    QVERIFY(!m_dialog->m_pEditClockDomain->isReadOnly()); // see docs/deliberate.md
 }
 
 void TestControls::standAloneControls()

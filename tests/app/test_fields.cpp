@@ -242,7 +242,7 @@ void TestFields::combosReachTheStore()
         QVERIFY2(isOfChannel(2, changed), qPrintable(changed));
 }
 
-// The edit named after the grandmaster holds the domain, on purpose.
+// The edit named after the grandmaster holds the domain: hosts find controls by their names.
 void TestFields::clockFields()
 {
     choose(m_dialog->m_pComboClkSrc, 0);

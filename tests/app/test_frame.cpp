@@ -131,7 +131,7 @@ void TestFrame::sizeFollowsTheScreen()
     QCOMPARE(m_dialog->size(), wanted);
 }
 
-// On purpose: a change of type takes the screen's scale as it is, a start never less than 1.
+// A change of type takes the screen's scale as it is, a start never less than 1: see docs/deliberate.md.
 void TestFrame::typeChangeHasNoLowerBound()
 {
     open();

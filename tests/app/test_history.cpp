@@ -57,6 +57,7 @@ private slots:
     void lockAllIsTakenBackByName();
     void theMenuIsInTheEmptyAreaOnly();
     void theListShowsAndTakesBack();
+    void theListFollowsOtherPrograms();
     void theListFiltersByChannel();
     void returnInAFieldPressesNoneOfItsButtons();
     void theWheelChangesNoFilter();
@@ -259,6 +260,20 @@ void TestHistory::theListShowsAndTakesBack()
     table->selectRow(0); // the taking back itself, which is the last
     click(button);
     QCOMPARE(number(0, "ReceiveDestinationPort"), 5004u);
+}
+
+// Without being looked at anew; the chosen change stays chosen.
+void TestHistory::theListFollowsOtherPrograms()
+{
+    typeText(m->dialog->m_pEditRecDstPort, QStringLiteral("5004"));
+    QDialog *list = openList();
+    auto *table = list->findChild<QTableWidget *>();
+    table->selectRow(0);
+    const int before = table->rowCount();
+    setByOther(3, "ReceiveDestinationIp", QStringLiteral("239.99.99.99"));
+    QTRY_COMPARE(table->rowCount(), before + 1);
+    QVERIFY(table->item(0, 2)->text().contains(QStringLiteral("239.99.99.99")));
+    QVERIFY(table->item(1, 2)->isSelected());
 }
 
 void TestHistory::theListFiltersByChannel()

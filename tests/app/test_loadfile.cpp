@@ -280,7 +280,7 @@ void TestLoadFile::sdpTicksAndStores()
     expected.insert(QStringLiteral("0:TransmitDestinationIp"), QStringLiteral("'239.7.7.7'"));
     expected.insert(QStringLiteral("0:TransmitIp"), QStringLiteral("'10.7.7.7'"));
     expected.insert(QStringLiteral("0:TransmitRemotePort"), QStringLiteral("5004"));
-    expected.insert(QStringLiteral("0:ReceiveFlags"), QStringLiteral("30")); // the receive boxes, on purpose
+    expected.insert(QStringLiteral("0:ReceiveFlags"), QStringLiteral("30")); // see docs/deliberate.md
     QCOMPARE(changes(before, snapshot()), expected);
     QVERIFY(m->dialog->m_pCheckRecDstAddr->isChecked());
     QVERIFY(m->dialog->m_pCheckRecSrcAddr->isChecked());

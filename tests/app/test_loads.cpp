@@ -167,7 +167,7 @@ void TestLoads::neverWrittenAddresses()
     QCOMPARE(text(0, "ReceiveSourceIp"), QStringLiteral("1.0.0.0"));
 }
 
-// On purpose: a stored text with fewer parts leaves the octets of the channel shown before.
+// A stored text with fewer parts leaves the octets of the channel shown before: see docs/deliberate.md.
 void TestLoads::shortAddressKeepsTheRest()
 {
     put(0, "ReceiveSourceIp", QStringLiteral("10.20.30.40"));
@@ -271,7 +271,7 @@ void TestLoads::flowCount()
     }
 }
 
-// On purpose: a load only disables.
+// A load only disables: see docs/deliberate.md.
 void TestLoads::flowButtonsAreNotEnabledAgain()
 {
     put(0, "ReceiveAudTotalChannels", 4u);
@@ -283,7 +283,7 @@ void TestLoads::flowButtonsAreNotEnabledAgain()
     QCOMPARE(buttons(), QStringLiteral("eee-----"));
 }
 
-// With several buttons checked a load takes the first and a save the last, on purpose.
+// With several buttons checked a load takes the first and a save the last: see docs/deliberate.md.
 void TestLoads::firstFlowIsLoadedLastIsSaved()
 {
     put(0, "ReceiveAudSourcePort2", 222u);
@@ -304,7 +304,7 @@ void TestLoads::firstFlowIsLoadedLastIsSaved()
     QVERIFY(!hasNumber("KWX\\Internal0\\IpConfig", "ReceiveAudSourcePort0"));
 }
 
-// On purpose: shown from flow 0, written to the flow that is selected.
+// Shown from flow 0, written to the flow that is selected: see docs/deliberate.md.
 void TestLoads::audioFlagsComeFromFlowZero()
 {
     put(0, "ReceiveAudTotalChannels", 16u);
@@ -483,7 +483,7 @@ void TestLoads::boardSettingsFollowTheStore()
     QCOMPARE(m_dialog->m_pSwapLayout->currentIndex(), 0);
 }
 
-// The clock line is hidden for the one type whose load and save use it, on purpose.
+// The clock line is hidden for the one type whose load and save use it: see docs/deliberate.md.
 void TestLoads::typeEight()
 {
     put(0, "VideoType", 1u);

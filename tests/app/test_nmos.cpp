@@ -5,6 +5,8 @@
 #include "fake/recorder.h"
 #include "support/dialog.h"
 #include "support/snapshot.h"
+#include "support/tip.h"
+#include "theme/invalidmark.h"
 
 #include <QVBoxLayout>
 
@@ -178,6 +180,11 @@ void TestNmos::aForeignNodeAddressIsLeftOut()
     open(true);
     click(m_dialog->m_pOpenNmosCfg);
     typeAddress(m_dialog->m_pLineNmosIp, QStringLiteral("198.51.100.3"));
+    QTRY_VERIFY(isMarkedInvalid(m_dialog->m_pLineNmosIp));
+    QVERIFY(!isMarkedInvalid(m_dialog->m_pLineNmosSrv));
+    QCOMPARE(
+        tipOf(m_dialog->m_pLineNmosIp),
+        QStringLiteral("This machine has no interface with the address 198.51.100.3.\nStored is: 127.0.0.1"));
     typeAddress(m_dialog->m_pLineNmosSrv, QStringLiteral("198.51.100.4"));
     typeText(m_dialog->m_pEditNmosDmn, QStringLiteral("studio"));
     typeText(m_dialog->m_pEditNmosPort, QStringLiteral("1"));
@@ -194,6 +201,9 @@ void TestNmos::whatIsShownIsReadAgain()
     open(true);
     click(m_dialog->m_pOpenNmosCfg);
     typeText(m_dialog->m_pEditNmosDmn, QStringLiteral("left without Set"));
+    QTRY_VERIFY(isMarkedInvalid(m_dialog->m_pLineNmosIp)); // nobody's address
+    typeAddress(m_dialog->m_pLineNmosIp, QStringLiteral("127.0.0.1"));
+    QTRY_VERIFY(!isMarkedInvalid(m_dialog->m_pLineNmosIp));
     m_dialog->m_pNmosCfg->close();
     click(m_dialog->m_pOpenNmosCfg);
     QCOMPARE(m_dialog->m_pEditNmosDmn->text(), QString());
@@ -342,7 +352,7 @@ void TestNmos::theSwitchIsWrittenBeforeTheAnswer()
     QCOMPARE(globalOverride(), QStringLiteral("1"));
 }
 
-// The path's letters are as they are on purpose: a store that tells them apart keeps two values.
+// The path's letters are as they are, because a store that tells them apart keeps two values.
 void TestNmos::theSwitchHasTwoPlaces()
 {
     open(false);

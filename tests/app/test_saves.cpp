@@ -92,7 +92,7 @@ void TestSaves::fill()
     m_dialog->m_pEditClockDomain->setText(QStringLiteral("8"));
 }
 
-// The lower-case "video" of the receive line and the blank at each end are on purpose.
+// The lower-case "video" of the receive line and the blank at each end: see docs/deliberate.md.
 void TestSaves::videoOrder()
 {
     open(true);

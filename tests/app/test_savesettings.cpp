@@ -141,7 +141,7 @@ void TestSaveSettings::theCallsOfASave()
                                                     "*save", "*put [channel", "*put [channel", "*close"}));
 }
 
-// The letters of the path are as they are on purpose: a store that tells them apart keeps two values.
+// The letters of the path are as they are, because a store that tells them apart keeps two values.
 void TestSaveSettings::saveEndsTheOverrideOfTheLongPath()
 {
     QVERIFY(m->save(QStringLiteral("x.ipp")));

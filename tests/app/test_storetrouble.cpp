@@ -2,16 +2,54 @@
 //
 // A store that is held by another program, and a second dialog on the same store: both are told while they
 // last.
+#include "channel/backlog.h"
 #include "channel/storehealth.h"
 #include "support/filefixture.h"
 #include "support/otherprogram.h"
+#include "support/sleepcount.h"
+#include "support/storeholder.h"
 
 #include <memory>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace DialogTest;
 using namespace StoreTest;
+
+namespace {
+
+// Each edit is one of the history, in their order.
+QStringList editsInHistory()
+{
+    QStringList names;
+    walkHistory(-1, [&](const StoreChange &change) {
+        if (change.pid == quint32(QCoreApplication::applicationPid()))
+            names.prepend(QString::fromLatin1(change.name));
+        return true;
+    });
+    return names;
+}
+
+// Held by the system's lock alone, as by a program that was stopped while it repaired a store.
+class FolderHolder {
+public:
+    explicit FolderHolder(const QString &folder)
+    {
+        m_process.start(QStringLiteral("flock"),
+                        {folder + QStringLiteral("/.rkcfg-lock"), QStringLiteral("sh"), QStringLiteral("-c"),
+                         QStringLiteral("echo; read x")});
+        QVERIFY(m_process.waitForReadyRead(60000));
+    }
+    ~FolderHolder() { release(); }
+    void release()
+    {
+        m_process.closeWriteChannel();
+        m_process.waitForFinished(60000);
+    }
+
+private:
+    QProcess m_process;
+};
+
+} // namespace
 
 class TestStoreTrouble : public QObject {
     Q_OBJECT
@@ -21,6 +59,12 @@ private slots:
     void cleanup();
     void allIsWell();
     void heldByAnotherProgram();
+    void whatTheHolderChangedStays();
+    void editsOfAllPlacesAreKept();
+    void lockOfTheFolderHeld();
+    void heldAtTheStart();
+    void loadsAreRefusedMeanwhile();
+    void keptForTheirConfiguration();
     void aSecondDialog();
     void aSecondDialogOnAnotherStore();
 
@@ -29,6 +73,11 @@ private:
     {
         const auto *label = m_fixture->dialog->findChild<QLabel *>(QLatin1String(name));
         return label->isHidden() ? QString() : label->text();
+    }
+    static QString keptText()
+    {
+        return storePath() +
+               QStringLiteral(": held by another program; edits are kept and stored as soon as it lets go");
     }
     std::unique_ptr<FileFixture> m_fixture;
 };
@@ -40,6 +89,7 @@ void TestStoreTrouble::init()
 
 void TestStoreTrouble::cleanup()
 {
+    QCOMPARE(backlogSize(), 0); // of the process, not of the dialog
     m_fixture.reset();
 }
 
@@ -53,33 +103,141 @@ void TestStoreTrouble::allIsWell()
 
 void TestStoreTrouble::heldByAnotherProgram()
 {
-    int held[2], release[2];
-    QCOMPARE(pipe(held), 0);
-    QCOMPARE(pipe(release), 0);
-    const pid_t other = fork();
-    if (other == 0) {
-        char byte = rkCFGBegin(RKCFG_DEFAULT_STORE) == 0;
-        const bool done = write(held[1], &byte, 1) == 1 && read(release[0], &byte, 1) == 1;
-        rkCFGEnd(RKCFG_DEFAULT_STORE, 0);
-        _exit(done ? 0 : 1);
-    }
-    char byte = 0;
-    QCOMPARE(read(held[0], &byte, 1), ssize_t(1));
-    QCOMPARE(int(byte), 1);
-    typeText(m_fixture->dialog->m_pEditRecDstPort, QStringLiteral("5004"));
-    const QString path = storePath();
-    QCOMPARE(shown("storeBar"), path + QStringLiteral(": held by another program; edits are not kept"));
-    QCOMPARE(write(release[1], &byte, 1), ssize_t(1));
-    int status = 0;
-    waitpid(other, &status, 0);
-    QCOMPARE(status, 0);
+    QCorvel *d = m_fixture->dialog.get();
+    const QStringList before = editsInHistory();
+    StoreHolder holder([] {}, false);
+    SleepCount::slept();
+    typeText(d->m_pEditRecDstPort, QStringLiteral("5004"));
+    QVERIFY(SleepCount::slept() <= SleepCount::mostMs);
+    QCOMPARE(shown("storeBar"), keptText());
+    typeText(d->m_pEditRecSrcPort, QStringLiteral("5006"));
+    d->m_pCheckRecDstAddr->toggle();
+    QCOMPARE(SleepCount::slept(), 0);
+    letItTick(d);
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationPort"), QString());
+    QCOMPARE(d->m_pEditRecDstPort->text(), QStringLiteral("5004"));
+    holder.release();
     QTRY_COMPARE(shown("storeBar"), QString());
-    // What is shown is what is stored.
-    QCOMPARE(m_fixture->dialog->m_pEditRecDstPort->text(), QStringLiteral("0"));
-    typeText(m_fixture->dialog->m_pEditRecDstPort, QStringLiteral("5005"));
-    QCOMPARE(OtherProgram::stored("ReceiveDestinationPort"), QStringLiteral("5005"));
-    for (const int end : {held[0], held[1], release[0], release[1]})
-        close(end);
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationPort"), QStringLiteral("5004"));
+    QCOMPARE(OtherProgram::stored("ReceiveSourcePort"), QStringLiteral("5006"));
+    QCOMPARE(d->m_pEditRecDstPort->text(), QStringLiteral("5004"));
+    const QStringList since = editsInHistory().mid(before.size());
+    // The first edit stored all that was shown, since the channel was new.
+    const int first = since.lastIndexOf(QStringLiteral("ReceiveDestinationPort"));
+    const int second = since.lastIndexOf(QStringLiteral("ReceiveSourcePort"));
+    QVERIFY2(first >= 0 && first < second, qPrintable(since.join(QLatin1Char(' '))));
+    QVERIFY(second < since.lastIndexOf(QStringLiteral("ReceiveFlags")));
+    QCOMPARE(shown("statusLine"), QString());
+}
+
+void TestStoreTrouble::whatTheHolderChangedStays()
+{
+    QCorvel *d = m_fixture->dialog.get();
+    StoreHolder holder([] { put(0, "ReceiveDestinationPort", 7000); });
+    typeText(d->m_pEditRecDstPort, QStringLiteral("5004"));
+    typeText(d->m_pEditRecSrcPort, QStringLiteral("5006"));
+    typeText(d->m_pEditRecDstPort, QStringLiteral("5008"));
+    holder.release();
+    QTRY_COMPARE(shown("storeBar"), QString());
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationPort"), QStringLiteral("7000"));
+    QCOMPARE(OtherProgram::stored("ReceiveSourcePort"), QStringLiteral("5006"));
+    QCOMPARE(d->m_pEditRecDstPort->text(), QStringLiteral("7000"));
+    QCOMPARE(shown("statusLine"),
+             QStringLiteral("Changed by another program meanwhile and left so: Receive Destination Port, "
+                            "channel 0 Video and 1 more"));
+    // The next edit does not bring them back either.
+    typeText(d->m_pEditSndDstPort, QStringLiteral("5010"));
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationPort"), QStringLiteral("7000"));
+    QCOMPARE(OtherProgram::stored("TransmitRemotePort"), QStringLiteral("5010"));
+}
+
+// What is kept is shown wherever it belongs, as if it were stored.
+void TestStoreTrouble::editsOfAllPlacesAreKept()
+{
+    QCorvel *d = m_fixture->dialog.get();
+    StoreHolder holder;
+    typeText(d->m_pEditRecDstPort, QStringLiteral("5004"));
+    typeAddress(d->m_pLineRecDstAddr, QStringLiteral("239.9.9.9"));
+    d->m_pChannel->setCurrentIndex(2);
+    QCOMPARE(d->m_pEditRecDstPort->text(), QStringLiteral("0"));
+    typeText(d->m_pEditRecDstPort, QStringLiteral("5020"));
+    choose(d->m_pComboClkSrc, ClockSource::FreeRun);
+    d->m_pChannel->setCurrentIndex(0);
+    QCOMPARE(d->m_pEditRecDstPort->text(), QStringLiteral("5004"));
+    QCOMPARE(d->m_pLineRecDstAddr->address(), QStringLiteral("239.9.9.9"));
+    holder.release();
+    QTRY_COMPARE(shown("storeBar"), QString());
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationPort"), QStringLiteral("5004"));
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationIp"), quoted(QStringLiteral("239.9.9.9")));
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationPort", 2), QStringLiteral("5020"));
+    QCOMPARE(OtherProgram::stored("ClockType", 2), QString::number(ClockSource::FreeRun));
+}
+
+void TestStoreTrouble::lockOfTheFolderHeld()
+{
+    QCorvel *d = m_fixture->dialog.get();
+    FolderHolder holder(QFileInfo(storePath()).path());
+    SleepCount::slept();
+    typeText(d->m_pEditRecDstPort, QStringLiteral("5004"));
+    QVERIFY(SleepCount::slept() <= SleepCount::mostMs);
+    QCOMPARE(shown("storeBar"), keptText());
+    typeText(d->m_pEditRecSrcPort, QStringLiteral("5006"));
+    QCOMPARE(SleepCount::slept(), 0);
+    letItTick(d);
+    holder.release();
+    QTRY_COMPARE(shown("storeBar"), QString());
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationPort"), QStringLiteral("5004"));
+    QCOMPARE(OtherProgram::stored("ReceiveSourcePort"), QStringLiteral("5006"));
+}
+
+// Nothing of the store is known, so nothing that is shown is worth keeping.
+void TestStoreTrouble::heldAtTheStart()
+{
+    m_fixture->dialog.reset();
+    rkCFGClose(RKCFG_DEFAULT_STORE, 1);
+    FolderHolder holder(QFileInfo(storePath()).path());
+    SleepCount::slept();
+    m_fixture->dialog = std::make_unique<QCorvel>(true, nullptr);
+    QVERIFY(SleepCount::slept() <= SleepCount::mostMs);
+    show(m_fixture->dialog.get());
+    QVERIFY(!m_fixture->dialog->m_pNmosOverride->isChecked()); // nothing could be read
+    QCOMPARE(shown("storeBar"),
+             storePath() + QStringLiteral(": held by another program; edits are not kept"));
+    holder.release();
+    QTRY_COMPARE(shown("storeBar"), QString());
+    QCOMPARE(m_fixture->dialog->m_pLineRecDstAddr->address(), QStringLiteral("239.1.1.0"));
+    QVERIFY(m_fixture->dialog->m_pNmosOverride->isChecked()); // and nothing was written
+}
+
+// A file is all or nothing, and there is no telling when it would be all.
+void TestStoreTrouble::loadsAreRefusedMeanwhile()
+{
+    QVERIFY(m_fixture->save(QStringLiteral("x.ipp")));
+    StoreHolder holder;
+    QVERIFY(m_fixture->load(QStringLiteral("x.ipp")));
+    QVERIFY2(shown("statusLine").endsWith(QLatin1String("another program holds the store")),
+             qPrintable(shown("statusLine")));
+    QCOMPARE(shown("storeBar"), QString());
+}
+
+void TestStoreTrouble::keptForTheirConfiguration()
+{
+    QCorvel *d = m_fixture->dialog.get();
+    OtherProgram::choose(QStringLiteral("van"));
+    OtherProgram::choose(QStringLiteral("default"));
+    QTRY_COMPARE(d->m_pConfig->currentText(), QStringLiteral("default"));
+    StoreHolder holder([] {}, false);
+    typeText(d->m_pEditRecDstPort, QStringLiteral("5004"));
+    OtherProgram::choose(QStringLiteral("van"));
+    QTRY_COMPARE(d->m_pConfig->currentText(), QStringLiteral("van"));
+    QCOMPARE(d->m_pEditRecDstPort->text(), QStringLiteral("0"));
+    holder.release();
+    QTRY_COMPARE(shown("storeBar"), QString());
+    typeText(d->m_pEditRecDstPort, QStringLiteral("6000"));
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationPort"), QStringLiteral("6000"));
+    OtherProgram::choose(QStringLiteral("default"));
+    QTRY_COMPARE(OtherProgram::stored("ReceiveDestinationPort"), QStringLiteral("5004"));
+    QTRY_COMPARE(d->m_pEditRecDstPort->text(), QStringLiteral("5004"));
 }
 
 // The second one is killed, so that it cannot say goodbye.

@@ -179,7 +179,7 @@ void TestChannelStore::textEndsAtTheFirstZero()
     QCOMPARE(text(0, "TransmitIp"), QStringLiteral("10.0"));
 }
 
-// On purpose: written as UTF-8, read byte by byte as Latin-1.
+// Written as UTF-8, read byte by byte as Latin-1: see docs/deliberate.md.
 void TestChannelStore::onlyAsciiRoundTrips()
 {
     put(0, "ClockGrandMaster", QStringLiteral("\u00e9"));
@@ -268,7 +268,7 @@ void TestChannelStore::globalNumbers()
     QCOMPARE(globalDword(StorePath::Debug, "NMOSUseLog", 9), 1u);
 }
 
-// Written under one spelling and read under the other, on purpose: paths compare without case.
+// Written under one spelling and read under the other: paths compare without case.
 void TestChannelStore::bothSpellingsAreOneKey()
 {
     setGlobalDword(StorePath::AvHal, "nmosoverride", 1);

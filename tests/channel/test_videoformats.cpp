@@ -123,7 +123,7 @@ void TestVideoFormats::lowestByteIsTheRate()
     }
 }
 
-// On purpose: a session description of an interlaced format carries the field rate.
+// A session description of an interlaced format carries the field rate.
 void TestVideoFormats::interlacedGiveTheFieldRate()
 {
     QCOMPARE(findVideoFormat(327201309)->rate, "60000/1001");

@@ -55,6 +55,15 @@ inline void typeText(QLineEdit *edit, const QString &text)
     QTest::keyClick(edit, Qt::Key_Tab);
 }
 
+// Types a port over the one that is there and ends with Return.
+inline void enterPort(QLineEdit *edit, const QString &text)
+{
+    edit->setFocus();
+    edit->selectAll();
+    QTest::keyClicks(edit, text);
+    QTest::keyClick(edit, Qt::Key_Return);
+}
+
 // A check box or radio button, clicked where its indicator is.
 inline void click(QAbstractButton *button)
 {

@@ -94,7 +94,8 @@ RKCFG_API int rkCFGSetDefaultName(const char *utf8Name);
 
 /*
  * Copies the default configuration's name (zero-terminated, cut to size at a whole character). It is
- * "default" where nobody chose one. Returns 0, or non-zero on a null or empty buffer.
+ * "default" where nobody chose one. Between rkCFGBegin and rkCFGEnd it is the name of the configuration
+ * that the transaction is in. Returns 0, or non-zero on a null or empty buffer.
  */
 RKCFG_API int rkCFGGetDefaultName(char *buffer, uint32_t size);
 

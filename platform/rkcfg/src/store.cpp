@@ -315,8 +315,12 @@ int Store::setDefaultName(const std::string &name)
     return report("switching", SQLITE_OK, {});
 }
 
+// A transaction stays where it began, and whoever is inside must be able to tell where that is.
 std::string Store::defaultName()
 {
+    followFork();
+    if (m_transaction)
+        return m_paths.name;
     const std::string folder = m_connection ? m_folder : configFolder();
     return folder.empty() ? fallbackName : m_defaultName.current(folder);
 }

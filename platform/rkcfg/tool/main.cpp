@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // rkcfg: reads and writes the configuration store from a shell. docs/rkcfg.1 is its manual.
+#include "knownnames.h"
 #include "rkcfg.h"
 #include "rkos.h"
 
@@ -123,20 +124,29 @@ int setDword(const Arguments &arguments)
     return saved(rkCFGValueDword(store, arguments[0], arguments[1], &now, 0) == 0 && now == number);
 }
 
-// A value keeps its type: a number that became a text would be none for the programs that read it.
-int set(const Arguments &arguments)
+// What the server's programs read, else what is there: a number that became a text would be none for them.
+KnownType typeOf(const char *path, const char *name)
 {
     uint32_t number = 0;
     std::string text;
-    if (arguments.literal)
-        return setText(arguments);
-    if (rkCFGValueDword(store, arguments[0], arguments[1], &number, 0) == 0)
+    const KnownType known = knownType(path, name);
+    if (known != KnownType::None)
+        return known;
+    if (rkCFGValueDword(store, path, name, &number, 0) == 0)
+        return KnownType::Number;
+    return readText(path, name, text) ? KnownType::Text : KnownType::None;
+}
+
+int set(const Arguments &arguments)
+{
+    const KnownType type = arguments.literal ? KnownType::Text : typeOf(arguments[0], arguments[1]);
+    if (type == KnownType::Number)
         return setDword(arguments);
-    if (arguments.force || readText(arguments[0], arguments[1], text))
+    if (type == KnownType::Text || arguments.force)
         return setText(arguments);
     if (const int result = absentOrFailed(arguments[0]); result != Absent)
         return result;
-    fprintf(stderr, "rkcfg: %s %s: no such value (set-text, set-dword or set --force make one)\n",
+    fprintf(stderr, "rkcfg: %s %s: unknown and not there (set-text, set-dword or set --force make it)\n",
             arguments[0], arguments[1]);
     return Usage;
 }
@@ -260,7 +270,7 @@ struct Command {
 const Command commands[] = {
     // name        fewest  most  runs             shown as
     {"get",        2,      2,    get,             "get PATH NAME           print a value"},
-    {"set",        3,      3,    set,             "set PATH NAME VALUE     store a value of the type that is there"},
+    {"set",        3,      3,    set,             "set PATH NAME VALUE     store a value as what it has to be: text or number"},
     {"set-text",   3,      3,    setText,         "set-text PATH NAME TEXT store a text"},
     {"set-dword",  3,      3,    setDword,        "set-dword PATH NAME N   store a number, 0 to 4294967295"},
     {"unset",      2,      2,    unset,           "unset PATH NAME         remove a value"},

@@ -15,6 +15,7 @@ private slots:
     void init();
     void hiddenAtFirst();
     void barStaysUntilTakenAway();
+    void barGrowsWithItsText();
     void lineEndsAfterItsTicks();
     void standingTextComesBack();
     void laterReplacesEarlier();
@@ -56,6 +57,26 @@ void TestNotices::barStaysUntilTakenAway()
     QCOMPARE(shown("storeBar"), QStringLiteral("full disk"));
     m_notices.setBar(QString());
     QCOMPARE(shown("storeBar"), QString());
+}
+
+void TestNotices::barGrowsWithItsText()
+{
+    const QRect place(0, 40, 300, 20);
+    m_notices.place(place, QRect());
+    const auto *bar = m_owner->findChild<QLabel *>(QStringLiteral("storeBar"));
+    m_notices.setBar(QStringLiteral("full disk"));
+    QCOMPARE(bar->geometry(), place);
+    const QString path = QStringLiteral("/a/folder/far/down/below/the/others");
+    m_notices.setBar(path + path + path);
+    const QRect grown = bar->geometry();
+    QVERIFY(grown.height() >= bar->heightForWidth(300));
+    QVERIFY(grown.height() > place.height());
+    QCOMPARE(grown.topLeft(), place.topLeft());
+    QCOMPARE(grown.width(), place.width());
+    m_notices.place(place, QRect());
+    QCOMPARE(bar->geometry(), grown);
+    m_notices.setBar(QStringLiteral("full disk"));
+    QCOMPARE(bar->geometry(), place);
 }
 
 void TestNotices::lineEndsAfterItsTicks()

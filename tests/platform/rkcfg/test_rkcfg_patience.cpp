@@ -2,34 +2,21 @@
 // How long calls wait for other processes. The time itself is not measured: all sleeps of the library and
 // of SQLite go through this program, which adds up what they ask for.
 #include "storehome.h"
+#include "support/sleepcount.h"
 
 #include <QFile>
 #include <QtTest>
-#include <atomic>
 #include <cerrno>
-#include <ctime>
 #include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/syscall.h>
 #include <thread>
-#include <unistd.h>
+
+using SleepCount::mostMs;
+using SleepCount::slept;
 
 namespace {
 
-std::atomic<int64_t> sleptUs{0};
 std::atomic<bool> unlockFails{false};
-
-void reallySleep(int64_t microseconds)
-{
-    sleptUs += microseconds;
-    const timespec pause{time_t(microseconds / 1000000), long(microseconds % 1000000) * 1000};
-    syscall(SYS_nanosleep, &pause, nullptr);
-}
-
-int64_t slept()
-{
-    return sleptUs.exchange(0) / 1000;
-}
 
 int lockFile(int fd, int command, void *argument)
 {
@@ -41,21 +28,7 @@ int lockFile(int fd, int command, void *argument)
     return fcntl(fd, command, argument);
 }
 
-constexpr int64_t mostMs = 1100;
-
 } // namespace
-
-extern "C" __attribute__((visibility("default"))) int usleep(useconds_t microseconds)
-{
-    reallySleep(microseconds);
-    return 0;
-}
-
-extern "C" __attribute__((visibility("default"))) int nanosleep(const timespec *pause, timespec *)
-{
-    reallySleep(int64_t(pause->tv_sec) * 1000000 + pause->tv_nsec / 1000);
-    return 0;
-}
 
 class TestRkcfgPatience : public QObject {
     Q_OBJECT

@@ -18,6 +18,9 @@ private slots:
     void getTellsAbsence();
     void setStores();
     void setKeepsTheType();
+    void setKnowsTheServersNames_data();
+    void setKnowsTheServersNames();
+    void setMendsTheTypeOfAKnownName();
     void setRefusesNewNames();
     void unsetRemoves();
     void setDwordTakesNumbersOnly_data();
@@ -114,11 +117,59 @@ void TestRkcfgTool::setKeepsTheType()
     QCOMPARE(text("p", "n"), QByteArray("7"));
 }
 
+void TestRkcfgTool::setKnowsTheServersNames_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QString>("listed"); // empty: refused
+    const auto row = [](const char *path, const char *name, const char *value, const char *listed) {
+        QTest::addRow("%s %s %s", path, name, value)
+            << QString::fromLatin1(path) << QString::fromLatin1(name) << QString::fromLatin1(value)
+            << QString::fromLatin1(listed);
+    };
+    row("KWX\\Internal0\\IpConfig", "ReceiveDestinationPort", "5004", "5004");
+    row("KWX\\Internal117\\IpConfig", "ReceiveAudDestinationPort7", "0x10", "16");
+    row("kwx\\internal0\\ipconfig", "TransmitDestinationIp", "239.1.1.1", "239.1.1.1");
+    row("KWX\\Internal1\\IpConfig", "ClockGrandMaster", "7", "7");
+    row("KWX\\Config", "MaxIntChannels", "8", "8");
+    row("KWX\\Advanced\\AvHAL", "nmosoverride", "1", "1");
+    row("KWX\\Internal0\\IpConfig", "nmosdomain", "local", "local");
+    row("KWX\\Internal0\\IpConfig", "ReceiveDestinationPort", "five", "");
+    row("KWX\\Internal0\\IpConfig", "RecieveDestinationPort", "5004", "");
+    row("KWX\\Internal0\\IpConfig", "ReceiveAudDestinationPort8", "5004", "");
+    row("KWX\\Internal0\\IpConfg", "ReceiveDestinationPort", "5004", "");
+    row("KWX\\Internal\\IpConfig", "ReceiveDestinationPort", "5004", "");
+    row("KWX\\Internal1\\IpConfig", "nmosdomain", "local", "");
+}
+
+void TestRkcfgTool::setKnowsTheServersNames()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, name);
+    QFETCH(QString, value);
+    QFETCH(QString, listed);
+    QCOMPARE(tool({QStringLiteral("set"), path, name, value}).code, listed.isEmpty() ? 2 : 0);
+    QCOMPARE(tool({QStringLiteral("get"), path, name}).out,
+             listed.isEmpty() ? QByteArray() : listed.toLatin1() + '\n');
+}
+
+// A text where the server reads a number would read as none.
+void TestRkcfgTool::setMendsTheTypeOfAKnownName()
+{
+    putText("KWX\\Internal0\\IpConfig", "ReceiveDestinationPort", "5004");
+    QCOMPARE(tool(words("set KWX\\Internal0\\IpConfig ReceiveDestinationPort 5006")).code, 0);
+    QCOMPARE(number("KWX\\Internal0\\IpConfig", "ReceiveDestinationPort"), 5006u);
+    putNumber("KWX\\Internal0\\IpConfig", "ReceiveDestinationIp", 7);
+    QCOMPARE(tool(words("set --force KWX\\Internal0\\IpConfig ReceiveDestinationIp 10.0.0.1")).code, 0);
+    QCOMPARE(text("KWX\\Internal0\\IpConfig", "ReceiveDestinationIp"), QByteArray("10.0.0.1"));
+}
+
 void TestRkcfgTool::setRefusesNewNames()
 {
     const ToolResult refused = tool(words("set p n 7"));
     QCOMPARE(refused.code, 2);
-    QVERIFY(refused.err.contains("p n: no such value"));
+    QVERIFY(refused.err.contains("p n: unknown and not there"));
     QCOMPARE(text("p", "n"), std::nullopt);
     QCOMPARE(tool(words("set --force p n 7")).code, 0);
     QCOMPARE(text("p", "n"), QByteArray("7"));

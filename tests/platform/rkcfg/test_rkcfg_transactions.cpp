@@ -45,6 +45,13 @@ int changed(uint64_t &mark)
     return rkCFGChanged(store, &mark);
 }
 
+QByteArray defaultName()
+{
+    char name[100] = "";
+    rkCFGGetDefaultName(name, sizeof name);
+    return name;
+}
+
 QStringList words(const char *text)
 {
     return QString::fromLatin1(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
@@ -173,7 +180,9 @@ void TestRkcfgTransactions::staysWithItsConfiguration()
     QCOMPARE(tool({QStringLiteral("default"), QStringLiteral("other")}).code, 3); // made under the lock
     overwrite(m_home->path(QStringLiteral("default-config")), "other\n");
     QVERIFY(putNumber("p", "b", 2));
+    QCOMPARE(defaultName(), QByteArray("default")); // whoever is inside is told where that is
     QCOMPARE(rkCFGEnd(store, 1), 0);
+    QCOMPARE(defaultName(), QByteArray("other"));
     QCOMPARE(number("p", "b"), std::nullopt);
     QFile::remove(m_home->path(QStringLiteral("default-config")));
     QCOMPARE(values(), words("p|a|2 p|b|2"));
