@@ -13,6 +13,7 @@
 #include <QFileInfo>
 #include <QRandomGenerator>
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -615,6 +616,27 @@ void endModal()
         dialog->reject();
 }
 
+// How long the event loop takes from one pass to the next.
+class Gaps {
+public:
+    Gaps()
+    {
+        QObject::connect(&m_beat, &QTimer::timeout, [this] { m_gaps.append(m_last.restart()); });
+        m_last.start();
+        m_beat.start(1);
+    }
+    qint64 percentile(int percent)
+    {
+        std::sort(m_gaps.begin(), m_gaps.end());
+        return m_gaps.isEmpty() ? 0 : m_gaps.at((m_gaps.size() - 1) * percent / 100);
+    }
+
+private:
+    QTimer m_beat;
+    QElapsedTimer m_last;
+    QVector<qint64> m_gaps;
+};
+
 int nestedCalls = 0;
 
 void noteNested(QtMsgType, const QMessageLogContext &, const QString &text)
@@ -625,10 +647,13 @@ void noteNested(QtMsgType, const QMessageLogContext &, const QString &text)
 } // namespace
 
 // 500 descriptions, a burst for each of eight channels, while every modal dialog comes and goes.
+// CORVEL_PUSHES asks for more; then the machine is at our disposal, and nothing may keep the window from its
+// events for long.
 void TestPushedSdp::storm()
 {
-    constexpr int kPushes = 500;
-    constexpr int kBurst = 63;
+    const int wanted = qEnvironmentVariableIntValue("CORVEL_PUSHES");
+    const int kPushes = wanted > 0 ? wanted : 500;
+    const int kBurst = (kPushes + kFlowCount - 1) / kFlowCount;
     std::unique_ptr<Service> services[kFlowCount];
     for (int channel = 0; channel < kFlowCount; ++channel) {
         services[channel] = std::make_unique<Service>(channel, 't');
@@ -641,6 +666,7 @@ void TestPushedSdp::storm()
 
     int pushed = 0;
     int inDialogs = 0;
+    Gaps gaps;
     QTimer pusher;
     connect(&pusher, &QTimer::timeout, this, [&] {
         if (pushed == kPushes)
@@ -676,6 +702,10 @@ void TestPushedSdp::storm()
     closer.stop();
     pusher.stop();
     qInstallMessageHandler(before);
+    const qint64 gap = gaps.percentile(99);
+    qInfo("figures: %d pushes, %d of them under a box, gaps of the event loop p99 %lld ms, longest %lld ms",
+          pushed, inDialogs, gap, gaps.percentile(100));
+    QVERIFY(wanted <= 0 || gap <= 100);
 
     QCOMPARE(nestedCalls, 0);
     QVERIFY(inDialogs > kPushes / 2);

@@ -140,6 +140,16 @@ bool createPrivateFile(const std::string &path)
     return file.valid();
 }
 
+bool readable(const std::string &path)
+{
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+    char bytes[16384];
+    ssize_t count = file.valid() ? 1 : -1;
+    while (count > 0 || (count < 0 && file.valid() && errno == EINTR))
+        count = read(file.get(), bytes, sizeof bytes);
+    return count == 0;
+}
+
 bool syncFile(const std::string &path)
 {
     return sync(path.c_str(), O_RDONLY);

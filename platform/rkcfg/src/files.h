@@ -51,6 +51,9 @@ void makePrivateFile(const std::string &path, const FileState &state);
 // An empty file 0600 in place of whatever lay there.
 bool createPrivateFile(const std::string &path);
 
+// All of it, to its end. errno says why not.
+bool readable(const std::string &path);
+
 bool syncFile(const std::string &path);
 bool syncFolder(const std::string &path);
 

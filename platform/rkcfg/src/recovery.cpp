@@ -36,6 +36,16 @@ Result soundCopy(const std::string &path, const Manner &manner, const std::strin
     return result;
 }
 
+// To SQLite a disk that fails looks like damage of the content. It is none when another read fails as well,
+// nor when the copy is sound at the second look.
+Result soundAtSecondLook(const std::string &path, const Manner &manner, const std::string &target)
+{
+    if (!readable(path))
+        return diskRefused("reading " + path);
+    removeWithSidecars(target);
+    return soundCopy(path, manner, target, Journal::Delete);
+}
+
 // What a damaged database is replaced by, best first.
 enum class Filling { Salvaged, GoodCopy, Nothing };
 
@@ -66,6 +76,8 @@ bool fillFromCopy(const Paths &paths, const std::string &fresh, const Manner &ma
             continue;
         removeWithSidecars(fresh);
         result = soundCopy(copy, manner, fresh, Journal::Delete);
+        if (result.damage())
+            result = soundAtSecondLook(copy, manner, fresh);
         if (!result.damage())
             return result.ok();
     }

@@ -90,7 +90,10 @@ bool drain(const Event &event)
     for (int i = 0; i < maxDrain; ++i) {
         char byte = 0;
         const ssize_t got = recv(event.service.fd.get(), &byte, 1, MSG_DONTWAIT);
-        if (got < 0 && errno == EINTR)
+        // An empty datagram is no set, and not the end of the queue; a socket that was shut down gives the
+        // same.
+        const bool empty = got == 0 && !event.closed;
+        if (empty || (got < 0 && errno == EINTR))
             continue;
         if (got <= 0)
             break;

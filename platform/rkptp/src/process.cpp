@@ -19,8 +19,6 @@ namespace rkptp {
 
 namespace {
 
-constexpr size_t longestLine = 400;
-
 // Where the launcher stands as seen from the folder of this library: build tree first, then the installed
 // tree.
 const char *const launcherPlaces[] = {"/../libexec/corvel/ptp_launch", "/" RKPTP_INSTALLED_LAUNCHER};
@@ -163,27 +161,6 @@ std::optional<ProcessEnd> Process::reap()
     return ProcessEnd{info.si_code == CLD_EXITED, info.si_status};
 }
 
-// Two lines: ptp4l names the reason first and then says what it could not do.
-void Process::keepLine(std::string line)
-{
-    if (m_reader && m_reader(line))
-        return;
-    const size_t half = m_lastLines.find("; ");
-    const std::string before = half == std::string::npos ? m_lastLines : m_lastLines.substr(half + 2);
-    m_lastLines = before.empty() ? std::move(line) : before + "; " + line;
-}
-
-void Process::takeLogText(const char *text, size_t size)
-{
-    for (size_t i = 0; i < size; ++i) {
-        const bool printable = static_cast<unsigned char>(text[i]) >= ' ' && text[i] != 0x7f;
-        if (text[i] == '\n' && !m_line.empty())
-            keepLine(std::exchange(m_line, {}));
-        else if (printable && m_line.size() < longestLine)
-            m_line += text[i];
-    }
-}
-
 void Process::drainLog()
 {
     char buffer[1024];
@@ -191,7 +168,7 @@ void Process::drainLog()
     for (int i = 0; i < reads && m_log.valid(); ++i) {
         const ssize_t got = read(m_log.get(), buffer, sizeof buffer);
         if (got > 0)
-            takeLogText(buffer, static_cast<size_t>(got));
+            m_output.take(buffer, static_cast<size_t>(got));
         else if (got == 0)
             m_log.reset();
         else if (errno != EINTR)

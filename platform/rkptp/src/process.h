@@ -5,6 +5,7 @@
 // One ptp4l, started through the launcher: its process descriptor, its output, its end.
 
 #include "descriptor.h"
+#include "outputlines.h"
 
 #include <functional>
 #include <optional>
@@ -54,21 +55,16 @@ public:
 
     /* Reads what the process has written and keeps the last two lines; closes the pipe at its end. */
     void drainLog();
-    const std::string &lastLines() const { return m_lastLines; }
+    const std::string &lastLines() const { return m_output.last(); }
 
     /* Who gets each line first; a line that he takes (true) is not kept. */
-    void setReader(std::function<bool(const std::string &)> reader) { m_reader = std::move(reader); }
+    void setReader(std::function<bool(const std::string &)> reader) { m_output.setReader(std::move(reader)); }
 
 private:
-    void keepLine(std::string line);
-    void takeLogText(const char *text, size_t size);
-
     pid_t m_pid = -1;
     Descriptor m_pidFd;
     Descriptor m_log;
-    std::string m_line;
-    std::string m_lastLines;
-    std::function<bool(const std::string &)> m_reader;
+    OutputLines m_output;
 };
 
 /* Path of the launcher beside this library: in the build tree and when installed. Empty when there is none.

@@ -118,6 +118,17 @@ bool Program::type(const QString &text)
     return act({QStringLiteral("type"), QStringLiteral("--"), text});
 }
 
+bool Program::replace(const QPoint &place, const QString &digits)
+{
+    QStringList arguments{QStringLiteral("mousemove"), QStringLiteral("--window"), m_window,
+                          QString::number(place.x()),  QString::number(place.y()), QStringLiteral("click"),
+                          QStringLiteral("1"),         QStringLiteral("key"),      QStringLiteral("--delay"),
+                          QStringLiteral("0"),         QStringLiteral("ctrl+a")};
+    for (const QChar digit : digits)
+        arguments.append(QString(digit));
+    return act(arguments << QStringLiteral("Tab"));
+}
+
 QString Program::geometry()
 {
     bool ok = false;

@@ -39,6 +39,8 @@ public:
     bool click(const QPoint &place);
     bool key(const QString &name, int times = 1);
     bool type(const QString &text);
+    // Clicks into a field and types digits over what stands there, then leaves it, as quickly as hands can.
+    bool replace(const QPoint &place, const QString &digits);
     // Width and height of the window as the X server has them.
     QString geometry();
 

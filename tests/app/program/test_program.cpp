@@ -3,6 +3,7 @@
 // The built program itself: started on an X server, typed into with real key events, its store read by a
 // second process. No window manager is there, so every click first says where.
 #include "app/program/desktop.h"
+#include "app/program/map.h"
 #include "support/dialog.h"
 #include "support/snapshot.h"
 
@@ -24,36 +25,6 @@ QString stored(int channel, const char *name)
         return QStringLiteral("absent");
     return QString::fromUtf8(tool.readAllStandardOutput().chopped(1));
 }
-
-// Where a control stands in the window. The dialog is of fixed size and looks the same everywhere, so one
-// made here, which nobody sees, tells where the program's has its controls.
-class Map {
-public:
-    explicit Map(const char *element = "m_pVideoConfig") : m_dialog(true, nullptr)
-    {
-        m_dialog.m_pAudFlowSelect[0]->setChecked(true);
-        m_dialog.show();
-        m_dialog.findChild<QRadioButton *>(QLatin1String(element))->setChecked(true);
-        QCoreApplication::processEvents();
-    }
-    QPoint of(const char *name) const
-    {
-        const QWidget *widget = m_dialog.findChild<QWidget *>(QLatin1String(name));
-        const QPoint place(qobject_cast<const QAbstractButton *>(widget) ? widget->height() / 2
-                                                                         : widget->width() / 2,
-                           widget->height() / 2);
-        return widget->mapTo(&m_dialog, place);
-    }
-    QPoint octet(const char *name, int index) const
-    {
-        const QLineAddress *address = m_dialog.findChild<QLineAddress *>(QLatin1String(name));
-        const QLineEdit *edit = address->m_pLineEdit[index];
-        return edit->mapTo(&m_dialog, edit->rect().center());
-    }
-
-private:
-    QCorvel m_dialog;
-};
 
 } // namespace
 

@@ -30,6 +30,18 @@ int openPassingly(const char *path, int flags, int mode)
     return open(path, flags, mode);
 }
 
+// The n-th read from now on fails; 0: none.
+std::atomic<int> failingRead{0};
+
+ssize_t readPassingly(int fd, void *bytes, size_t count, off64_t offset)
+{
+    if (failingRead > 0 && --failingRead == 0) {
+        errno = EIO;
+        return -1;
+    }
+    return pread64(fd, bytes, count, offset);
+}
+
 } // namespace
 
 class TestRkcfgRecovery : public QObject {
@@ -41,6 +53,8 @@ private slots:
     void cleanup();
 
     void passingErrorEmptiesNothing();
+    void passingErrorIsNoDamage_data();
+    void passingErrorIsNoDamage();
     void damagedCopyLeavesTheOlder();
     void olderCopyKeepsTheMost();
     void headerBytes_data();
@@ -93,6 +107,8 @@ void TestRkcfgRecovery::initTestCase()
 {
     sqlite3_vfs *vfs = sqlite3_vfs_find(nullptr);
     vfs->xSetSystemCall(vfs, "open", reinterpret_cast<sqlite3_syscall_ptr>(openPassingly));
+    for (const char *name : {"pread", "pread64"})
+        vfs->xSetSystemCall(vfs, name, reinterpret_cast<sqlite3_syscall_ptr>(readPassingly));
 }
 
 void TestRkcfgRecovery::cleanup()
@@ -123,6 +139,33 @@ void TestRkcfgRecovery::passingErrorEmptiesNothing()
     QCOMPARE(content(m_home->database()), damage);
     failingFile.clear();
     QCOMPARE(countSound(), 80);
+}
+
+void TestRkcfgRecovery::passingErrorIsNoDamage_data()
+{
+    QTest::addColumn<bool>("damaged");
+    QTest::newRow("of a sound store") << false;
+    QTest::newRow("of a good copy") << true;
+}
+
+// Each read in turn, also those in the middle of a check: what is there stays there.
+void TestRkcfgRecovery::passingErrorIsNoDamage()
+{
+    QFETCH(bool, damaged);
+    fill(80);
+    QCOMPARE(rkCFGClose(store, 1), 0);
+    const QByteArray database = damaged ? noise(20000, 1) : content(m_home->database());
+    for (int n = 1; n <= 60; ++n) {
+        overwrite(m_home->database(), database);
+        for (const QString &file : m_home->quarantined())
+            QFile::remove(m_home->path(file));
+        failingRead = n;
+        number("KWX\\Internal0", "n");
+        failingRead = 0;
+        QVERIFY2(m_home->quarantined().size() <= int(damaged), qPrintable(takeLog().join(QLatin1Char('\n'))));
+        QCOMPARE(countSound(), 80);
+        closeStore();
+    }
 }
 
 void TestRkcfgRecovery::damagedCopyLeavesTheOlder()

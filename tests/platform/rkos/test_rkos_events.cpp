@@ -491,6 +491,20 @@ private slots:
         rkOSCloseEvent(event);
     }
 
+    // Somebody else's, who knows the socket: one wake for the sets on both sides of it, none for itself.
+    void anEmptyDatagramIsNoSet()
+    {
+        const uint64_t service = rkOSCreateEvent(eventName);
+        const rkos::Descriptor socket = rkos::connectEvent(eventName);
+        QCOMPARE(::send(socket.get(), "", 0, 0), ssize_t(0));
+        QCOMPARE(rkOSWaitEvent(service, 0), RKOS_WAIT_TIMEOUT);
+        for (const size_t size : {1u, 0u, 1u, 0u})
+            QCOMPARE(::send(socket.get(), "x", size, 0), ssize_t(size));
+        QCOMPARE(rkOSWaitEvent(service, 0), 0);
+        QCOMPARE(rkOSWaitEvent(service, 0), RKOS_WAIT_TIMEOUT);
+        rkOSCloseEvent(service);
+    }
+
     void whatASetterOfADeadEndLeavesIsNothing()
     {
         const uint64_t service = rkOSCreateEvent(eventName);
