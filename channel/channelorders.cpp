@@ -188,28 +188,16 @@ TableView<T> view(const T (&table)[N])
 
 TableView<FieldStep> loadOrder(Element element)
 {
-    switch (element) {
-    case Element::Video:
-        return view(kVideoLoad);
-    case Element::Audio:
-        return view(kAudioLoad);
-    case Element::Anc:
-        return view(kAncLoad);
-    }
-    Q_UNREACHABLE();
+    const TableView<FieldStep> orders[] = {view(kVideoLoad), view(kAudioLoad), view(kAncLoad)};
+    static_assert(std::size(orders) == kElementCount);
+    return orders[static_cast<int>(element)];
 }
 
 TableView<FieldStep> saveOrder(Element element)
 {
-    switch (element) {
-    case Element::Video:
-        return view(kVideoSave);
-    case Element::Audio:
-        return view(kAudioSave);
-    case Element::Anc:
-        return view(kAncSave);
-    }
-    Q_UNREACHABLE();
+    const TableView<FieldStep> orders[] = {view(kVideoSave), view(kAudioSave), view(kAncSave)};
+    static_assert(std::size(orders) == kElementCount);
+    return orders[static_cast<int>(element)];
 }
 
 TableView<FieldStep> networkFieldOrder()
