@@ -10,117 +10,76 @@ namespace {
 
 using KeyTable::hasRow;
 
+constexpr FieldStep rx(Field field)
+{
+    return {Side::Receive, field};
+}
+
+constexpr FieldStep tx(Field field)
+{
+    return {Side::Send, field};
+}
+
 // clang-format off
 // Video and ancillary data are loaded in one order, of which each takes the steps it has rows for. Audio
 // has one of its own.
 constexpr FieldStep kPlainLoadOrder[] = {
-    {Side::Receive, Field::SourceAddress},
-    {Side::Receive, Field::SourcePort},
-    {Side::Receive, Field::DestinationAddress},
-    {Side::Receive, Field::DestinationPort},
-    {Side::Receive, Field::Interface},
-    {Side::Send,    Field::SourceAddress},
-    {Side::Send,    Field::SourcePort},
-    {Side::Send,    Field::DestinationAddress},
-    {Side::Send,    Field::DestinationPort},
-    {Side::Send,    Field::Interface},
-    {Side::Receive, Field::Flags},
-    {Side::Send,    Field::Flags},
+    rx(Field::SourceAddress), rx(Field::SourcePort), rx(Field::DestinationAddress), rx(Field::DestinationPort),
+    rx(Field::Interface),
+    tx(Field::SourceAddress), tx(Field::SourcePort), tx(Field::DestinationAddress), tx(Field::DestinationPort),
+    tx(Field::Interface),
+    rx(Field::Flags),
+    tx(Field::Flags),
 };
 
 constexpr FieldStep kAudioLoadOrder[] = {
-    {Side::Receive, Field::SourceAddress},
-    {Side::Receive, Field::SourcePort},
-    {Side::Receive, Field::DestinationAddress},
-    {Side::Receive, Field::DestinationPort},
-    {Side::Receive, Field::Channels},
-    {Side::Receive, Field::Interface},
-    {Side::Receive, Field::Flags},
-    {Side::Receive, Field::PacketTime},
-    {Side::Send,    Field::SourceAddress},
-    {Side::Send,    Field::SourcePort},
-    {Side::Send,    Field::DestinationAddress},
-    {Side::Send,    Field::DestinationPort},
-    {Side::Send,    Field::Channels},
-    {Side::Send,    Field::Interface},
-    {Side::Send,    Field::Flags},
-    {Side::Send,    Field::PacketTime},
+    rx(Field::SourceAddress), rx(Field::SourcePort), rx(Field::DestinationAddress), rx(Field::DestinationPort),
+    rx(Field::Channels), rx(Field::Interface), rx(Field::Flags), rx(Field::PacketTime),
+    tx(Field::SourceAddress), tx(Field::SourcePort), tx(Field::DestinationAddress), tx(Field::DestinationPort),
+    tx(Field::Channels), tx(Field::Interface), tx(Field::Flags), tx(Field::PacketTime),
 };
 
 // The same split for saving; what the audio flows share comes before and after each side's addresses.
 constexpr FieldStep kPlainSaveOrder[] = {
-    {Side::Receive, Field::SourceAddress},
-    {Side::Receive, Field::DestinationAddress},
-    {Side::Receive, Field::SourcePort},
-    {Side::Receive, Field::DestinationPort},
-    {Side::Receive, Field::Interface},
-    {Side::Receive, Field::Flags},
-    {Side::Send,    Field::SourceAddress},
-    {Side::Send,    Field::DestinationAddress},
-    {Side::Send,    Field::SourcePort},
-    {Side::Send,    Field::DestinationPort},
-    {Side::Send,    Field::Interface},
-    {Side::Send,    Field::Flags},
+    rx(Field::SourceAddress), rx(Field::DestinationAddress), rx(Field::SourcePort), rx(Field::DestinationPort),
+    rx(Field::Interface), rx(Field::Flags),
+    tx(Field::SourceAddress), tx(Field::DestinationAddress), tx(Field::SourcePort), tx(Field::DestinationPort),
+    tx(Field::Interface), tx(Field::Flags),
 };
 
 constexpr FieldStep kAudioSaveOrder[] = {
-    {Side::Receive, Field::PacketTime},
-    {Side::Receive, Field::Flags},
-    {Side::Receive, Field::Interface},
-    {Side::Send,    Field::Interface},
-    {Side::Send,    Field::Flags},
-    {Side::Send,    Field::PacketTime},
-    {Side::Receive, Field::SourceAddress},
-    {Side::Receive, Field::DestinationAddress},
-    {Side::Receive, Field::SourcePort},
-    {Side::Receive, Field::DestinationPort},
-    {Side::Receive, Field::Channels},
-    {Side::Send,    Field::SourceAddress},
-    {Side::Send,    Field::DestinationAddress},
-    {Side::Send,    Field::SourcePort},
-    {Side::Send,    Field::DestinationPort},
-    {Side::Send,    Field::Channels},
+    rx(Field::PacketTime), rx(Field::Flags), rx(Field::Interface),
+    tx(Field::Interface), tx(Field::Flags), tx(Field::PacketTime),
+    rx(Field::SourceAddress), rx(Field::DestinationAddress), rx(Field::SourcePort), rx(Field::DestinationPort),
+    rx(Field::Channels),
+    tx(Field::SourceAddress), tx(Field::DestinationAddress), tx(Field::SourcePort), tx(Field::DestinationPort),
+    tx(Field::Channels),
 };
 
 constexpr FieldStep kNetworkFieldOrder[] = {
-    {Side::Receive,  Field::SourceAddress},
-    {Side::Receive,  Field::SourcePort},
-    {Side::Receive,  Field::DestinationAddress},
-    {Side::Receive,  Field::DestinationPort},
-    {Side::Receive,  Field::Interface},
-    {Side::Send,     Field::SourceAddress},
-    {Side::Send,     Field::SourcePort},
-    {Side::Send,     Field::DestinationAddress},
-    {Side::Send,     Field::DestinationPort},
-    {Side::Send,     Field::Interface},
+    rx(Field::SourceAddress), rx(Field::SourcePort), rx(Field::DestinationAddress), rx(Field::DestinationPort),
+    rx(Field::Interface),
+    tx(Field::SourceAddress), tx(Field::SourcePort), tx(Field::DestinationAddress), tx(Field::DestinationPort),
+    tx(Field::Interface),
 };
 
 constexpr FieldStep kLockAllOrder[] = {
-    {Side::Receive, Field::SourceAddress},
-    {Side::Receive, Field::SourcePort},
-    {Side::Receive, Field::DestinationPort},
-    {Side::Receive, Field::DestinationAddress},
-    {Side::Receive, Field::Interface},
-    {Side::Send,    Field::SourceAddress},
-    {Side::Send,    Field::SourcePort},
-    {Side::Send,    Field::DestinationAddress},
-    {Side::Send,    Field::DestinationPort},
-    {Side::Send,    Field::Interface},
+    rx(Field::SourceAddress), rx(Field::SourcePort), rx(Field::DestinationPort), rx(Field::DestinationAddress),
+    rx(Field::Interface),
+    tx(Field::SourceAddress), tx(Field::SourcePort), tx(Field::DestinationAddress), tx(Field::DestinationPort),
+    tx(Field::Interface),
 };
+
 constexpr FieldStep kLockedCopyOrder[] = {
-    {Side::Receive, Field::DestinationAddress},
-    {Side::Receive, Field::SourceAddress},
-    {Side::Send,    Field::DestinationAddress},
-    {Side::Send,    Field::SourceAddress},
-    {Side::Receive, Field::DestinationPort},
-    {Side::Receive, Field::SourcePort},
-    {Side::Send,    Field::DestinationPort},
-    {Side::Send,    Field::SourcePort},
+    rx(Field::DestinationAddress), rx(Field::SourceAddress),
+    tx(Field::DestinationAddress), tx(Field::SourceAddress),
+    rx(Field::DestinationPort), rx(Field::SourcePort),
+    tx(Field::DestinationPort), tx(Field::SourcePort),
 };
 
 constexpr FieldStep kLockedInterfaceOrder[] = {
-    {Side::Receive, Field::Interface},
-    {Side::Send,    Field::Interface},
+    rx(Field::Interface),
+    tx(Field::Interface),
 };
 
 constexpr Element kElementOrder[] = {Element::Video, Element::Audio, Element::Anc};
@@ -229,28 +188,16 @@ TableView<T> view(const T (&table)[N])
 
 TableView<FieldStep> loadOrder(Element element)
 {
-    switch (element) {
-    case Element::Video:
-        return view(kVideoLoad);
-    case Element::Audio:
-        return view(kAudioLoad);
-    case Element::Anc:
-        return view(kAncLoad);
-    }
-    Q_UNREACHABLE();
+    const TableView<FieldStep> orders[] = {view(kVideoLoad), view(kAudioLoad), view(kAncLoad)};
+    static_assert(std::size(orders) == kElementCount);
+    return orders[static_cast<int>(element)];
 }
 
 TableView<FieldStep> saveOrder(Element element)
 {
-    switch (element) {
-    case Element::Video:
-        return view(kVideoSave);
-    case Element::Audio:
-        return view(kAudioSave);
-    case Element::Anc:
-        return view(kAncSave);
-    }
-    Q_UNREACHABLE();
+    const TableView<FieldStep> orders[] = {view(kVideoSave), view(kAudioSave), view(kAncSave)};
+    static_assert(std::size(orders) == kElementCount);
+    return orders[static_cast<int>(element)];
 }
 
 TableView<FieldStep> networkFieldOrder()

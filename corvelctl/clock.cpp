@@ -3,6 +3,7 @@
 #include "channel/valuenames.h"
 #include "corvelctl/context.h"
 #include "corvelctl/families.h"
+#include "corvelctl/findingsout.h"
 #include "corvelctl/ptpsight.h"
 #include "ops/legs.h"
 #include "ops/vocabulary.h"
@@ -59,18 +60,13 @@ Json masterItem(const ops::PtpMaster &master)
 
 Json viewItem(const PtpView &view)
 {
-    Json item{{"state", ops::ptpStateName(view.sight.state)},
-              {"reason", jsonText(view.sight.reason)},
-              {"wanted_domain", view.sight.domain},
-              {"wanted_grandmaster", jsonText(view.sight.wanted)},
-              {"domain", jsonText(view.domain)},
-              {"grandmaster", jsonText(view.grandmaster)},
-              {"source_port", jsonText(view.sourcePort)},
-              {"interface", jsonText(view.address)},
-              {"offset_ns", known(view.offsetNs)},
-              {"offset_age_ms", known(view.offsetAgeMs)},
-              {"system_client", view.systemClient},
-              {"masters", Json::array()}};
+    Json item{
+        {"state", clockStateWord(view.sight.state)}, {"reason", jsonText(view.sight.reason)},
+        {"wanted_domain", view.sight.domain},        {"wanted_grandmaster", jsonText(view.sight.wanted)},
+        {"domain", jsonText(view.domain)},           {"grandmaster", jsonText(view.grandmaster)},
+        {"source_port", jsonText(view.sourcePort)},  {"interface", jsonText(view.address)},
+        {"offset_ns", known(view.offsetNs)},         {"offset_age_ms", known(view.offsetAgeMs)},
+        {"system_client", view.systemClient},        {"masters", Json::array()}};
     for (const ops::PtpMaster &master : view.sight.masters)
         item["masters"].push_back(masterItem(master));
     return item;
@@ -80,7 +76,7 @@ void printView(Output &out, const PtpView &view)
 {
     out.item([&view] { return viewItem(view); });
     const ops::PtpSight &sight = view.sight;
-    const QByteArray state = ops::ptpStateName(sight.state);
+    const QByteArray state = clockStateWord(sight.state);
     out.line("state        " + state +
              (sight.reason.isEmpty() ? QByteArray() : ": " + printable(sight.reason)));
     out.line("wanted       domain " + QByteArray::number(sight.domain) + ", grandmaster " +
@@ -101,7 +97,7 @@ int ptp(Context &context, const PtpOptions &options)
         return context.fail(wish.failure());
     const PtpView view = lookAtPtp(*wish, false);
     printView(context.out, view);
-    return view.sight.state == ops::PtpState::Locked ? Done : Found;
+    return view.sight.state == ClockState::Locked ? Done : Found;
 }
 
 int doctor(Context &context, const PtpOptions &options)
@@ -111,20 +107,9 @@ int doctor(Context &context, const PtpOptions &options)
         return context.fail(wish.failure());
     const PtpView view = lookAtPtp(*wish, true);
     const ops::Findings findings = ops::examinePtp(view.sight);
-    for (const ops::Finding &finding : findings) {
-        context.out.item([&finding] {
-            return Json{{"severity", ops::severityName(finding.severity)},
-                        {"rule", finding.rule},
-                        {"place", jsonText(finding.place)},
-                        {"reason", jsonText(finding.reason)},
-                        {"remedy", jsonText(finding.remedy)}};
-        });
-    }
-    if (context.out.isText())
-        context.out.line(ops::findingsText(findings).trimmed());
     if (findings.empty())
-        context.out.note(QByteArray("nothing is wrong: ") + ops::ptpStateName(view.sight.state));
-    return findings.empty() ? Done : Found;
+        context.out.note(QByteArray("nothing is wrong: ") + clockStateWord(view.sight.state));
+    return showFindings(context, findings);
 }
 
 void declarePtp(CLI::App &command, PtpOptions &options)

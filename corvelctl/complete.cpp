@@ -5,6 +5,7 @@
 #include "channel/valuenames.h"
 #include "ops/assignment.h"
 #include "ops/configurations.h"
+#include "ops/ipv4.h"
 
 #include <arpa/inet.h>
 #include <ifaddrs.h>
@@ -14,8 +15,20 @@
 
 namespace {
 
-// What the words behind a command are.
-enum class Wanted { Place, Word, Assignment, Configuration, Channel, Operand };
+// What a word behind a command, or behind an option, is.
+enum class Wanted {
+    File,
+    Place,
+    PlaceAndWord,
+    Word,
+    Assignment,
+    Configuration,
+    Channel,
+    Interface,
+    Field,
+    Step,
+    Operand
+};
 
 const struct {
     const char *command;
@@ -26,7 +39,7 @@ const struct {
     {"set", Wanted::Place, Wanted::Assignment},
     {"unset", Wanted::Place, Wanted::Word},
     {"history", Wanted::Place, Wanted::Place},
-    {"blame", Wanted::Place, Wanted::Word},
+    {"blame", Wanted::PlaceAndWord, Wanted::Word},
     {"copy", Wanted::Channel, Wanted::Channel},
     {"flows", Wanted::Channel, Wanted::Channel},
     {"diff", Wanted::Operand, Wanted::Operand},
@@ -34,6 +47,18 @@ const struct {
     {"config rename", Wanted::Configuration, Wanted::Configuration},
     {"config delete", Wanted::Configuration, Wanted::Configuration},
     {"config use", Wanted::Configuration, Wanted::Configuration},
+    {"sdp load", Wanted::File, Wanted::Channel},
+    {"sdp write", Wanted::Place, Wanted::Place},
+};
+
+// Options whose values are known to the server. Those with a list of their own are asked themselves.
+const struct {
+    const char *option;
+    Wanted value;
+} kValues[] = {
+    {"-c", Wanted::Configuration}, {"--config", Wanted::Configuration}, {"--interface", Wanted::Interface},
+    {"--of", Wanted::Channel},     {"--channel", Wanted::Channel},      {"--fields", Wanted::Field},
+    {"--step", Wanted::Step},
 };
 
 // Where the words lead: the command, and what stands behind it.
@@ -69,6 +94,8 @@ Line readLine(const CLI::App &app, Context &context, const QByteArrayList &words
     for (int at = 0; at + 1 < words.size(); ++at) {
         const QByteArray &word = words[at];
         line.option.clear();
+        if (word.startsWith("--config="))
+            context.configuration = word.mid(9).toStdString();
         if (word.startsWith('-')) {
             line.option = takesValue(line, word) ? word : QByteArray();
             const bool value = !line.option.isEmpty() && at + 2 < words.size();
@@ -100,7 +127,7 @@ QByteArrayList interfaceAddresses()
         if (!one->ifa_addr || one->ifa_addr->sa_family != AF_INET)
             continue;
         const auto *address = reinterpret_cast<const sockaddr_in *>(one->ifa_addr);
-        addresses.append(ops::addressText(ntohl(address->sin_addr.s_addr)));
+        addresses.append(ops::ipv4Text(ntohl(address->sin_addr.s_addr)));
     }
     freeifaddrs(all);
     return addresses;
@@ -140,6 +167,41 @@ std::optional<ops::Place> placeOf(const Line &line)
     return places && !places->empty() ? std::optional<ops::Place>(places->front()) : std::nullopt;
 }
 
+// The store's own names only once one is begun: there are many, and few people want them.
+QByteArrayList wordsAndNames(const ops::Place &place, const QByteArray &current)
+{
+    const QByteArrayList names = current.isEmpty() ? QByteArrayList() : ops::valueNamesAt(place);
+    return ops::wordsAt(place) + names;
+}
+
+// "2/video/rx.dst": a place and behind it a word.
+QByteArrayList placesAndWords(const Context &context, const QByteArray &current)
+{
+    QByteArrayList found = places(context, current);
+    const QByteArray before = current.left(current.lastIndexOf('/') + 1);
+    const auto place = ops::parsePlace(before.chopped(before.isEmpty() ? 0 : 1));
+    if (!place)
+        return found;
+    for (const QByteArray &word : wordsAndNames(*place, current.mid(before.size())))
+        found.append(before + word);
+    return found;
+}
+
+// What copy takes behind --fields and --step, the last of several.
+QByteArrayList fieldWords(const QByteArray &current, bool steps)
+{
+    const QByteArray before = current.left(current.lastIndexOf(',') + 1);
+    QByteArrayList found = steps ? QByteArrayList() : QByteArrayList{"rx", "tx", "video", "audio", "anc"};
+    for (const QByteArray &word : ops::wordsAt({0, Element::Video, ops::kNoFlow, {}})) {
+        const bool stepped = word.endsWith("src") || word.endsWith("dst") || word.endsWith("port");
+        if (stepped || !steps)
+            found << word.mid(3) << word;
+    }
+    for (QByteArray &word : found)
+        word = steps ? word + '=' : before + word;
+    return found;
+}
+
 // "rx.use=dst," completes to "rx.use=dst,if".
 QByteArrayList valuesOf(const ops::Place &place, const QByteArray &current)
 {
@@ -164,7 +226,7 @@ QByteArrayList assignments(const Line &line)
     if (line.current.contains('='))
         return valuesOf(*place, line.current);
     QByteArrayList found;
-    for (const QByteArray &word : ops::wordsAt(*place))
+    for (const QByteArray &word : wordsAndNames(*place, line.current))
         found.append(word + '=');
     return found;
 }
@@ -173,16 +235,26 @@ QByteArrayList wanted(const Line &line, const Context &context, Wanted what)
 {
     const auto place = placeOf(line);
     switch (what) {
+    case Wanted::File:
+        return {};
     case Wanted::Place:
         return places(context, line.current);
+    case Wanted::PlaceAndWord:
+        return placesAndWords(context, line.current);
     case Wanted::Word:
-        return place ? ops::wordsAt(*place) : QByteArrayList();
+        return place ? wordsAndNames(*place, line.current) : QByteArrayList();
     case Wanted::Assignment:
         return assignments(line);
     case Wanted::Configuration:
         return ops::configurationNames();
     case Wanted::Channel:
         return channelNumbers(context);
+    case Wanted::Interface:
+        return interfaceAddresses();
+    case Wanted::Field:
+        return fieldWords(line.current, false);
+    case Wanted::Step:
+        return fieldWords(line.current, true);
     case Wanted::Operand:
         return QByteArrayList{"store"} + ops::configurationNames() + channelNumbers(context);
     }
@@ -207,14 +279,28 @@ QByteArrayList optionsOf(const CLI::App &app)
     return names;
 }
 
+// "TEXT:{rx,tx,both}" is how an option with a list of values tells of itself.
+QByteArrayList listedValues(const Line &line)
+{
+    const CLI::Option *option = line.command->get_option_no_throw(line.option.toStdString());
+    const QByteArray type = option ? bytes(option->get_type_name()) : QByteArray();
+    const int from = type.indexOf('{'), to = type.lastIndexOf('}');
+    return from >= 0 && to > from ? type.mid(from + 1, to - from - 1).split(',') : QByteArrayList();
+}
+
+QByteArrayList optionValues(const Line &line, const Context &context)
+{
+    for (const auto &row : kValues) {
+        if (line.option == row.option)
+            return wanted(line, context, row.value);
+    }
+    return listedValues(line);
+}
+
 QByteArrayList candidates(const CLI::App &app, const Context &context, const Line &line)
 {
-    if (line.option == "-c" || line.option == "--config")
-        return ops::configurationNames();
-    if (line.option == "--interface")
-        return interfaceAddresses();
     if (!line.option.isEmpty())
-        return {};
+        return optionValues(line, context);
     if (line.current.startsWith('-'))
         return optionsOf(*line.command) + (line.command == &app ? QByteArrayList() : optionsOf(app));
     QByteArrayList found;

@@ -11,6 +11,13 @@ struct ShowOptions {
     std::string place;
 };
 
+// A channel that the server does not offer is shown when something is stored for it all the same.
+bool isShown(const ops::Snapshot &values, const ops::Place &place)
+{
+    return place.channel < ops::channelCount(values) ||
+           !values.rowsOf(ops::channelPath(place.channel)).empty();
+}
+
 int show(Context &context, const ShowOptions &options)
 {
     return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) -> int {
@@ -21,6 +28,10 @@ int show(Context &context, const ShowOptions &options)
         const auto places = ops::parsePlaces(bytes(options.place), ops::channelCount(values));
         if (!places)
             return context.fail(places.failure());
+        for (const ops::Place &place : *places) {
+            if (!isShown(values, place))
+                return context.usage("the server has no channel " + QByteArray::number(place.channel));
+        }
         for (const ops::Place &place : *places)
             showPlace(context.out, values, place);
         return Done;
@@ -57,7 +68,7 @@ int getPlace(Context &context, const ops::Snapshot &snapshot, const ops::Place &
 {
     std::vector<std::string> words = options.words;
     if (words.empty()) {
-        for (const QByteArray &word : ops::wordsAt(place))
+        for (const QByteArray &word : ops::wordsIn(snapshot, place))
             words.push_back(word.toStdString());
     }
     int found = 0;
@@ -74,7 +85,7 @@ int getPlace(Context &context, const ops::Snapshot &snapshot, const ops::Place &
             const ops::KnownName *known = ops::knownByKey(key.path, key.name);
             const QByteArray text = printable(ops::inWords(known ? known->kind : ops::Kind::Number, *value));
             const bool alone = options.words.size() == 1 && keys->size() == 1;
-            context.out.line(alone ? text : (known ? known->word : key.name) + '=' + text);
+            context.out.line(alone ? text : printable(known ? known->word : key.name) + '=' + text);
         }
     }
     return found > 0 || options.words.empty() ? Done : Found;

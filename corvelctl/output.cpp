@@ -12,7 +12,7 @@ constexpr int kSchema = 1;
 
 bool wantsColour()
 {
-    static const bool wanted = isatty(STDOUT_FILENO) && getenv("NO_COLOR") == nullptr;
+    static const bool wanted = isatty(STDOUT_FILENO) && qEnvironmentVariableIsEmpty("NO_COLOR");
     return wanted;
 }
 
@@ -84,25 +84,6 @@ void Output::error(const QByteArray &message)
     fflush(stdout); // in the order in which things happened
     const QByteArray line = "corvelctl: " + printable(message) + '\n';
     fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
-}
-
-QByteArray printable(const QByteArray &text)
-{
-    const bool valid = ops::isUtf8(text);
-    const auto harmless = [valid](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return byte >= 0x20 && byte != 0x7f && (valid || byte < 0x80);
-    };
-    if (std::all_of(text.begin(), text.end(), harmless))
-        return text;
-    QByteArray shown;
-    for (const char c : text) {
-        if (harmless(c))
-            shown += c;
-        else
-            shown += "\\x" + QByteArray(1, c).toHex();
-    }
-    return shown;
 }
 
 QByteArrayList aligned(const std::vector<QByteArrayList> &rows)

@@ -6,6 +6,7 @@
 #define CORVELCTL_OUTPUT_H
 
 #include "ops/jsontext.h"
+#include "ops/printable.h"
 
 #include <QByteArrayList>
 
@@ -13,6 +14,7 @@
 
 using ops::Json;
 using ops::jsonText;
+using ops::printable;
 
 class Output {
 public:
@@ -36,7 +38,7 @@ public:
     // A line of text in the text form; nothing otherwise. A newline is added.
     void line(const QByteArray &text);
     // Ready now, for one who reads along.
-    void flush();
+    static void flush();
 
     // Colours, when standard output is a terminal and NO_COLOR is not set.
     enum class Colour { Plain, Old, New, Head };
@@ -55,9 +57,6 @@ private:
     QByteArray m_command;
     bool m_open = false;
 };
-
-// Control characters and bytes that are no UTF-8 as "\x1b", so that a stored text cannot steer a terminal.
-QByteArray printable(const QByteArray &text);
 
 // Lines with their columns aligned, two blanks between; the first row is the head.
 QByteArrayList aligned(const std::vector<QByteArrayList> &rows);

@@ -60,30 +60,11 @@ std::vector<ops::PtpMaster> mastersOf(PTP_HANDLE handle)
 }
 
 // Without the call for it, as near as the status says.
-ops::PtpState stateOf(PTP_HANDLE handle)
+ClockState stateOf(PTP_HANDLE handle)
 {
-    if (auto *state = call<int(PTP_HANDLE)>("rkPTPGetState")) {
-        const int number = state(handle);
-        return number >= 0 && number <= static_cast<int>(ops::PtpState::Failed)
-                   ? static_cast<ops::PtpState>(number)
-                   : ops::PtpState::Failed;
-    }
-    switch (rkPTPGetStatus(handle, 0)) {
-    case RKPTP_STARTING:
-        return ops::PtpState::Starting;
-    case RKPTP_LISTENING:
-        return ops::PtpState::NoMaster;
-    case RKPTP_LOCKED:
-        return ops::PtpState::Locked;
-    case RKPTP_OTHER_GRANDMASTER:
-        return ops::PtpState::OtherMaster;
-    case RKPTP_PORT_FAULTY:
-        return ops::PtpState::NoInterface;
-    case RKPTP_SYNC_LOST:
-        return ops::PtpState::Stale;
-    default:
-        return ops::PtpState::NotRunning;
-    }
+    if (auto *state = call<int(PTP_HANDLE)>("rkPTPGetState"))
+        return clockStateFromNumber(state(handle));
+    return clockStateFromStatus(rkPTPGetStatus(handle, 0), true);
 }
 
 QByteArray reasonOf(PTP_HANDLE handle)
@@ -112,14 +93,14 @@ std::optional<bool> hasJoined()
     return list.readAll().contains("810100E0");
 }
 
-bool isSettled(ops::PtpState state)
+bool isSettled(ClockState state)
 {
-    return state != ops::PtpState::Starting && state != ops::PtpState::NoMaster;
+    return state != ClockState::Starting && state != ClockState::NoMaster;
 }
 
-ops::PtpState waitForAnswer(PTP_HANDLE handle, int seconds, bool thorough)
+ClockState waitForAnswer(PTP_HANDLE handle, int seconds, bool thorough)
 {
-    ops::PtpState state = stateOf(handle);
+    ClockState state = stateOf(handle);
     mastersOf(handle); // the first call makes the client listen
     for (int tick = 0; tick < seconds * kTicksPerSecond && (thorough || !isSettled(state)); ++tick) {
         std::this_thread::sleep_for(kTick);
@@ -161,8 +142,7 @@ PtpView lookAtPtp(const PtpWish &wish, bool thorough)
     view.sight.state = waitForAnswer(handle, wish.seconds, thorough);
     view.sight.reason = reasonOf(handle);
     view.sight.masters = mastersOf(handle);
-    const bool runs =
-        view.sight.state == ops::PtpState::NoMaster || view.sight.state == ops::PtpState::Locked;
+    const bool runs = view.sight.state == ClockState::NoMaster || view.sight.state == ClockState::Locked;
     if (runs)
         view.sight.joined = hasJoined();
     readMaster(handle, view);

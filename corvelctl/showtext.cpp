@@ -7,12 +7,14 @@
 
 namespace {
 
-// What a word of a channel holds, or "-".
+// What a word of a place holds, or "-"; a name that means nothing to us is one of a key path.
 QByteArray wordValue(const ops::Snapshot &snapshot, const ops::Place &place, const char *word)
 {
     const ops::KnownName *known = ops::knownByWord(place, word);
-    const ops::Value *value = known ? snapshot.find(ops::pathOf(place, *known), known->name) : nullptr;
-    const QByteArray text = value ? printable(ops::inWords(known->kind, *value)) : QByteArray();
+    const ops::Value *value =
+        known ? snapshot.find(ops::pathOf(place, *known), known->name) : snapshot.find(place.path, word);
+    const ops::Kind kind = known ? known->kind : ops::Kind::Number;
+    const QByteArray text = value ? printable(ops::inWords(kind, *value)) : QByteArray();
     return text.isEmpty() ? "-" : text;
 }
 
@@ -103,14 +105,14 @@ std::vector<ops::Place> elementsAt(const ops::Snapshot &snapshot, const ops::Pla
 // The values of a place one by one: the server's, and those of a path.
 void showWords(Output &out, const ops::Snapshot &snapshot, const ops::Place &place)
 {
-    for (const QByteArray &word : ops::wordsAt(place)) {
+    for (const QByteArray &word : ops::wordsIn(snapshot, place)) {
         const QByteArray value = wordValue(snapshot, place, word.constData());
         out.item([&] {
             return Json{{"place", ops::placeText(place).toStdString()},
                         {"word", jsonText(word)},
                         {"value", jsonText(value)}};
         });
-        out.line(word.leftJustified(14) + ' ' + value);
+        out.line(printable(word).leftJustified(14) + ' ' + value);
     }
 }
 

@@ -175,6 +175,16 @@ Outcome<Done> assign(const Place &place, const QByteArray &assignment, Foreign f
     return Done();
 }
 
+QByteArrayList wordsIn(const Snapshot &snapshot, const Place &place)
+{
+    if (place.path.isEmpty())
+        return wordsAt(place);
+    QByteArrayList names;
+    for (const Row *row : snapshot.rowsOf(place.path))
+        names.append(row->name);
+    return names;
+}
+
 int channelCount(const Snapshot &snapshot)
 {
     const Place server;

@@ -25,6 +25,9 @@ Outcome<std::vector<Key>> select(const Place &place, const QByteArray &word, For
 // "name=text" or "name:=number".
 Outcome<Done> assign(const Place &place, const QByteArray &assignment, Foreign foreign, Draft &draft);
 
+// The words of a place; of a key path, which has none of its own, the names that stand there.
+QByteArrayList wordsIn(const Snapshot &snapshot, const Place &place);
+
 // The number of channels that the server offers, as the dialog counts them.
 int channelCount(const Snapshot &snapshot);
 

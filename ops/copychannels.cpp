@@ -2,6 +2,7 @@
 #include "ops/copychannels.h"
 
 #include "ops/assignment.h"
+#include "ops/ipv4.h"
 #include "ops/suggest.h"
 #include "ops/vocabulary.h"
 
@@ -97,7 +98,7 @@ Outcome<Value> stepped(const KnownName &known, const Value &value, const Step &s
     const Outcome<quint32> to = steppedAddress(*from, step.address, times);
     if (!to)
         return to.failure();
-    return Value::ofText(addressText(*to));
+    return Value::ofText(ipv4Text(*to));
 }
 
 class Copier {
@@ -187,7 +188,7 @@ void setFlow(int channel, int flow, const QByteArray &side, quint32 address, qui
     const QByteArray path = channelPath(channel);
     const quint32 used = flagBit(Field::DestinationAddress) | flagBit(Field::DestinationPort);
     const QByteArray use = flowWord(channel, flow, side + "use").name;
-    draft.set(path, flowWord(channel, flow, side + "dst").name, Value::ofText(addressText(address)));
+    draft.set(path, flowWord(channel, flow, side + "dst").name, Value::ofText(ipv4Text(address)));
     draft.set(path, flowWord(channel, flow, side + "dst-port").name, Value::ofNumber(port));
     draft.set(path, use, Value::ofNumber(draft.number(path, use) | used));
 }
@@ -199,7 +200,7 @@ Outcome<quint32> steppedAddress(quint32 address, qint64 step, int times)
     const qint64 to = static_cast<qint64>(address) + step * times;
     const bool inside = to >= 0 && to <= 0xffffffffLL;
     if (!inside || addressClass(static_cast<quint32>(to)) != addressClass(address))
-        return wrong(addressText(address) + " and " + QByteArray::number(times) +
+        return wrong(ipv4Text(address) + " and " + QByteArray::number(times) +
                      (times == 1 ? " step" : " steps") + " leave the class of the address");
     return static_cast<quint32>(to);
 }

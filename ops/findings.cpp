@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "ops/findings.h"
 
+#include "ops/printable.h"
+
+#include <QByteArrayList>
 #include <QString>
 #include <QXmlStreamWriter>
 
@@ -25,9 +28,13 @@ QByteArray line(const Finding &finding)
     return text + "]\n";
 }
 
+// Line by line: no other control character may stand in XML.
 QString xmlText(const QByteArray &bytes)
 {
-    return QString::fromUtf8(printable(bytes));
+    QByteArrayList lines;
+    for (const QByteArray &one : bytes.split('\n'))
+        lines.append(printable(one));
+    return QString::fromUtf8(lines.join('\n'));
 }
 
 Findings ofRule(const Findings &findings, const char *rule)
@@ -74,17 +81,6 @@ const char *severityName(Severity severity)
 bool hasTrouble(const Findings &findings)
 {
     return std::any_of(findings.begin(), findings.end(), isTrouble);
-}
-
-QByteArray printable(const QByteArray &text)
-{
-    QByteArray shown;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool control = (byte < 0x20 && c != '\n') || byte == 0x7f;
-        shown += control ? "\\x" + QByteArray::number(byte, 16).rightJustified(2, '0') : QByteArray(1, c);
-    }
-    return shown;
 }
 
 QByteArray findingsText(const Findings &findings)

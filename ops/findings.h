@@ -30,10 +30,8 @@ const char *severityName(Severity severity); // "error", "warning", "note"
 // True when there is more than notes: what the exit code of a check says.
 bool hasTrouble(const Findings &findings);
 
-// "PLACE: error: REASON [RULE, CLAUSE]" and the remedy below it; empty for no findings. Bytes that would
-// move a terminal are shown as "\x1b".
+// "PLACE: error: REASON [RULE, CLAUSE]" and the remedy below it, each printable; empty for no findings.
 QByteArray findingsText(const Findings &findings);
-QByteArray printable(const QByteArray &text);
 
 // One test case per rule that was looked at, failed when it found more than notes.
 QByteArray findingsJunit(const Findings &findings, const char *suite, const std::vector<const char *> &rules);

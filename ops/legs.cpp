@@ -50,7 +50,8 @@ QByteArray legText(const Leg &leg)
         text += " from " + withPort(leg.source, leg.sourcePort);
     if (!leg.interface.isEmpty())
         text += " on " + leg.interface;
-    return (text + ", use " + inWords(Kind::Use, Value::ofNumber(leg.flags))).trimmed();
+    text += text.isEmpty() ? "use " : ", use ";
+    return (text + inWords(Kind::Use, Value::ofNumber(leg.flags))).trimmed();
 }
 
 std::vector<Place> elementsOf(const Snapshot &snapshot, int channel)

@@ -86,7 +86,7 @@ bool serverSwitch(const Snapshot &snapshot, const char *word)
 
 void runRule(const PreflightRule &rule, const PreflightData &data, PreflightReport &report)
 {
-    report.startRule(rule.severity, rule.name, rule.clause);
+    report.startRule(rule);
     if (rule.whole)
         rule.whole(data, report);
     if (!rule.stream)
@@ -124,18 +124,6 @@ QByteArray CheckedChannel::name(const char *word) const
     return QByteArray::number(number) + ' ' + word;
 }
 
-void PreflightReport::startRule(Severity severity, const char *rule, const char *clause)
-{
-    m_severity = severity;
-    m_rule = rule;
-    m_clause = clause;
-}
-
-void PreflightReport::add(const QByteArray &place, const QByteArray &reason, const QByteArray &remedy)
-{
-    m_findings.push_back({m_severity, m_rule, place, reason, remedy, m_clause});
-}
-
 PreflightData preflightData(const Snapshot &snapshot, const NetPicture &machine, Preflight which)
 {
     PreflightData data{
@@ -168,12 +156,7 @@ Findings runPreflight(const Snapshot &snapshot, const NetPicture &machine, Prefl
 
 std::vector<const char *> preflightRuleNames()
 {
-    std::vector<const char *> names;
-    for (const Table &table : tables) {
-        for (const PreflightRule &rule : table())
-            names.push_back(rule.name);
-    }
-    return names;
+    return ruleNames(tables);
 }
 
 } // namespace ops

@@ -7,6 +7,7 @@
 #include "channel/videoformats.h"
 #include "ops/legs.h"
 #include "ops/preflight.h"
+#include "ops/rulereport.h"
 
 namespace ops {
 
@@ -46,18 +47,7 @@ struct PreflightData {
     bool nmosOverridden;
 };
 
-class PreflightReport {
-public:
-    explicit PreflightReport(Findings &findings) : m_findings(findings) {}
-    void startRule(Severity severity, const char *rule, const char *clause);
-    void add(const QByteArray &place, const QByteArray &reason, const QByteArray &remedy);
-
-private:
-    Findings &m_findings;
-    Severity m_severity = Severity::Error;
-    const char *m_rule = "";
-    const char *m_clause = "";
-};
+using PreflightReport = RuleReport;
 
 // A rule looks at everything at once, or at each stream.
 struct PreflightRule {

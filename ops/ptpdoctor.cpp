@@ -57,20 +57,21 @@ void Doctor::client()
         say(Severity::Error, "ptp-interface",
             "no interface of this machine has the address " + m_sight.interface,
             "set rx.if to an address of this machine (ip -4 address)", "");
-    else if (m_sight.state == PtpState::NoInterface)
+    else if (m_sight.state == ClockState::NoInterface)
         say(Severity::Error, "ptp-interface", "the interface is down or gone",
             "look at the link and the cable", "");
-    if (m_sight.state == PtpState::NotAllowed)
+    if (m_sight.state == ClockState::NotAllowed)
         say(Severity::Error, "ptp-capability", "the PTP ports 319 and 320 may not be opened",
-            "give the launcher its capability: setcap cap_net_bind_service,cap_net_raw+ep on corvel-ptp", "");
-    if (m_sight.state == PtpState::SystemClient)
+            "give the launcher its capability: setcap cap_net_bind_service=p on libexec/corvel/ptp_launch",
+            "");
+    if (m_sight.state == ClockState::SystemClient)
         say(Severity::Error, "ptp-ports", "another program has the PTP ports and cannot be read",
             "stop it (systemctl stop ptp4l), or let this user read its socket", "");
-    if (m_sight.state == PtpState::Failed)
+    if (m_sight.state == ClockState::Failed)
         say(Severity::Error, "ptp-program", "ptp4l cannot be started or ended",
             "install linuxptp; the log says more", "");
     if (m_sight.addressIsHere &&
-        (m_sight.state == PtpState::NotRunning || m_sight.state == PtpState::Starting))
+        (m_sight.state == ClockState::NotRunning || m_sight.state == ClockState::Starting))
         say(Severity::Warning, "ptp-client", "the PTP client has not answered yet",
             "give it longer (--wait); the log says more", "");
     if (m_sight.joined == std::optional<bool>(false))
@@ -84,7 +85,7 @@ void Doctor::domains()
     const auto &all = m_sight.masters;
     const bool own =
         std::any_of(all.begin(), all.end(), [this](const PtpMaster &m) { return isHere(m_sight, m); });
-    const bool silent = m_sight.state == PtpState::NoMaster || m_sight.state == PtpState::Stale;
+    const bool silent = m_sight.state == ClockState::NoMaster || m_sight.state == ClockState::Stale;
     if (own || !silent)
         return;
     if (all.empty())
@@ -124,11 +125,11 @@ void Doctor::masters()
         if (first.isEmpty())
             first = master.grandmaster;
     }
-    if (m_sight.state == PtpState::OtherMaster)
+    if (m_sight.state == ClockState::OtherMaster)
         say(Severity::Error, "ptp-other-master",
             "the time comes from another grandmaster than " + m_sight.wanted,
             "correct the grandmaster (gm), or the priorities of the masters", kStandard);
-    if (m_sight.state == PtpState::Stale)
+    if (m_sight.state == ClockState::Stale)
         say(Severity::Error, "ptp-stale", "the syncs of the master have stopped",
             "see to the master and the network", kStandard);
 }
@@ -142,33 +143,6 @@ Findings Doctor::examine()
 }
 
 } // namespace
-
-const char *ptpStateName(PtpState state)
-{
-    switch (state) {
-    case PtpState::NotRunning:
-        return "not running";
-    case PtpState::Starting:
-        return "starting";
-    case PtpState::Locked:
-        return "locked";
-    case PtpState::OtherMaster:
-        return "other master";
-    case PtpState::NoMaster:
-        return "no master";
-    case PtpState::Stale:
-        return "stale";
-    case PtpState::NoInterface:
-        return "no interface";
-    case PtpState::NotAllowed:
-        return "not allowed";
-    case PtpState::SystemClient:
-        return "system client";
-    case PtpState::Failed:
-        return "failed";
-    }
-    return "";
-}
 
 Findings examinePtp(const PtpSight &sight)
 {

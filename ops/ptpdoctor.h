@@ -4,6 +4,7 @@
 #ifndef CORVEL_OPS_PTPDOCTOR_H
 #define CORVEL_OPS_PTPDOCTOR_H
 
+#include "channel/clockstate.h"
 #include "ops/findings.h"
 
 #include <QByteArray>
@@ -23,33 +24,17 @@ struct PtpMaster {
     quint32 ageMs = 0;
 };
 
-enum class PtpState {
-    NotRunning,
-    Starting,
-    Locked,
-    OtherMaster,
-    NoMaster,
-    Stale,
-    NoInterface,
-    NotAllowed,
-    SystemClient,
-    Failed
-};
-
 struct PtpSight {
     QByteArray interface; // the address asked for; empty or 0.0.0.0: all interfaces
     quint32 domain = 0;
     QByteArray wanted; // grandmaster asked for; empty: any
-    PtpState state = PtpState::NotRunning;
+    ClockState state = ClockState::NotRunning;
     QByteArray reason; // the library's own sentence, may be empty
     bool addressIsHere = true;
     std::optional<bool>
         joined; // whether the interface is in the PTP group 224.0.1.129; unknown without a client
     std::vector<PtpMaster> masters;
 };
-
-// "locked", "no master" ...
-const char *ptpStateName(PtpState state);
 
 Findings examinePtp(const PtpSight &sight);
 

@@ -16,7 +16,7 @@ const Table tables[] = {sdpLineRules,  sdpNetworkRules, sdpVideoRules,
 void runRule(const SdpRule &rule, const SdpText &text, const std::vector<SdpStream> &streams,
              SdpReport &report)
 {
-    report.startRule(rule.severity, rule.name, rule.clause);
+    report.startRule(rule);
     if (rule.text)
         rule.text(text, report);
     if (!rule.stream)
@@ -46,17 +46,9 @@ Findings checkText(const SdpText &text, const SdpFacts &facts)
 
 } // namespace
 
-void SdpReport::startRule(Severity severity, const char *rule, const char *clause)
-{
-    m_severity = severity;
-    m_rule = rule;
-    m_clause = clause;
-}
-
 void SdpReport::add(const SdpText &text, int line, const QByteArray &reason, const QByteArray &remedy)
 {
-    m_findings.push_back(
-        {m_severity, m_rule, text.file + ':' + QByteArray::number(line), reason, remedy, m_clause});
+    RuleReport::add(text.file + ':' + QByteArray::number(line), reason, remedy);
 }
 
 Findings checkSdp(const std::vector<SdpText> &texts, const SdpFacts &facts)
@@ -67,18 +59,14 @@ Findings checkSdp(const std::vector<SdpText> &texts, const SdpFacts &facts)
         all.insert(all.end(), found.begin(), found.end());
     }
     SdpReport report(all, facts);
-    report.startRule(sdpTwiceRule.severity, sdpTwiceRule.name, sdpTwiceRule.clause);
+    report.startRule(sdpTwiceRule);
     findStreamsTwice(texts, report);
     return all;
 }
 
 std::vector<const char *> sdpRuleNames()
 {
-    std::vector<const char *> names;
-    for (const Table &table : tables) {
-        for (const SdpRule &rule : table())
-            names.push_back(rule.name);
-    }
+    std::vector<const char *> names = ruleNames(tables);
     names.push_back(sdpTwiceRule.name);
     return names;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ops/sdpfix.h"
 
+#include "ops/printable.h"
 #include "ops/sdpfixer.h"
 
 #include <algorithm>

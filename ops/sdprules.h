@@ -5,26 +5,22 @@
 #define CORVEL_OPS_SDPRULES_H
 
 #include "channel/channelkeys.h"
+#include "ops/rulereport.h"
 #include "ops/sdpcheck.h"
 #include "ops/sdpstream.h"
 
 namespace ops {
 
-// Where a rule puts what it found: the rule's name, severity and clause are added to it.
-class SdpReport {
+class SdpReport : public RuleReport {
 public:
-    SdpReport(Findings &findings, const SdpFacts &facts) : m_findings(findings), m_facts(facts) {}
+    SdpReport(Findings &findings, const SdpFacts &facts) : RuleReport(findings), m_facts(facts) {}
 
     const SdpFacts &facts() const { return m_facts; }
-    void startRule(Severity severity, const char *rule, const char *clause);
+    // At a line of a text.
     void add(const SdpText &text, int line, const QByteArray &reason, const QByteArray &remedy);
 
 private:
-    Findings &m_findings;
     const SdpFacts &m_facts;
-    Severity m_severity = Severity::Error;
-    const char *m_rule = "";
-    const char *m_clause = "";
 };
 
 // A rule looks at a whole text, or at each of its streams.

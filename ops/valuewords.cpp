@@ -5,9 +5,8 @@
 #include "channel/channelstore.h"
 #include "channel/valuenames.h"
 #include "channel/videoformats.h"
+#include "ops/ipv4.h"
 #include "ops/suggest.h"
-
-#include <arpa/inet.h>
 
 #include <array>
 
@@ -53,7 +52,8 @@ const struct { const char *word; Field field; } kUses[] = {
 const struct { Kind kind; quint32 least, most; const char *says; } kRanges[] = {
     {Kind::Port,         0, 65535,        "a port is a number from 0 to 65535"},
     {Kind::Number,       0, 0xffffffff,   "a number from 0 to 4294967295 is needed"},
-    {Kind::AudioCount,   0, 512,          "a number of audio channels is from 0 to 512"},
+    {Kind::AudioCount,   0, 64,           "a flow has 0 to 64 audio channels"},
+    {Kind::AudioTotal,   0, 512,          "a number of audio channels is from 0 to 512"},
     {Kind::PacketTime,   1, 4000,         "a packet time is 125 or 1000 microseconds"},
     {Kind::Domain,       0, kHighestPtpDomain,          "a PTP domain is a number from 0 to 127"},
     {Kind::ChannelCount, 0, kMaxChannels, "a server has 0 to 65536 channels"},
@@ -84,6 +84,7 @@ TableView<Word> plainWords(Kind kind)
     case Kind::Use:
     case Kind::Number:
     case Kind::AudioCount:
+    case Kind::AudioTotal:
     case Kind::PacketTime:
     case Kind::Format:
     case Kind::Domain:
@@ -262,6 +263,7 @@ Outcome<Value> fromWords(Kind kind, const QByteArray &words)
     case Kind::Port:
     case Kind::Number:
     case Kind::AudioCount:
+    case Kind::AudioTotal:
     case Kind::PacketTime:
     case Kind::Type:
     case Kind::Clock:
@@ -295,18 +297,9 @@ QByteArrayList wordsOf(Kind kind)
 
 Outcome<quint32> addressBits(const QByteArray &address)
 {
-    in_addr parsed{};
-    if (address.contains('\0') || inet_pton(AF_INET, address.constData(), &parsed) != 1)
-        return wrong('"' + address + "\" is no IPv4 address: four numbers from 0 to 255 with dots between");
-    return quint32(ntohl(parsed.s_addr));
-}
-
-QByteArray addressText(quint32 bits)
-{
-    QByteArrayList octets;
-    for (int shift = 24; shift >= 0; shift -= 8)
-        octets.append(QByteArray::number(bits >> shift & 0xff));
-    return octets.join('.');
+    if (const auto bits = parseIpv4(address))
+        return *bits;
+    return wrong('"' + address + "\" is no IPv4 address: four numbers from 0 to 255 with dots between");
 }
 
 } // namespace ops

@@ -20,7 +20,8 @@ enum class Kind {
     Port,        // 0 to 65535
     Use,         // which network fields are in use: "src,dst,dst-port"
     Number,      // 0 to 4294967295
-    AudioCount,  // channels of a flow, 1 to 64
+    AudioCount,  // channels of a flow, up to 64
+    AudioTotal,  // channels of all flows, up to 512
     PacketTime,  // microseconds
     Type,        // channel type
     Format,      // video signal format
@@ -46,7 +47,6 @@ QByteArrayList wordsOf(Kind kind);
 
 // "239.1.2.3" to its 32 bits; a failure for anything that is not four numbers from 0 to 255.
 Outcome<quint32> addressBits(const QByteArray &address);
-QByteArray addressText(quint32 bits);
 
 } // namespace ops
 

@@ -21,7 +21,7 @@ constexpr struct { Field field; const char *word; Kind kind; } kFields[] = {
     {Field::Interface,          "if",       Kind::Interface},
     {Field::Flags,              "use",      Kind::Use},
     {Field::Channels,           "channels", Kind::AudioCount},
-    {Field::TotalChannels,      "total",    Kind::AudioCount},
+    {Field::TotalChannels,      "total",    Kind::AudioTotal},
     {Field::PacketTime,         "ptime",    Kind::PacketTime},
 };
 

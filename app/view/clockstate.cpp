@@ -6,53 +6,33 @@
 #include <QLineEdit>
 #include <QStyle>
 
-#include <iterator>
-
 namespace {
 
 struct StateRow {
     ClockState state;
-    const char *name;
     const char *advice;
 };
 
 // clang-format off
 const StateRow kStates[] = {
-    {ClockState::NoPtp,        "no ptp",        QT_TRANSLATE_NOOP("QCorvel", "The time of this machine. PTP is not used.")},
-    {ClockState::NotRunning,   "not running",   QT_TRANSLATE_NOOP("QCorvel", "No PTP client runs. Check the domain (0 to 127); the log says more.")},
-    {ClockState::Starting,     "starting",      QT_TRANSLATE_NOOP("QCorvel", "The PTP client starts.")},
-    {ClockState::Locked,       "locked",        QT_TRANSLATE_NOOP("QCorvel", "Locked to the grandmaster.")},
-    {ClockState::OtherMaster,  "other master",  QT_TRANSLATE_NOOP("QCorvel", "The time comes from another grandmaster than the one entered. Check the clock's identity or the master.")},
-    {ClockState::NoMaster,     "no master",     QT_TRANSLATE_NOOP("QCorvel", "No master is heard in this domain. Check the domain, the interface and the cable.")},
-    {ClockState::Stale,        "stale",         QT_TRANSLATE_NOOP("QCorvel", "The master is no longer heard. The time is carried on from its last message, and so is the offset.")},
-    {ClockState::NoInterface,  "no interface",  QT_TRANSLATE_NOOP("QCorvel", "The interface is down, or this machine has none with that address. Check the interface of the side that is in use.")},
-    {ClockState::NotAllowed,   "not allowed",   QT_TRANSLATE_NOOP("QCorvel", "The PTP client may not open its ports. The log has the command that allows it.")},
-    {ClockState::SystemClient, "system client", QT_TRANSLATE_NOOP("QCorvel", "Another program has the PTP ports of this interface and cannot be read.")},
-    {ClockState::Failed,       "failed",        QT_TRANSLATE_NOOP("QCorvel", "The PTP client ended or could not be started. The log says why; it is tried again.")},
+    {ClockState::NoPtp,        QT_TRANSLATE_NOOP("QCorvel", "The time of this machine. PTP is not used.")},
+    {ClockState::NotRunning,   QT_TRANSLATE_NOOP("QCorvel", "No PTP client runs. Check the domain (0 to 127); the log says more.")},
+    {ClockState::Starting,     QT_TRANSLATE_NOOP("QCorvel", "The PTP client starts.")},
+    {ClockState::Locked,       QT_TRANSLATE_NOOP("QCorvel", "Locked to the grandmaster.")},
+    {ClockState::OtherMaster,  QT_TRANSLATE_NOOP("QCorvel", "The time comes from another grandmaster than the one entered. Check the clock's identity or the master.")},
+    {ClockState::NoMaster,     QT_TRANSLATE_NOOP("QCorvel", "No master is heard in this domain. Check the domain, the interface and the cable.")},
+    {ClockState::Stale,        QT_TRANSLATE_NOOP("QCorvel", "The master is no longer heard. The time is carried on from its last message, and so is the offset.")},
+    {ClockState::NoInterface,  QT_TRANSLATE_NOOP("QCorvel", "The interface is down, or this machine has none with that address. Check the interface of the side that is in use.")},
+    {ClockState::NotAllowed,   QT_TRANSLATE_NOOP("QCorvel", "The PTP client may not open its ports. The log has the command that allows it.")},
+    {ClockState::SystemClient, QT_TRANSLATE_NOOP("QCorvel", "Another program has the PTP ports of this interface and cannot be read.")},
+    {ClockState::Failed,       QT_TRANSLATE_NOOP("QCorvel", "The PTP client ended or could not be started. The log says why; it is tried again.")},
 };
 
-// The numbers of the client's optional call.
-const ClockState kNumbered[] = {
-    ClockState::NotRunning, ClockState::Starting, ClockState::Locked,      ClockState::OtherMaster,
-    ClockState::NoMaster,   ClockState::Stale,    ClockState::NoInterface, ClockState::NotAllowed,
-    ClockState::SystemClient,
-};
-// And those of its status.
-const ClockState kByStatus[] = {
-    ClockState::Starting,    ClockState::NoMaster,    ClockState::Locked,
-    ClockState::OtherMaster, ClockState::NoInterface, ClockState::Stale,
-};
 // clang-format on
 
 const StateRow &rowOf(ClockState state)
 {
     return kStates[static_cast<int>(state)];
-}
-
-template<std::size_t N>
-ClockState numbered(const ClockState (&states)[N], int number, ClockState otherwise)
-{
-    return number >= 0 && number < static_cast<int>(N) ? states[number] : otherwise;
 }
 
 void ignore(QAccessibleEvent *) {}
@@ -73,22 +53,12 @@ private:
 
 QString clockStateName(ClockState state)
 {
-    return QLatin1String(rowOf(state).name);
+    return QLatin1String(clockStateWord(state));
 }
 
 QString clockStateAdvice(ClockState state)
 {
     return QCoreApplication::translate("QCorvel", rowOf(state).advice);
-}
-
-ClockState clockStateFromNumber(int number)
-{
-    return numbered(kNumbered, number, ClockState::Failed);
-}
-
-ClockState clockStateFromStatus(int status, bool interfaceExists)
-{
-    return numbered(kByStatus, status, interfaceExists ? ClockState::NotRunning : ClockState::NoInterface);
 }
 
 void ClockStateLines::show(ClockState state, const QString &words)

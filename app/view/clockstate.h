@@ -5,35 +5,17 @@
 #ifndef CORVEL_VIEW_CLOCKSTATE_H
 #define CORVEL_VIEW_CLOCKSTATE_H
 
+#include "channel/clockstate.h"
+
 #include <QString>
 
 class QLineEdit;
-
-enum class ClockState {
-    NoPtp, // another clock source
-    NotRunning,
-    Starting,
-    Locked,
-    OtherMaster,
-    NoMaster,
-    Stale,
-    NoInterface,
-    NotAllowed,
-    SystemClient,
-    Failed,
-};
 
 // The value of the property: "locked", "other master", ...
 QString clockStateName(ClockState state);
 
 // What it means and what to do, in one or two sentences; for a client that gives no reason itself.
 QString clockStateAdvice(ClockState state);
-
-// As the optional call of the client numbers it; a number from a later library is Failed.
-ClockState clockStateFromNumber(int number);
-
-// From the status alone, which every client has. interfaceExists: that of the client's address.
-ClockState clockStateFromStatus(int status, bool interfaceExists);
 
 class ClockStateLines {
 public:

@@ -3,8 +3,6 @@
 
 #include <QtTest>
 
-using ops::PtpState;
-
 Q_DECLARE_METATYPE(ops::PtpSight)
 
 class TestPtpDoctor : public QObject {
@@ -29,7 +27,7 @@ ops::PtpMaster master(quint32 domain, const char *identity, int clockClass = 6, 
     return made;
 }
 
-ops::PtpSight sight(PtpState state, std::vector<ops::PtpMaster> masters = {})
+ops::PtpSight sight(ClockState state, std::vector<ops::PtpMaster> masters = {})
 {
     ops::PtpSight made;
     made.interface = "10.0.0.1";
@@ -41,14 +39,14 @@ ops::PtpSight sight(PtpState state, std::vector<ops::PtpMaster> masters = {})
 
 ops::PtpSight lockedWithoutGroup()
 {
-    ops::PtpSight made = sight(PtpState::Locked, {master(127, "A")});
+    ops::PtpSight made = sight(ClockState::Locked, {master(127, "A")});
     made.joined = false;
     return made;
 }
 
 ops::PtpSight strangeAddress()
 {
-    ops::PtpSight made = sight(PtpState::NoInterface);
+    ops::PtpSight made = sight(ClockState::NoInterface);
     made.addressIsHere = false;
     return made;
 }
@@ -70,27 +68,27 @@ void TestPtpDoctor::finds_data()
     const auto row = [](const char *name, const ops::PtpSight &seen, const char *found) {
         QTest::newRow(name) << seen << QByteArray(found);
     };
-    row("all well", sight(PtpState::Locked, {master(127, "A")}), "");
-    row("no answer", sight(PtpState::Starting), "ptp-client");
-    row("no client", sight(PtpState::NotRunning), "ptp-client");
+    row("all well", sight(ClockState::Locked, {master(127, "A")}), "");
+    row("no answer", sight(ClockState::Starting), "ptp-client");
+    row("no client", sight(ClockState::NotRunning), "ptp-client");
     row("no address", strangeAddress(), "ptp-interface");
-    row("link down", sight(PtpState::NoInterface), "ptp-interface");
-    row("no capability", sight(PtpState::NotAllowed), "ptp-capability");
-    row("other binder", sight(PtpState::SystemClient), "ptp-ports");
-    row("no ptp4l", sight(PtpState::Failed), "ptp-program");
+    row("link down", sight(ClockState::NoInterface), "ptp-interface");
+    row("no capability", sight(ClockState::NotAllowed), "ptp-capability");
+    row("other binder", sight(ClockState::SystemClient), "ptp-ports");
+    row("no ptp4l", sight(ClockState::Failed), "ptp-program");
     row("not in the group", lockedWithoutGroup(), "ptp-igmp");
-    row("nobody", sight(PtpState::NoMaster), "ptp-no-master");
-    row("another domain", sight(PtpState::NoMaster, {master(0, "A")}), "ptp-domain");
-    row("two other domains", sight(PtpState::NoMaster, {master(0, "A"), master(1, "B")}),
+    row("nobody", sight(ClockState::NoMaster), "ptp-no-master");
+    row("another domain", sight(ClockState::NoMaster, {master(0, "A")}), "ptp-domain");
+    row("two other domains", sight(ClockState::NoMaster, {master(0, "A"), master(1, "B")}),
         "ptp-domain ptp-domain");
-    row("bad clock", sight(PtpState::Locked, {master(127, "A", 248)}), "ptp-quality");
-    row("holdover", sight(PtpState::Locked, {master(127, "A", 7)}), "");
-    row("announce late", sight(PtpState::Locked, {master(127, "A", 6, 3001)}), "ptp-announce");
-    row("two masters", sight(PtpState::Locked, {master(127, "A"), master(127, "B")}), "ptp-two-masters");
-    row("one master twice", sight(PtpState::Locked, {master(127, "A"), master(127, "A")}), "");
-    row("a bad clock elsewhere", sight(PtpState::Locked, {master(0, "B", 248), master(127, "A")}), "");
-    row("other master", sight(PtpState::OtherMaster, {master(127, "A")}), "ptp-other-master");
-    row("gone", sight(PtpState::Stale), "ptp-no-master ptp-stale");
+    row("bad clock", sight(ClockState::Locked, {master(127, "A", 248)}), "ptp-quality");
+    row("holdover", sight(ClockState::Locked, {master(127, "A", 7)}), "");
+    row("announce late", sight(ClockState::Locked, {master(127, "A", 6, 3001)}), "ptp-announce");
+    row("two masters", sight(ClockState::Locked, {master(127, "A"), master(127, "B")}), "ptp-two-masters");
+    row("one master twice", sight(ClockState::Locked, {master(127, "A"), master(127, "A")}), "");
+    row("a bad clock elsewhere", sight(ClockState::Locked, {master(0, "B", 248), master(127, "A")}), "");
+    row("other master", sight(ClockState::OtherMaster, {master(127, "A")}), "ptp-other-master");
+    row("gone", sight(ClockState::Stale), "ptp-no-master ptp-stale");
 }
 
 void TestPtpDoctor::finds()
@@ -102,10 +100,10 @@ void TestPtpDoctor::finds()
 
 void TestPtpDoctor::everyFindingSaysWhatToDo()
 {
-    for (int state = 0; state <= int(PtpState::Failed); ++state) {
-        QVERIFY(qstrlen(ops::ptpStateName(PtpState(state))) > 0);
+    for (int state = 0; state <= int(ClockState::Failed); ++state) {
+        QVERIFY(qstrlen(clockStateWord(ClockState(state))) > 0);
         const auto seen =
-            sight(PtpState(state), {master(0, "A"), master(127, "B", 248, 9999), master(127, "C")});
+            sight(ClockState(state), {master(0, "A"), master(127, "B", 248, 9999), master(127, "C")});
         for (const ops::Finding &finding : ops::examinePtp(seen))
             QVERIFY2(!finding.reason.isEmpty() && !finding.remedy.isEmpty(), finding.rule);
     }

@@ -155,8 +155,7 @@ void TestValueWords::unknownNumbersAreShownAsTheyAre()
 void TestValueWords::addressBits()
 {
     QCOMPARE(*ops::addressBits("239.20.2.1"), 0xef140201u);
-    QCOMPARE(ops::addressText(0xef140201u), QByteArray("239.20.2.1"));
-    QCOMPARE(ops::addressText(0), QByteArray("0.0.0.0"));
+    QVERIFY(!ops::addressBits("239.20.2"));
 }
 
 QTEST_APPLESS_MAIN(TestValueWords)

@@ -2,6 +2,7 @@
 #include "announce.h"
 
 #include "timebase.h"
+#include "wire.h"
 
 #include <algorithm>
 #include <tuple>
@@ -10,13 +11,9 @@ namespace rkptp {
 
 namespace {
 
-// Where the fields stand: PTP header 0 to 33, origin time stamp 34 to 43, then the announce itself.
-constexpr size_t atType = 0;
-constexpr size_t atVersion = 1;
-constexpr size_t atLength = 2;
-constexpr size_t atDomain = 4;
-constexpr size_t atSource = 20;
-constexpr size_t atInterval = 33;
+using namespace wire;
+
+// Behind the header: origin time stamp 34 to 43, then the announce itself.
 constexpr size_t atPriority1 = 47;
 constexpr size_t atClass = 48;
 constexpr size_t atAccuracy = 49;
@@ -27,20 +24,7 @@ constexpr size_t atSteps = 61;
 constexpr size_t announceSize = 64;
 
 constexpr uint8_t announceType = 0x0b;
-constexpr uint8_t ptpVersion = 2;
 constexpr int missedAnnounces = 4;
-
-uint16_t get16(const uint8_t *at)
-{
-    return static_cast<uint16_t>(at[0] << 8 | at[1]);
-}
-
-ClockId getClock(const uint8_t *at)
-{
-    ClockId id;
-    std::copy_n(at, id.size(), id.begin());
-    return id;
-}
 
 // The order of the best master clock algorithm, as far as it does not depend on who asks.
 auto rank(const HeardMaster &one)
@@ -61,13 +45,12 @@ int64_t patience(const HeardMaster &master)
 
 std::optional<HeardMaster> parseAnnounce(const uint8_t *bytes, size_t size)
 {
-    if (size < announceSize || (bytes[atType] & 0x0f) != announceType ||
-        (bytes[atVersion] & 0x0f) != ptpVersion || get16(bytes + atLength) < announceSize ||
+    if (size < announceSize || !isMessage(bytes, announceType) || get16(bytes + atLength) < announceSize ||
         get16(bytes + atLength) > size)
         return std::nullopt;
     HeardMaster master;
     master.domain = bytes[atDomain];
-    master.source = {getClock(bytes + atSource), get16(bytes + atSource + 8)};
+    master.source = getPort(bytes + atSource);
     master.logInterval = static_cast<int8_t>(bytes[atInterval]);
     master.priority1 = bytes[atPriority1];
     master.clockClass = bytes[atClass];

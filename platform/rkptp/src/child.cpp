@@ -24,6 +24,15 @@ constexpr int64_t nearby = 10 * nanosPerSecond; // two readings of the same cloc
 constexpr uint16_t maxSystemPorts = 64;
 constexpr unsigned slowRounds = 4; // the slow questions are asked in every fourth round
 
+template<class Data>
+bool keep(const Answer &answer, Data &into)
+{
+    const Data *data = std::get_if<Data>(&answer);
+    if (data)
+        into = *data;
+    return data;
+}
+
 // As whom we ask. Not by the identity of the clock on purpose: ptp4l drops what seems to come from itself.
 const PortId asker = {ClockId(), 0xfff0};
 
@@ -211,19 +220,11 @@ bool Child::ask(int64_t now)
 
 void Child::store(const Answer &answer)
 {
-    if (const auto *clock = std::get_if<DefaultData>(&answer))
-        m_seen.clock = *clock;
-    else if (const auto *current = std::get_if<CurrentData>(&answer))
-        m_seen.current = *current;
-    else if (const auto *parent = std::get_if<ParentData>(&answer))
-        m_seen.parent = *parent;
-    else if (const auto *properties = std::get_if<TimePropertiesData>(&answer))
-        m_seen.timeProperties = *properties;
-    else if (const auto *status = std::get_if<TimeStatusData>(&answer))
-        m_seen.timeStatus = *status;
-    else if (const auto *settings = std::get_if<GrandmasterSettingsData>(&answer))
-        m_seen.settings = *settings;
-    else if (const auto *port = std::get_if<PortData>(&answer))
+    if (keep(answer, m_seen.clock) || keep(answer, m_seen.current) || keep(answer, m_seen.parent) ||
+        keep(answer, m_seen.timeProperties) || keep(answer, m_seen.timeStatus) ||
+        keep(answer, m_seen.settings))
+        return;
+    if (const auto *port = std::get_if<PortData>(&answer))
         m_seen.ports[port->port - 1u] = *port; // the reader has checked that it is the port asked
     else if (const auto *named = std::get_if<PortPropertiesData>(&answer))
         m_seen.portNames[named->port - 1u] = named->interface;

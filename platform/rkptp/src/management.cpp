@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "management.h"
 
+#include "wire.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -8,15 +10,9 @@ namespace rkptp {
 
 namespace {
 
-// Where the fields stand: PTP header 0 to 33, management fields 34 to 47, then one TLV.
-constexpr size_t atType = 0;
-constexpr size_t atVersion = 1;
-constexpr size_t atLength = 2;
-constexpr size_t atDomain = 4;
-constexpr size_t atSource = 20;
-constexpr size_t atSequence = 30;
-constexpr size_t atControl = 32;
-constexpr size_t atInterval = 33;
+using namespace wire;
+
+// Behind the header: management fields 34 to 47, then one TLV.
 constexpr size_t atTarget = 34;
 constexpr size_t atAction = 46;
 constexpr size_t atTlvType = 48;
@@ -25,17 +21,11 @@ constexpr size_t atTlvId = 52;
 constexpr size_t atData = 54;
 
 constexpr uint8_t managementType = 0x0d;
-constexpr uint8_t ptpVersion = 2;
 constexpr uint8_t managementControl = 4;
 constexpr uint8_t actionGet = 0;
 constexpr uint8_t actionResponse = 2;
 constexpr uint16_t tlvManagement = 1;
 constexpr uint16_t tlvErrorStatus = 2;
-
-uint16_t get16(const uint8_t *at)
-{
-    return static_cast<uint16_t>(at[0] << 8 | at[1]);
-}
 
 uint64_t get64(const uint8_t *at)
 {
@@ -60,18 +50,6 @@ int16_t getSigned16(const uint8_t *at)
     int16_t value;
     memcpy(&value, &raw, sizeof value);
     return value;
-}
-
-ClockId getClock(const uint8_t *at)
-{
-    ClockId id;
-    std::copy_n(at, id.size(), id.begin());
-    return id;
-}
-
-PortId getPort(const uint8_t *at)
-{
-    return {getClock(at), get16(at + 8)};
 }
 
 void put16(uint8_t *at, uint16_t value)
@@ -172,9 +150,9 @@ const Layout *layoutOf(DataSet dataSet)
 
 bool headerFits(const uint8_t *bytes, size_t size, const Question &asked)
 {
-    return size >= atData && size <= largestAnswer && (bytes[atType] & 0x0f) == managementType &&
-           (bytes[atVersion] & 0x0f) == ptpVersion && get16(bytes + atLength) == size &&
-           bytes[atDomain] == asked.domain && get16(bytes + atSequence) == asked.sequence;
+    return size >= atData && size <= largestAnswer && isMessage(bytes, managementType) &&
+           get16(bytes + atLength) == size && bytes[atDomain] == asked.domain &&
+           get16(bytes + atSequence) == asked.sequence;
 }
 
 bool partiesFit(const uint8_t *bytes, const Question &asked, const Layout &layout)

@@ -27,6 +27,18 @@ void resetSnapshot(Client &client)
     client.snapshot.since = monotonicNow();
 }
 
+// RKPTP_OK when take(carried time of the client) says that it holds.
+template<class Take>
+int lookAtTime(PTP_HANDLE handle, const Take &take)
+{
+    int result = RKPTP_NO_CLIENT;
+    Worker::instance().look(idOf(handle), [&](const Client &client) {
+        if (client.snapshot.state != ClientState::None)
+            result = take(client.snapshot.carried) ? RKPTP_OK : RKPTP_NOT_SYNCED;
+    });
+    return result;
+}
+
 int readText(PTP_HANDLE handle, Text which, char *buffer)
 {
     if (!buffer)
@@ -175,16 +187,11 @@ int rkPTPGetOffset_Nano(PTP_HANDLE handle, int64_t *offset)
 {
     if (!offset)
         return RKPTP_BAD_ARGUMENT;
-    int result = RKPTP_NO_CLIENT;
-    Worker::instance().look(idOf(handle), [&](const Client &client) {
-        const CarriedTime &carried = client.snapshot.carried;
-        if (client.snapshot.state == ClientState::None)
-            return;
-        result = carried.freshAt(monotonicNow()) ? RKPTP_OK : RKPTP_NOT_SYNCED;
+    return lookAtTime(handle, [offset](const CarriedTime &carried) {
         if (carried.valid)
             *offset = carried.offset;
+        return carried.freshAt(monotonicNow());
     });
-    return result;
 }
 
 int rkPTPGetState(PTP_HANDLE handle)
@@ -216,17 +223,12 @@ int rkPTPGetOffsetAge_Milli(PTP_HANDLE handle, uint32_t *milliseconds)
 {
     if (!milliseconds)
         return RKPTP_BAD_ARGUMENT;
-    int result = RKPTP_NO_CLIENT;
-    Worker::instance().look(idOf(handle), [&](const Client &client) {
-        const CarriedTime &carried = client.snapshot.carried;
-        if (client.snapshot.state == ClientState::None)
-            return;
-        result = carried.valid ? RKPTP_OK : RKPTP_NOT_SYNCED;
+    return lookAtTime(handle, [milliseconds](const CarriedTime &carried) {
         const int64_t age = std::max<int64_t>(monotonicNow() - carried.lastSync, 0) / nanosPerMilli;
         if (carried.valid)
             *milliseconds = static_cast<uint32_t>(std::min<int64_t>(age, UINT32_MAX));
+        return carried.valid;
     });
-    return result;
 }
 
 int rkPTPUsesSystemClient(PTP_HANDLE handle)

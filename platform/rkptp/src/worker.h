@@ -46,20 +46,25 @@ public:
     template<typename Change>
     bool change(Id id, Change change)
     {
-        if (m_forked)
-            return false;
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        const auto row = m_clients.find(id);
-        if (row == m_clients.end())
-            return false;
-        change(row->second);
-        wake();
-        return true;
+        return withClient(id, [&](Client &client) {
+            change(client);
+            wake();
+        });
     }
 
     /* Calls look(client) under the mutex; no system call. False when there is no such client. */
     template<typename Look>
     bool look(Id id, Look look)
+    {
+        return withClient(id, [&look](const Client &client) { look(client); });
+    }
+
+    /* Kills every child and ends the thread, at the end of the process. */
+    void stop();
+
+private:
+    template<typename Work>
+    bool withClient(Id id, const Work &work)
     {
         if (m_forked)
             return false;
@@ -67,14 +72,10 @@ public:
         const auto row = m_clients.find(id);
         if (row == m_clients.end())
             return false;
-        look(const_cast<const Client &>(row->second));
+        work(row->second);
         return true;
     }
 
-    /* Kills every child and ends the thread, at the end of the process. */
-    void stop();
-
-private:
     // What the thread keeps about one client. The copy of the wishes is refreshed at the start of each turn.
     struct Seat {
         Client wanted;
