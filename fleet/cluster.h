@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// The replicated store as the fleet sees it: keys with values and revisions, transactions that compare before they put,
-// a watch, a lease. An interface, so that the merge can be tested against a cluster in memory; fleet/etcd has the real one.
+// The replicated store as the fleet sees it: keys with values and revisions, transactions that compare before
+// they put, a watch, a lease. An interface, so that the merge can be tested against a cluster in memory;
+// fleet/etcd has the real one.
 //
-// Every call blocks until its answer or until the implementation's own time limit (about a second) has passed. One Cluster is
-// used from one thread; a WatchSink is called from a thread of the implementation.
+// Every call blocks until its answer or until the implementation's own time limit (about a second) has
+// passed. One Cluster is used from one thread; a WatchSink is called from a thread of the implementation.
 #ifndef CORVEL_FLEET_CLUSTER_H
 #define CORVEL_FLEET_CLUSTER_H
 
@@ -22,16 +23,19 @@ constexpr std::size_t kMaxCommitBytes = 1024 * 1024;
 
 struct Entry {
     std::string key;
-    std::string value;            // empty when deleted
-    std::int64_t modRevision = 0; // revision of the last change of this key: what Put::expectedRevision compares with
-    bool deleted = false;         // in watch events only
+    std::string value; // empty when deleted
+    std::int64_t modRevision =
+        0;                // revision of the last change of this key: what Put::expectedRevision compares with
+    bool deleted = false; // in watch events only
 };
 
 // All keys of a prefix at one moment, in the order of their bytes.
 struct Range {
     std::vector<Entry> entries;
-    std::int64_t revision = 0; // of the whole cluster at that moment; a watch that shall miss nothing starts at the next one
-    std::uint64_t cluster = 0; // its identity; another one, or a revision that went back: known revisions mean nothing
+    std::int64_t revision =
+        0; // of the whole cluster at that moment; a watch that shall miss nothing starts at the next one
+    std::uint64_t cluster =
+        0; // its identity; another one, or a revision that went back: known revisions mean nothing
 };
 
 struct Put {
@@ -60,7 +64,8 @@ public:
     enum class End { Gone, Compacted, Denied };
 
     virtual ~WatchSink() = default;
-    // The watch stands: everything from its first revision on will come. A range read now closes every gap before it.
+    // The watch stands: everything from its first revision on will come. A range read now closes every gap
+    // before it.
     virtual void watching() = 0;
     // All changes of one or more whole transactions, in order; revision is that of the last one.
     virtual void events(const std::vector<Entry> &entries, std::int64_t revision) = 0;
@@ -82,12 +87,14 @@ public:
     virtual Outcome range(const std::string &prefix, Range *range) = 0;
     // The same for one key: none or one entry.
     virtual Outcome get(const std::string &key, Range *range) = 0;
-    // All of them or none, and no key twice. *revision (may be null): that of the change, and so of each key put.
+    // All of them or none, and no key twice. *revision (may be null): that of the change, and so of each key
+    // put.
     virtual Outcome commit(const std::vector<Put> &puts, std::int64_t *revision) = 0;
     // Everything below the prefix from fromRevision on. Never null; what goes wrong is told through the sink.
-    virtual std::unique_ptr<Watch> watch(const std::string &prefix, std::int64_t fromRevision, WatchSink *sink) = 0;
-    // Puts key with a lease of so many seconds, or renews the lease and, when the value is another one, the value. To be
-    // called again well before the time is over. After a longer pause it makes a new lease.
+    virtual std::unique_ptr<Watch> watch(const std::string &prefix, std::int64_t fromRevision,
+                                         WatchSink *sink) = 0;
+    // Puts key with a lease of so many seconds, or renews the lease and, when the value is another one, the
+    // value. To be called again well before the time is over. After a longer pause it makes a new lease.
     virtual Outcome keepAlive(const std::string &key, const std::string &value, int seconds) = 0;
     // Ends the lease: the keys bound to it go at once.
     virtual Outcome endLease() = 0;
