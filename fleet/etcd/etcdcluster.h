@@ -23,9 +23,10 @@ struct TlsIdentity {
 struct EtcdOptions {
     std::vector<std::string> endpoints; // "host:port", at least one
     TlsIdentity tls;
-    int callMs = 1000;          // each call
-    int watchCreatedMs = 3000;  // until a new watch stands
-    int watchSilenceMs = 15000; // without a sign of life a watch is given up; asked for after a third of it
+    int callMs = 1000;            // each call
+    int watchCreatedMs = 3000;    // until a new watch stands
+    int watchSilenceMs = 15000;   // without a sign of life a watch is given up; asked for after a third of it
+    int largestAnswer = 64 << 20; // bytes; less is asked for at a time when it is not enough
 };
 
 // Does not connect yet. May be made and used in any one thread.

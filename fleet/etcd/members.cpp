@@ -19,10 +19,10 @@ constexpr int kLongestPauseMs = 1000;
 constexpr int kKeepAliveMs = 10000;
 constexpr int kKeepAliveAnswerMs = 3000;
 
-grpc::ChannelArguments arguments()
+grpc::ChannelArguments arguments(int largestAnswer)
 {
     grpc::ChannelArguments arguments;
-    arguments.SetMaxReceiveMessageSize(kLargestAnswer);
+    arguments.SetMaxReceiveMessageSize(largestAnswer);
     arguments.SetInt(GRPC_ARG_MIN_RECONNECT_BACKOFF_MS, kConnectMs);
     arguments.SetInt(GRPC_ARG_INITIAL_RECONNECT_BACKOFF_MS, 100);
     arguments.SetInt(GRPC_ARG_MAX_RECONNECT_BACKOFF_MS, kLongestPauseMs);
@@ -41,7 +41,8 @@ Members::Members(const EtcdOptions &options) : m_names(options.endpoints)
     tls.pem_private_key = options.tls.key;
     const auto credentials = grpc::SslCredentials(tls);
     for (const std::string &endpoint : options.endpoints)
-        m_channels.push_back(grpc::CreateCustomChannel(endpoint, credentials, arguments()));
+        m_channels.push_back(
+            grpc::CreateCustomChannel(endpoint, credentials, arguments(options.largestAnswer)));
 }
 
 void Members::failed(std::size_t member)
