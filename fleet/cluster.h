@@ -17,25 +17,25 @@
 
 namespace fleet {
 
-// What one transaction may hold. The cluster's own limits are a little higher (128 operations, 1.5 MiB).
-constexpr std::size_t kMaxPuts = 60; // a put may take two operations, itself and its comparison
+// What one transaction may hold. The cluster's own limits are higher (128 keys, 1.5 MiB).
+constexpr std::size_t kMaxPuts = 60;
 constexpr std::size_t kMaxCommitBytes = 1024 * 1024;
 
 struct Entry {
     std::string key;
     std::string value; // empty when deleted
-    std::int64_t modRevision =
-        0;                // revision of the last change of this key: what Put::expectedRevision compares with
+    // Of the last change of this key: what Put::expectedRevision compares with.
+    std::int64_t modRevision = 0;
     bool deleted = false; // in watch events only
 };
 
 // All keys of a prefix at one moment, in the order of their bytes.
 struct Range {
     std::vector<Entry> entries;
-    std::int64_t revision =
-        0; // of the whole cluster at that moment; a watch that shall miss nothing starts at the next one
-    std::uint64_t cluster =
-        0; // its identity; another one, or a revision that went back: known revisions mean nothing
+    // Of the whole cluster at that moment. A watch that shall miss nothing starts at the next one.
+    std::int64_t revision = 0;
+    // The cluster's identity. When it is another one, or the revision went back, known revisions mean nothing.
+    std::uint64_t cluster = 0;
 };
 
 struct Put {
