@@ -34,7 +34,8 @@ struct Range {
     std::vector<Entry> entries;
     // Of the whole cluster at that moment. A watch that shall miss nothing starts at the next one.
     std::int64_t revision = 0;
-    // The cluster's identity. When it is another one, or the revision went back, known revisions mean nothing.
+    // The cluster's identity. When it is another one, or the revision went back, known revisions mean
+    // nothing.
     std::uint64_t cluster = 0;
 };
 

@@ -9,6 +9,8 @@
 
 #include "etcd.grpc.pb.h"
 
+#include <grpc/support/log.h>
+
 namespace fleet {
 
 namespace {
@@ -48,9 +50,9 @@ etcdserverpb::TxnRequest transaction(const std::vector<Put> &puts, std::int64_t 
     return request;
 }
 
-class EtcdCluster : public Cluster {
+class Client : public EtcdCluster {
 public:
-    explicit EtcdCluster(const EtcdOptions &options)
+    explicit Client(const EtcdOptions &options)
         : m_options(options), m_members(std::make_shared<Members>(options)),
           m_lease(*m_members, options.callMs)
     {
@@ -61,6 +63,7 @@ public:
         return read(prefix, prefixEnd(prefix), range);
     }
     Outcome get(const std::string &key, Range *range) override { return read(key, std::string(), range); }
+    Outcome keys(const std::string &prefix, std::vector<std::string> *keys) override;
     Outcome commit(const std::vector<Put> &puts, std::int64_t *revision) override;
     std::unique_ptr<Watch> watch(const std::string &prefix, std::int64_t fromRevision,
                                  WatchSink *sink) override;
@@ -69,7 +72,7 @@ public:
     std::string reason() const override { return m_reason; }
 
 private:
-    Outcome read(const std::string &from, const std::string &to, Range *range);
+    Outcome read(const std::string &from, const std::string &to, Range *range, bool values = true);
     Outcome told(const grpc::Status &status, std::size_t member);
     Outcome refused(Outcome outcome, const char *reason);
 
@@ -81,7 +84,7 @@ private:
 };
 
 // After no answer the next call goes to the next member.
-Outcome EtcdCluster::told(const grpc::Status &status, std::size_t member)
+Outcome Client::told(const grpc::Status &status, std::size_t member)
 {
     const Outcome outcome = outcomeOf(status);
     if (outcome == Outcome::Done)
@@ -92,13 +95,13 @@ Outcome EtcdCluster::told(const grpc::Status &status, std::size_t member)
     return outcome;
 }
 
-Outcome EtcdCluster::refused(Outcome outcome, const char *reason)
+Outcome Client::refused(Outcome outcome, const char *reason)
 {
     m_reason = reason;
     return outcome;
 }
 
-Outcome EtcdCluster::read(const std::string &from, const std::string &to, Range *range)
+Outcome Client::read(const std::string &from, const std::string &to, Range *range, bool values)
 {
     const std::size_t member = m_members->current();
     const auto stub = etcdserverpb::KV::NewStub(m_members->channel(member));
@@ -108,10 +111,22 @@ Outcome EtcdCluster::read(const std::string &from, const std::string &to, Range 
             m_members->prepare(context, m_options.callMs);
             return stub->Range(&context, request, response);
         });
-    return told(reader.read(from, to, range), member);
+    return told(reader.read(from, to, range, values), member);
 }
 
-Outcome EtcdCluster::commit(const std::vector<Put> &puts, std::int64_t *revision)
+Outcome Client::keys(const std::string &prefix, std::vector<std::string> *keys)
+{
+    Range range;
+    const Outcome outcome = read(prefix, prefixEnd(prefix), &range, false);
+    if (outcome != Outcome::Done)
+        return outcome;
+    keys->clear();
+    for (Entry &entry : range.entries)
+        keys->push_back(std::move(entry.key));
+    return outcome;
+}
+
+Outcome Client::commit(const std::vector<Put> &puts, std::int64_t *revision)
 {
     if (puts.size() > kMaxPuts)
         return refused(Outcome::TooLarge, "too many keys for one transaction");
@@ -132,8 +147,7 @@ Outcome EtcdCluster::commit(const std::vector<Put> &puts, std::int64_t *revision
     return Outcome::Done;
 }
 
-std::unique_ptr<Watch> EtcdCluster::watch(const std::string &prefix, std::int64_t fromRevision,
-                                          WatchSink *sink)
+std::unique_ptr<Watch> Client::watch(const std::string &prefix, std::int64_t fromRevision, WatchSink *sink)
 {
     etcdserverpb::WatchCreateRequest what;
     what.set_key(prefix);
@@ -144,7 +158,7 @@ std::unique_ptr<Watch> EtcdCluster::watch(const std::string &prefix, std::int64_
     return std::make_unique<WatchStream>(m_members, m_options, std::move(what), sink);
 }
 
-Outcome EtcdCluster::keepAlive(const std::string &key, const std::string &value, int seconds)
+Outcome Client::keepAlive(const std::string &key, const std::string &value, int seconds)
 {
     const std::size_t member = m_members->current();
     bool anew = false;
@@ -163,7 +177,7 @@ Outcome EtcdCluster::keepAlive(const std::string &key, const std::string &value,
     return outcome;
 }
 
-Outcome EtcdCluster::endLease()
+Outcome Client::endLease()
 {
     const std::size_t member = m_members->current();
     m_kept.clear();
@@ -172,9 +186,11 @@ Outcome EtcdCluster::endLease()
 
 } // namespace
 
-std::unique_ptr<Cluster> etcdCluster(const EtcdOptions &options)
+std::unique_ptr<EtcdCluster> etcdCluster(const EtcdOptions &options)
 {
-    return std::make_unique<EtcdCluster>(options);
+    gpr_set_log_function(
+        [](gpr_log_func_args *) {}); // it would write several lines for each refused handshake
+    return std::make_unique<Client>(options);
 }
 
 std::string prefixEnd(std::string prefix)

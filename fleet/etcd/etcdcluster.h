@@ -29,8 +29,15 @@ struct EtcdOptions {
     int largestAnswer = 64 << 20; // bytes; less is asked for at a time when it is not enough
 };
 
-// Does not connect yet. May be made and used in any one thread.
-std::unique_ptr<Cluster> etcdCluster(const EtcdOptions &options);
+class EtcdCluster : public Cluster {
+public:
+    // The names of all keys with this prefix, without their values. On failure *keys stays as it is.
+    virtual Outcome keys(const std::string &prefix, std::vector<std::string> *keys) = 0;
+};
+
+// Does not connect yet. May be made and used in any one thread. What gRPC itself has to say goes nowhere:
+// reason() tells.
+std::unique_ptr<EtcdCluster> etcdCluster(const EtcdOptions &options);
 
 // The first key behind all keys with this prefix, as a range's end.
 std::string prefixEnd(std::string prefix);

@@ -8,6 +8,7 @@ namespace fleet {
 namespace {
 
 constexpr std::int64_t kPage = 256; // documents, usually some hundred KiB
+constexpr std::int64_t kNamePage = 8192;
 
 void take(etcdserverpb::RangeResponse &response, Range *range)
 {
@@ -26,8 +27,8 @@ void take(etcdserverpb::RangeResponse &response, Range *range)
 grpc::Status RangeReader::page(etcdserverpb::RangeRequest &request,
                                etcdserverpb::RangeResponse *response) const
 {
-    request.set_limit(kPage);
-    request.set_keys_only(false);
+    request.set_limit(values ? kPage : kNamePage);
+    request.set_keys_only(!values);
     grpc::Status status = m_call(request, response);
     while (outcomeOf(status) == Outcome::TooLarge && !request.keys_only()) {
         request.set_keys_only(request.limit() == 1);
@@ -38,7 +39,8 @@ grpc::Status RangeReader::page(etcdserverpb::RangeRequest &request,
     return status;
 }
 
-grpc::Status RangeReader::read(const std::string &from, const std::string &to, Range *range) const
+grpc::Status RangeReader::read(const std::string &from, const std::string &to, Range *range,
+                               bool values) const
 {
     Range all;
     etcdserverpb::RangeRequest request;
@@ -46,7 +48,7 @@ grpc::Status RangeReader::read(const std::string &from, const std::string &to, R
     request.set_range_end(to);
     for (bool more = true; more;) {
         etcdserverpb::RangeResponse response;
-        const grpc::Status status = page(request, &response);
+        const grpc::Status status = page(request, values, &response);
         if (!status.ok())
             return status;
         all.cluster = response.header().cluster_id();

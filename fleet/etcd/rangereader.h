@@ -24,7 +24,8 @@ public:
     grpc::Status read(const std::string &from, const std::string &to, Range *range) const;
 
 private:
-    grpc::Status page(etcdserverpb::RangeRequest &request, etcdserverpb::RangeResponse *response) const;
+    grpc::Status page(etcdserverpb::RangeRequest &request, bool values,
+                      etcdserverpb::RangeResponse *response) const;
 
     Call m_call;
 };

@@ -113,7 +113,8 @@ bool Plant::start()
         return false;
     for (int node = 0; node < kNodes; ++node) {
         const QStringList words{QStringLiteral("node"), folder(), QStringLiteral("node%1").arg(node),
-                                QString::fromLatin1(host(node))};
+                                QString::fromLatin1(host(node)),
+                                QStringLiteral("127.0.0.1")}; // where members come from on this interface
         if (!succeeded(setup(words), "a member's certificate"))
             return false;
     }

@@ -29,7 +29,11 @@ runProgram(const QString &name, const QStringList &arguments,
     process.setProcessEnvironment(environment);
     process.start(name, arguments);
     process.closeWriteChannel();
-    process.waitForFinished(60000);
+    if (!process.waitForFinished(60000)) {
+        process.kill();
+        process.waitForFinished();
+        return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
+    }
     const bool ended =
         process.state() == QProcess::NotRunning && process.exitStatus() == QProcess::NormalExit;
     return {ended ? process.exitCode() : -1, process.readAllStandardOutput(), process.readAllStandardError()};

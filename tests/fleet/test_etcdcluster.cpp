@@ -78,6 +78,7 @@ const std::string kOther = "/corvel/v1/london/servers/lon-2/";
 } // namespace
 
 Q_DECLARE_METATYPE(fleet::Outcome)
+Q_DECLARE_METATYPE(std::string)
 
 class TestEtcdCluster : public QObject {
     Q_OBJECT
@@ -88,7 +89,7 @@ private slots:
         QVERIFY2(m_plant.start() && m_plant.addServer("lon-1") && m_plant.addServer("lon-2") &&
                      m_plant.addDesk("desk-1", {QStringLiteral("lon-1")}) &&
                      m_plant.addCertificate("stranger"),
-                 m_plant.error());
+                 m_plant.error().constData());
     }
 
     void whatIsPutIsRead();
@@ -127,12 +128,12 @@ private:
                        pem(name + QStringLiteral(".key"))};
         return options;
     }
-    std::unique_ptr<fleet::Cluster> as(const QString &name) const
+    std::unique_ptr<fleet::EtcdCluster> as(const QString &name) const
     {
         return fleet::etcdCluster(options(name));
     }
-    std::unique_ptr<fleet::Cluster> server() const { return as(QStringLiteral("lon-1")); }
-    std::unique_ptr<fleet::Cluster> root() const { return as(QStringLiteral("root")); }
+    std::unique_ptr<fleet::EtcdCluster> server() const { return as(QStringLiteral("lon-1")); }
+    std::unique_ptr<fleet::EtcdCluster> root() const { return as(QStringLiteral("root")); }
 
     Plant m_plant;
 };
@@ -204,6 +205,10 @@ void TestEtcdCluster::aRangeOfManyPagesIsOneMoment()
     QCOMPARE(range.entries.size(), kKeys);
     QCOMPARE(range.entries.front().key, kOwn + "many/1000");
     QCOMPARE(range.entries.back().key, kOwn + "many/1599");
+    std::vector<std::string> keys;
+    QCOMPARE(cluster->keys(kOwn + "many/", &keys), fleet::Outcome::Done);
+    QCOMPARE(keys.size(), kKeys);
+    QCOMPARE(keys.back(), kOwn + "many/1599");
 }
 
 void TestEtcdCluster::aPrefixEndsWhereItsNextBegins_data()

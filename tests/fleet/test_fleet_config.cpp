@@ -88,7 +88,9 @@ void TestFleetConfig::aBadFileIsToldWithItsLine_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QByteArray>("told");
-    const auto with = [](const char *from, const char *to) { return QByteArray(kServer).replace(from, to); };
+    const auto with = [](const QByteArray &from, const QByteArray &to) {
+        return QByteArray(kServer).replace(from, to);
+    };
     QTest::newRow("a word for a line") << with("site = london", "site london")
                                        << QByteArray("f:3: neither [section], nor key = value, nor # remark");
     QTest::newRow("an unknown key")
