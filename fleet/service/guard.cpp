@@ -77,10 +77,11 @@ ops::Outcome<ops::Done> mayBeDesk()
         return ops::refused(QByteArray("an engine's NMOS service runs here") + kRemedy);
     const std::optional<KeptAs> kept = keptAs(inUse);
     if (kept && !kept->desk)
-        return ops::refused("the configuration \"" + inUse + "\" was shared as the server " + kept->server + kRemedy);
-    if (!kept && ops::hasConfiguration(inUse) && tellsChannels(inUse))
-        return ops::refused("the configuration \"" + inUse + "\" is an engine's: it has the number of its channels" +
+        return ops::refused("the configuration \"" + inUse + "\" was shared as the server " + kept->server +
                             kRemedy);
+    if (!kept && ops::hasConfiguration(inUse) && tellsChannels(inUse))
+        return ops::refused("the configuration \"" + inUse +
+                            "\" is an engine's: it has the number of its channels" + kRemedy);
     return ops::Done();
 }
 

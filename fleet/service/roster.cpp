@@ -3,6 +3,7 @@
 
 #include "fleet/service/marks.h"
 #include "ops/configurations.h"
+#include "ops/jsontext.h"
 
 #include <QList>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Which configurations of this machine are kept equal with which places of the cluster. A server keeps the one
-// that is in use and those that its file names. A desk keeps one for each configuration of each server that it
-// follows. Used from one thread; a desk's blocks for calls of the cluster.
+// Which configurations of this machine are kept equal with which places of the cluster. A server keeps the
+// one that is in use and those that its file names. A desk keeps one for each configuration of each server
+// that it follows. Used from one thread; a desk's blocks for calls of the cluster.
 #ifndef CORVEL_FLEET_SERVICE_ROSTER_H
 #define CORVEL_FLEET_SERVICE_ROSTER_H
 
