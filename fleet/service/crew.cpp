@@ -119,14 +119,18 @@ void Crew::lookAtRoster()
 {
     if (steadyMs() < m_rosterMs)
         return;
-    const bool desk = m_config.role == Role::Desk;
-    if (!desk)
-        assign(serverAssignments(m_config));
-    else if (m_desk.look(m_gate))
-        assign(m_desk.assignments());
     m_rosterMs = steadyMs() + kRosterMs + QRandomGenerator::global()->bounded(static_cast<int>(kRosterMs));
-    if (desk && m_assignments.empty())
-        m_rosterMs = steadyMs() + 1000;
+    if (m_config.role == Role::Server)
+        return assign(serverAssignments(m_config));
+    const bool found = m_desk.look(m_gate);
+    if (found)
+        assign(m_desk.assignments());
+    if (m_assignments.empty()) // nobody yet: soon again
+        m_rosterMs = steadyMs() + kFirstRosterMs;
+    if (found != m_looked)
+        say(found ? QByteArray("looking for servers")
+                  : "the cluster is away: " + QByteArray::fromStdString(m_gate.reason()));
+    m_looked = found;
 }
 
 // What is no longer wanted goes first: another server may get its name.
@@ -210,15 +214,8 @@ void Crew::report()
     status.site = m_config.site;
     status.name = m_config.name;
     status.pid = getpid();
-    bool connected = false;
-    for (const auto &post : m_posts) {
+    for (const auto &post : m_posts)
         status.configurations.push_back(post.second->status());
-        connected = connected || status.configurations.back().status.connected;
-    }
-    if (connected != m_connected)
-        say(connected ? QByteArray("the cluster is there")
-                      : "the cluster is away: " + QByteArray::fromStdString(m_gate.reason()));
-    m_connected = connected;
     m_news(status);
 }
 

@@ -25,6 +25,8 @@ public:
     static constexpr qint64 kAliveMs = 3000;
     static constexpr qint64 kRosterMs = 15000; // a desk looks for servers; with as much chance again
 
+    static constexpr qint64 kFirstRosterMs = 1000;
+
     using News = std::function<void(const FleetStatus &)>;
 
     Crew(Config config, const EtcdOptions &options, News news);
@@ -61,7 +63,7 @@ private:
     qint64 m_startedMs = 0;
     qint64 m_rosterMs = 0;
     qint64 m_aliveMs = 0;
-    bool m_connected = false;
+    bool m_looked = true;
 
     std::mutex m_mutex;
     std::condition_variable m_woken;
