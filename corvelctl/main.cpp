@@ -42,6 +42,7 @@ void addFamilies(CLI::App &app, Context &context)
     addClockCommands(app, context);
     addSdpCommands(app, context);
     addCheckCommands(app, context);
+    addFleetCommand(app, context);
 }
 
 QByteArrayList commandNames(const CLI::App &app)

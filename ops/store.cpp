@@ -47,7 +47,7 @@ bool isThere(void *handle, const Change &change)
     return size == static_cast<uint32_t>(now.size()) && now.startsWith(change.after->text);
 }
 
-bool write(void *handle, const Change &change)
+bool writeOne(void *handle, const Change &change)
 {
     const char *path = change.path.constData();
     const char *name = change.name.constData();
@@ -112,28 +112,46 @@ Outcome<Done> Store::save()
     return Done();
 }
 
-Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
+Outcome<Done> Store::write(const Change &change)
+{
+    if (!writeOne(m_handle, change))
+        return notWritten(change);
+    return Done();
+}
+
+Outcome<Done> Store::together(const QByteArray &label, const std::function<Outcome<Done>()> &body)
 {
     const StoreCalls &calls = storeCalls();
-    if (changes.empty())
-        return Done();
-    if (calls.label && !label.isEmpty())
-        calls.label(m_handle, label.constData());
-    // A library without transactions can still take a single value safely.
-    if (!calls.begin && changes.size() == 1)
-        return write(m_handle, changes.front()) ? save() : notWritten(changes.front());
     if (!calls.begin)
         return refused("this configuration library cannot store several values as one; nothing was changed");
+    if (calls.label && !label.isEmpty())
+        calls.label(m_handle, label.constData());
     if (calls.begin(m_handle) != 0)
         return refused("the store is busy or cannot be written; nothing was changed");
-    for (const Change &change : changes) {
-        if (!write(m_handle, change)) {
-            calls.end(m_handle, 0);
-            return notWritten(change);
-        }
+    if (Outcome<Done> done = body(); !done) {
+        calls.end(m_handle, 0);
+        return done;
     }
     if (calls.end(m_handle, 1) != 0)
         return refused("the store did not take the change; nothing was changed");
+    return Done();
+}
+
+Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
+{
+    if (changes.empty())
+        return Done();
+    const auto writeAll = [&]() -> Outcome<Done> {
+        for (const Change &change : changes) {
+            if (Outcome<Done> done = write(change); !done)
+                return done;
+        }
+        return Done();
+    };
+    // A library without transactions can still take a single value safely.
+    const bool alone = !storeCalls().begin && changes.size() == 1;
+    if (Outcome<Done> done = alone ? writeAll() : together(label, writeAll); !done)
+        return done;
     return save();
 }
 

@@ -8,6 +8,8 @@
 #include "ops/outcome.h"
 #include "ops/snapshot.h"
 
+#include <functional>
+
 namespace ops {
 
 class Store {
@@ -31,6 +33,11 @@ public:
     // looked at. The batch gets the label (UTF-8, at most 200 bytes, empty: none). An empty list does
     // nothing.
     Outcome<Done> apply(const Changes &changes, const QByteArray &label);
+
+    // All that body writes is one transaction and one batch of the history, or nothing when it fails.
+    Outcome<Done> together(const QByteArray &label, const std::function<Outcome<Done>()> &body);
+    // One change, for a body.
+    Outcome<Done> write(const Change &change);
 
     // What was written so far survives a power cut.
     Outcome<Done> save();

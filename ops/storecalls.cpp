@@ -25,6 +25,8 @@ StoreCalls lookAll()
     look(calls.label, "rkCFGLabel");
     look(calls.history, "rkCFGHistory");
     look(calls.takeBack, "rkCFGTakeBack");
+    look(calls.setNote, "rkCFGSetNote");
+    look(calls.forEachNote, "rkCFGForEachNote");
     look(calls.deleteConfiguration, "rkCFGDelete");
     look(calls.renameConfiguration, "rkCFGRename");
     return calls;

@@ -15,6 +15,8 @@ using RowVisitor = int (*)(void *context, const char *keyPath, const char *value
                            uint32_t size, uint32_t number);
 using ChangeVisitor = int (*)(void *context, const StoreRecord *change);
 
+using NoteVisitor = int (*)(void *context, const char *key, const void *data, uint32_t size);
+
 struct StoreCalls {
     int (*forEach)(void *handle, const char *keyPath, RowVisitor visitor, void *context);
     void *(*open)(const char *utf8Name, int create);
@@ -26,6 +28,8 @@ struct StoreCalls {
     int (*history)(void *handle, int64_t after, ChangeVisitor visitor, void *context);
     int (*takeBack)(void *handle, int64_t batch, int force, int dryRun, ChangeVisitor conflict, void *context,
                     int64_t *newBatch);
+    int (*setNote)(void *handle, const char *owner, const char *key, const void *data, uint32_t size);
+    int (*forEachNote)(void *handle, const char *owner, NoteVisitor visitor, void *context);
     int (*deleteConfiguration)(const char *utf8Name);
     int (*renameConfiguration)(const char *utf8Name, const char *newUtf8Name);
 };

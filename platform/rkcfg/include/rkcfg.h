@@ -230,7 +230,35 @@ RKCFG_API int rkCFGHistory(void *handle, int64_t after, RKCFG_CHANGE_VISITOR vis
 RKCFG_API int rkCFGTakeBack(void *handle, int64_t batch, int force, int dryRun, RKCFG_CHANGE_VISITOR conflict,
                             void *context, int64_t *newBatch);
 
-/* Version of this interface, "2.0". */
+/* -- notes --------------------------------------------------------------------------------------------- */
+
+/*
+ * What a program keeps for itself in a configuration, beside the values and in the same transactions:
+ * bytes without any meaning here, under a key of an owner. Owners do not see each other's notes by
+ * accident: each takes its program's name. Notes are no values: rkCFGForEach does not visit them and
+ * they leave no history. Good copies, renaming and repairs carry them along. owner is 1 to 64 bytes of
+ * UTF-8, key 1 to 1024, data at most 1 MiB; both compare byte by byte.
+ */
+
+/*
+ * Stores a note, replaces it, or removes it when data is null or size is 0. Inside rkCFGBegin and
+ * rkCFGEnd it is part of that transaction. Returns 0 when done, also when there was nothing to remove.
+ */
+RKCFG_API int rkCFGSetNote(void *handle, const char *owner, const char *key, const void *data, uint32_t size);
+
+/*
+ * Reads a note: *size is the buffer's size in bytes, and the note's on return; at most the buffer's are
+ * copied. A null buffer or a size of 0 only asks for the size. Returns 0 when there is one.
+ */
+RKCFG_API int rkCFGNote(void *handle, const char *owner, const char *key, void *buffer, uint32_t *size);
+
+/* Non-zero ends the walk. It may use the store. The pointers are valid for the call only. */
+typedef int (*RKCFG_NOTE_VISITOR)(void *context, const char *key, const void *data, uint32_t size);
+
+/* Walks an owner's notes in order of their keys. Sees one moment. Returns 0, or non-zero when unreadable. */
+RKCFG_API int rkCFGForEachNote(void *handle, const char *owner, RKCFG_NOTE_VISITOR visitor, void *context);
+
+/* Version of this interface, "2.1". */
 RKCFG_API const char *rkCFGVersion(void);
 
 #ifdef __cplusplus

@@ -19,9 +19,18 @@ constexpr int64_t newestVersion = schemaVersion + 8;
 constexpr off_t writeVersionOffset = 18;
 constexpr unsigned char newestWriteVersion = 2;
 
-constexpr const char *historyShapeSql =
-    "SELECT h.id, h.batch, h.time, h.pid, h.path, h.name, h.old_value, h.new_value, h.label, h.undoes,"
-    " w.program, w.user FROM history AS h JOIN writer AS w ON w.id = h.writer";
+// Of what lies beside the settings: whether it is there, and what its columns have to be.
+struct Shape {
+    const char *count;
+    const char *columns;
+};
+
+constexpr Shape shapes[] = {
+    {"SELECT count(*) FROM sqlite_schema WHERE name IN ('history', 'writer')",
+     "SELECT h.id, h.batch, h.time, h.pid, h.path, h.name, h.old_value, h.new_value, h.label, h.undoes,"
+     " w.program, w.user FROM history AS h JOIN writer AS w ON w.id = h.writer"},
+    {"SELECT count(*) FROM sqlite_schema WHERE name = 'note'", "SELECT id, owner, key, data FROM note"},
+};
 
 // A number there that SQLite does not know makes it refuse to write, as if the disk did.
 bool writeVersionUnknown(const std::string &path)
@@ -61,15 +70,15 @@ Result Connection::checked(const char *sql)
 Result Connection::checkAround()
 {
     Result result = checked("PRAGMA quick_check(1)");
-    int64_t tables = 0;
-    Statement shape;
-    int code = result.ok()
-                   ? number("SELECT count(*) FROM sqlite_schema WHERE name IN ('history', 'writer')", tables)
-                   : SQLITE_OK;
-    if (code == SQLITE_OK && tables > 0)
-        code = shape.prepare(m_db, historyShapeSql);
-    if (code == SQLITE_ERROR)
-        result = {SQLITE_CORRUPT, message(code)};
+    for (const Shape &shape : shapes) {
+        int64_t tables = 0;
+        Statement columns;
+        int code = result.ok() ? number(shape.count, tables) : SQLITE_OK;
+        if (code == SQLITE_OK && tables > 0)
+            code = columns.prepare(m_db, shape.columns);
+        if (code == SQLITE_ERROR)
+            result = {SQLITE_CORRUPT, message(code)};
+    }
     result.partly = result.damage();
     return result;
 }

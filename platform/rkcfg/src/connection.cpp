@@ -228,6 +228,7 @@ Result Connection::prepareAll()
             code = statement->prepare(m_db, sql);
     }
     m_history.attach(m_db);
+    m_notes.attach(m_db);
     // A table of ours without our columns: the file's content is at fault.
     return outcome(primary(code) == SQLITE_ERROR ? SQLITE_CORRUPT : code);
 }

@@ -8,6 +8,7 @@
 
 #include "files.h"
 #include "history.h"
+#include "notes.h"
 
 #include <memory>
 
@@ -68,6 +69,7 @@ public:
     bool inTransaction() const { return sqlite3_get_autocommit(m_db) == 0; }
 
     History &history() { return m_history; }
+    Notes &notes() { return m_notes; }
     // Another number whenever another process has changed the database since this connection's last look.
     int dataVersion(int64_t &version);
 
@@ -111,6 +113,7 @@ private:
     sqlite3 *m_db = nullptr;
     bool m_readOnly = false;
     History m_history;
+    Notes m_notes;
     Statement m_select;
     Statement m_upsert;
     Statement m_delete;

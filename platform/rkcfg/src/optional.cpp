@@ -199,5 +199,5 @@ extern "C" int rkCFGTakeBack(void *handle, int64_t batch, int force, int dryRun,
 
 extern "C" const char *rkCFGVersion(void)
 {
-    return "2.0";
+    return "2.1";
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "salvage.h"
 
+#include "notes.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -76,6 +78,12 @@ void copyHistory(sqlite3 *db)
         misses = copyBlock(db, first) ? 0 : misses + 1;
 }
 
+void copyAround(sqlite3 *db)
+{
+    copyHistory(db);
+    copyNotes(db);
+}
+
 } // namespace
 
 Result salvage(const std::string &path, const std::string &fresh, const Manner &manner)
@@ -87,7 +95,7 @@ Result salvage(const std::string &path, const std::string &fresh, const Manner &
     Result result;
     const std::unique_ptr<Connection> target = Connection::open(fresh, {manner.journal, true}, result);
     if (target)
-        result = target->takeOver(path, copyHistory);
+        result = target->takeOver(path, copyAround);
     return result;
 }
 

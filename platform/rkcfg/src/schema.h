@@ -51,6 +51,17 @@ CREATE TABLE IF NOT EXISTS history (
 );
 )";
 
+// What programs note down beside the settings. Made with the first note.
+constexpr const char *notesSql = R"(
+CREATE TABLE IF NOT EXISTS note (
+    id    INTEGER PRIMARY KEY,
+    owner TEXT NOT NULL,
+    key   TEXT NOT NULL,
+    data  BLOB NOT NULL,
+    UNIQUE (owner, key)
+);
+)";
+
 // Where a configuration's own bounds of the history are kept.
 constexpr const char *boundsPath = "rkcfg\\History";
 

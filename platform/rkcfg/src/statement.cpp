@@ -24,6 +24,12 @@ void Statement::bind(int column, std::string_view text)
     m_failure = m_failure == SQLITE_OK ? code : m_failure;
 }
 
+void Statement::bindBytes(int column, std::string_view bytes)
+{
+    const int code = sqlite3_bind_blob64(m_statement, column, bytes.data(), bytes.size(), SQLITE_STATIC);
+    m_failure = m_failure == SQLITE_OK ? code : m_failure;
+}
+
 void Statement::bind(int column, int64_t number)
 {
     const int code = sqlite3_bind_int64(m_statement, column, number);

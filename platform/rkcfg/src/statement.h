@@ -27,6 +27,7 @@ public:
     void bind(int column, std::string_view text);
     void bind(int column, const char *text) { bind(column, std::string_view(text)); }
     void bind(int column, int64_t number);
+    void bindBytes(int column, std::string_view bytes);
     // A text, a number, or null for an absent value.
     void bind(int column, const Value &value);
 

@@ -56,19 +56,25 @@ bool Store::read(const Key &key, const Reader &reader)
 bool Store::write(const Key &key, const Value &value)
 {
     bool changed = false;
-    // The disk may take writes again by now.
-    if (m_connection && m_connection->readOnly())
-        m_connection.reset();
-    const int code = run("writing", [&](Connection &connection) {
+    runWriting([&](Connection &connection) {
         int result = SQLITE_OK;
         // Inside a transaction looking first would save nothing.
         if (!m_transaction && (holds(connection, key, value, result) || result != SQLITE_OK))
             return result;
         return writeChanged([&](Connection &sound) { return sound.change(key, value, m_batch, changed); });
     });
+    return changed;
+}
+
+int Store::runWriting(const Operation &operation)
+{
+    // The disk may take writes again by now.
+    if (m_connection && m_connection->readOnly())
+        m_connection.reset();
+    const int code = run("writing", operation);
     m_lostWrite = m_lostWrite || code != SQLITE_OK;
     m_poisoned = m_poisoned || code != SQLITE_OK;
-    return changed;
+    return code;
 }
 
 bool Store::holds(Connection &connection, const Key &key, const Value &value, int &code)

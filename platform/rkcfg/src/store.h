@@ -47,6 +47,9 @@ public:
     int begin();
     int end(bool keep);
     int label(const std::string &text);
+    int setNote(const NoteKey &note, std::string_view data);
+    int readNote(const NoteKey &note, const NoteReader &reader);
+    int listNotes(const char *owner, std::vector<KeptNote> &notes);
     int history(Walk &walk, std::vector<Change> &changes);
     int takeBack(const TakeBackOrder &order, TakeBackResult &result);
     // 0 unchanged, 1 changed by somebody else, -1 cannot be told.
@@ -64,6 +67,7 @@ private:
     int ready();
     void dropAfter(int code);
     int reopen(const std::string &name, Result &result);
+    int runWriting(const Operation &operation);
     int writeChanged(const Operation &operation);
     bool holds(Connection &connection, const Key &key, const Value &value, int &code);
     const std::string &wantedName();

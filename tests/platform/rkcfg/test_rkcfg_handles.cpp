@@ -300,7 +300,7 @@ void TestRkcfgHandles::damagedIsNotRenamed()
 
 void TestRkcfgHandles::versionIsTold()
 {
-    QCOMPARE(rkCFGVersion(), "2.0");
+    QCOMPARE(rkCFGVersion(), "2.1");
 }
 
 QTEST_GUILESS_MAIN(TestRkcfgHandles)

@@ -3,6 +3,7 @@
 //   get P N | set P N T | getn P N | setn P N V | save | close | default [NAME] | unprivileged
 //   begin | end KEEP
 // With the argument "transactions" it writes a growing number under 200 names at a time.
+// With the argument "notes" it writes a growing number as a value and as two notes at a time.
 // With the argument "count" it writes a growing number as fast as it can and prints each one as soon
 // as the write has returned, until it is killed.
 #include "rkcfg.h"
@@ -114,6 +115,27 @@ std::string unprivileged(const Words &)
     }
 }
 
+void note(const char *key, const std::string &text)
+{
+    rkCFGSetNote(store, "worker", key, text.data(), static_cast<uint32_t>(text.size()));
+}
+
+[[noreturn]] void notes()
+{
+    uint32_t n = 0;
+    rkCFGValueDword(store, "Noted", "n", &n, 0);
+    for (;;) {
+        ++n;
+        rkCFGBegin(store);
+        note("n", std::to_string(n));
+        rkCFGValueDword(store, "Noted", "n", &n, 1);
+        note("m", std::to_string(n));
+        rkCFGEnd(store, 1);
+        puts("done");
+        fflush(stdout);
+    }
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -122,6 +144,8 @@ int main(int argc, char **argv)
         count();
     if (argc > 1 && std::string(argv[1]) == "transactions")
         transactions();
+    if (argc > 1 && std::string(argv[1]) == "notes")
+        notes();
     static const std::map<std::string, std::pair<size_t, std::string (*)(const Words &)>> commands = {
         {"get", {3, get}},
         {"set", {4, set}},

@@ -1,0 +1,300 @@
+// SPDX-License-Identifier: MIT
+#include "fleet/board.h"
+
+#include "fleet/keypath.h"
+
+namespace fleet {
+
+namespace {
+
+State stateOf(const std::optional<Document> &document)
+{
+    return document ? &*document : nullptr;
+}
+
+// The very document, not just an equal state.
+bool identical(const Document &left, const Document &right)
+{
+    return sameState(left, right) && left.by.who == right.by.who && left.by.user == right.by.user &&
+           left.by.program == right.by.program && left.by.pid == right.by.pid && left.atMs == right.atMs;
+}
+
+// Ours has arrived: everything since then was built on it.
+bool hasLanded(const Item &item)
+{
+    return item.flight && (item.flightLanded || (item.remote && identical(*item.flight, *item.remote)));
+}
+
+const std::optional<Document> &agreed(const Item &item)
+{
+    return hasLanded(item) ? item.flight : item.base;
+}
+
+// With room for the longest author.
+QByteArray whyNotShared(const Document &document)
+{
+    Document longest = document;
+    longest.by.who = longest.by.user = longest.by.program = QByteArray(kMaxWordBytes, 'x');
+    const ops::Outcome<std::string> text = writeDocument(longest);
+    return text ? QByteArray() : text.failure().text;
+}
+
+QByteArray joined(const std::set<QByteArray> &names)
+{
+    QByteArray text;
+    for (const QByteArray &name : names)
+        text += (text.isEmpty() ? "from " : ", ") + name;
+    return text;
+}
+
+} // namespace
+
+Board::Board(Role role, std::string prefix, QByteArray who, const Rules &rules)
+    : m_role(role), m_prefix(std::move(prefix)), m_who(std::move(who)), m_rules(rules)
+{
+}
+
+Item &Board::item(const std::string &key)
+{
+    m_dirty.insert(key);
+    return m_items[key];
+}
+
+// ------------------------------------------------------------------------------------------- what is heard
+
+void Board::recall(const Memory &memory)
+{
+    for (const auto &[key, document] : memory.bases)
+        item(key).base = document;
+    for (const auto &[key, document] : memory.flights)
+        item(key).flight = document;
+}
+
+void Board::setLocal(const Documents &documents)
+{
+    for (auto &[key, known] : m_items) {
+        if (known.local && documents.count(key) == 0)
+            item(key).local.reset();
+    }
+    for (const auto &[key, document] : documents) {
+        const auto known = m_items.find(key);
+        if (known != m_items.end() && known->second.local && sameState(*known->second.local, document))
+            continue;
+        Item &changed = item(key);
+        changed.local = document;
+        changed.unshared = whyNotShared(document);
+        if (!changed.unshared.isEmpty())
+            tell(document.path + " is not shared: " + changed.unshared);
+    }
+}
+
+void Board::tell(const QByteArray &line) const
+{
+    if (m_tell)
+        m_tell(line);
+}
+
+void Board::setRemote(const Range &range, bool restored)
+{
+    m_restored = m_restored || restored;
+    std::map<std::string, const Entry *> entries;
+    for (const Entry &entry : range.entries) {
+        if (entry.key.compare(0, m_prefix.size(), m_prefix) == 0)
+            entries[entry.key.substr(m_prefix.size())] = &entry;
+    }
+    for (const auto &[key, entry] : entries)
+        item(key);
+    for (auto &[key, known] : m_items) {
+        const auto entry = entries.find(key);
+        setRemoteState(key, known, entry != entries.end() ? entry->second : nullptr);
+        known.seen = range.revision;
+        m_dirty.insert(key);
+    }
+}
+
+// An event from before the last range read is old news.
+void Board::takeEvent(const Entry &entry)
+{
+    if (entry.key.compare(0, m_prefix.size(), m_prefix) != 0)
+        return;
+    const std::string key = entry.key.substr(m_prefix.size());
+    const auto known = m_items.find(key);
+    if (known != m_items.end() && entry.modRevision <= known->second.seen)
+        return;
+    Item &changed = item(key);
+    setRemoteState(key, changed, entry.deleted ? nullptr : &entry);
+    changed.seen = entry.modRevision;
+}
+
+// A document that is not to be trusted stays where it is: neither taken nor written over.
+void Board::setRemoteState(const std::string &key, Item &item, const Entry *entry)
+{
+    const bool news = entry && (m_restored || entry->modRevision != item.expected);
+    item.expected = entry ? entry->modRevision : Put::kAbsent;
+    if (!entry) {
+        item.remote.reset();
+        item.foreign.clear();
+    }
+    if (!news)
+        return;
+    const ops::Outcome<Document> document = readDocument(entry->value);
+    item.foreign = document ? QByteArray() : document.failure().text;
+    if (document && keyOfPath(document->path) != key)
+        item.foreign = "its path belongs to another key";
+    if (item.foreign.isEmpty())
+        item.remote = *document;
+    else
+        tell(QByteArray::fromStdString(entry->key) + " is refused: " + item.foreign);
+}
+
+void Board::flightsLanded()
+{
+    for (auto &[key, known] : m_items) {
+        known.flightLanded = known.flight.has_value();
+        m_dirty.insert(key);
+    }
+}
+
+void Board::pushed(const std::string &key, const Document &document, std::int64_t revision)
+{
+    Item &known = item(key);
+    known.remote = document;
+    known.expected = known.seen = revision;
+}
+
+// ----------------------------------------------------------------------------------------- what follows
+
+Action Board::actionOf(const Item &item) const
+{
+    if (!item.foreign.isEmpty() || !item.unshared.isEmpty())
+        return Action::Nothing;
+    return merge(m_role, stateOf(item.local), stateOf(agreed(item)), stateOf(item.remote), m_restored,
+                 m_rules);
+}
+
+Transaction Board::localPart(const std::function<void(Document *)> &sign)
+{
+    Transaction transaction;
+    std::set<QByteArray> authors;
+    for (const std::string &key : m_dirty) {
+        const Item &known = m_items[key];
+        Step step;
+        step.key = key;
+        step.landed = hasLanded(known);
+        if (step.landed)
+            step.base = known.flight;
+        takeRemote(known, actionOf(known), sign, &step);
+        if (step.values)
+            authors.insert(step.values->by.who);
+        if (step.base)
+            transaction.steps.push_back(std::move(step));
+    }
+    m_dirty.clear();
+    transaction.label = joined(authors);
+    return transaction;
+}
+
+void Board::takeRemote(const Item &item, Action action, const std::function<void(Document *)> &sign,
+                       Step *step) const
+{
+    if (action == Action::Nothing || action == Action::Push)
+        return;
+    step->base = item.remote;
+    step->compare = action != Action::Note;
+    step->expected = item.local;
+    if (action == Action::Apply || action == Action::Yield)
+        step->values = item.remote;
+    if (action != Action::Overrule && action != Action::Yield)
+        return;
+    Document own = pushedState(item);
+    sign(&own);
+    step->conflict = action == Action::Yield ? Conflict{own, item.remote->by, item.remote->atMs}
+                                             : Conflict{*item.remote, own.by, own.atMs};
+}
+
+// What the store has, as a document: a path that has no values any more was deleted.
+Document Board::pushedState(const Item &item) const
+{
+    Document document;
+    if (item.local)
+        document = *item.local;
+    else if (agreed(item))
+        document.path = agreed(item)->path;
+    else if (item.remote)
+        document.path = item.remote->path;
+    document.by.who = m_who;
+    return document;
+}
+
+void Board::applied(const Transaction &transaction)
+{
+    for (const Step &step : transaction.steps) {
+        Item &known = item(step.key);
+        if (step.values && step.values->deleted())
+            known.local.reset();
+        else if (step.values)
+            known.local = step.values;
+        if (step.base)
+            known.base = step.base;
+        if (step.landed || step.flight)
+            known.flight = step.flight;
+        known.flightLanded = false;
+    }
+}
+
+void Board::notApplied(const Transaction &transaction)
+{
+    for (const Step &step : transaction.steps)
+        m_dirty.insert(step.key);
+}
+
+std::vector<Step> Board::flightSteps(const Documents &documents) const
+{
+    std::vector<Step> steps;
+    for (const auto &[key, item] : m_items) {
+        const auto flying = documents.find(key);
+        if (!item.flight && flying == documents.end())
+            continue;
+        Step step;
+        step.key = key;
+        step.landed = flying == documents.end();
+        if (!step.landed)
+            step.flight = flying->second;
+        steps.push_back(std::move(step));
+    }
+    return steps;
+}
+
+Documents Board::pushes(std::size_t most) const
+{
+    Documents documents;
+    for (const auto &[key, item] : m_items) {
+        if (documents.size() < most && item.unshared.isEmpty() && actionOf(item) == Action::Push)
+            documents[key] = pushedState(item);
+    }
+    return documents;
+}
+
+std::int64_t Board::expectedRevision(const std::string &key) const
+{
+    const auto known = m_items.find(key);
+    return known != m_items.end() ? known->second.expected : Put::kAbsent;
+}
+
+int Board::waiting() const
+{
+    int count = 0;
+    for (const auto &[key, item] : m_items)
+        count += !sameContent(stateOf(item.local), stateOf(item.remote)) && item.foreign.isEmpty();
+    return count;
+}
+
+int Board::refused() const
+{
+    int count = 0;
+    for (const auto &[key, item] : m_items)
+        count += !item.foreign.isEmpty() || !item.unshared.isEmpty();
+    return count;
+}
+
+} // namespace fleet

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+//
+// What a keeper knows of each path: the store's state, the agreed one, the cluster's; and what follows from
+// them. Decides, but does nothing itself. Not for more than one thread.
+#ifndef CORVEL_FLEET_BOARD_H
+#define CORVEL_FLEET_BOARD_H
+
+#include "fleet/cluster.h"
+#include "fleet/merge.h"
+#include "fleet/replica.h"
+
+#include <functional>
+#include <set>
+
+namespace fleet {
+
+struct Item {
+    std::optional<Document> local;
+    std::optional<Document> base;
+    std::optional<Document> flight;
+    std::optional<Document> remote;
+    std::int64_t expected = 0; // the revision that a push has to find
+    std::int64_t seen = 0;     // the newest revision that was heard of
+    bool flightLanded = false; // the flight is known to have arrived
+    QByteArray foreign;        // why the cluster's document is not taken
+    QByteArray unshared;       // why the store's is not
+};
+
+class Board {
+public:
+    Board(Role role, std::string prefix, QByteArray who, const Rules &rules);
+
+    // Called with one line for people when a document is refused.
+    void onRefusal(std::function<void(const QByteArray &line)> tell) { m_tell = std::move(tell); }
+
+    void recall(const Memory &memory);
+    void setLocal(const Documents &documents);
+    void setRemote(const Range &range, bool restored);
+    void takeEvent(const Entry &entry);
+    // The last push has arrived.
+    void flightsLanded();
+
+    // What has to change in the store: nothing when there are no steps. sign fills in who left a path as it
+    // is here.
+    Transaction localPart(const std::function<void(Document *)> &sign);
+    // Takes over what was applied, or keeps in mind what was not.
+    void applied(const Transaction &transaction);
+    void notApplied(const Transaction &transaction);
+    // The documents to be pushed, unsigned, at most so many.
+    Documents pushes(std::size_t most) const;
+    // Steps that note these as being on their way, and forget all earlier ones.
+    std::vector<Step> flightSteps(const Documents &documents) const;
+    void pushed(const std::string &key, const Document &document, std::int64_t revision);
+
+    std::int64_t expectedRevision(const std::string &key) const;
+    // The cluster's memory loss is dealt with.
+    void setRestored(bool restored) { m_restored = restored; }
+    bool restored() const { return m_restored; }
+    bool dirty() const { return !m_dirty.empty(); }
+    int waiting() const; // paths that the cluster does not have yet as the store has them
+    int refused() const;
+    const std::map<std::string, Item> &items() const { return m_items; }
+
+private:
+    Item &item(const std::string &key);
+    void tell(const QByteArray &line) const;
+    void setRemoteState(const std::string &key, Item &item, const Entry *entry);
+    Action actionOf(const Item &item) const;
+    void takeRemote(const Item &item, Action action, const std::function<void(Document *)> &sign,
+                    Step *step) const;
+    Document pushedState(const Item &item) const;
+
+    const Role m_role;
+    const std::string m_prefix;
+    const QByteArray m_who;
+    const Rules &m_rules;
+    bool m_restored = false;
+    std::map<std::string, Item> m_items;
+    std::set<std::string> m_dirty; // paths to be looked at
+    std::function<void(const QByteArray &)> m_tell;
+};
+
+} // namespace fleet
+
+#endif

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: MIT
+#include "fleet/storenotes.h"
+
+#include "fleet/documentjson.h"
+#include "ops/storecalls.h"
+
+namespace fleet {
+
+namespace {
+
+constexpr const char *kOwner = "corvel-fleet";
+constexpr const char *kMark = "mark";
+constexpr const char *kBase = "base/";
+constexpr const char *kFlight = "flight/";
+constexpr const char *kConflict = "conflict/";
+constexpr const char *kOverruled = "overruled/";
+
+// The rest of a key that begins so.
+std::optional<std::string> behind(const std::string &key, const std::string &prefix)
+{
+    if (key.compare(0, prefix.size(), prefix) != 0)
+        return std::nullopt;
+    return key.substr(prefix.size());
+}
+
+std::string markText(const Mark &mark)
+{
+    const ops::Json json = {{"place", mark.place},
+                            {"cluster", mark.cluster},
+                            {"revision", mark.revision},
+                            {"pushes", mark.pushes},
+                            {"receipt", mark.receipt}};
+    return json.dump();
+}
+
+// What cannot be read is as good as nothing: both sides are then compared anew.
+Mark markOf(const std::string &text)
+{
+    const ops::Json json = ops::Json::parse(text, nullptr, false);
+    const auto number = [&](const char *name) {
+        const ops::Json *member = memberOf(json, name);
+        return member && member->is_number_unsigned() ? member->get<std::uint64_t>() : 0;
+    };
+    Mark mark;
+    mark.place = textMember(json, "place").toStdString();
+    mark.cluster = number("cluster");
+    mark.revision = static_cast<std::int64_t>(number("revision"));
+    mark.pushes = number("pushes");
+    mark.receipt = textMember(json, "receipt").toStdString();
+    return mark;
+}
+
+void recallOne(const std::string &key, const std::string &data, Memory *memory)
+{
+    if (key == kMark)
+        memory->mark = markOf(data);
+    for (const auto &[prefix, documents] :
+         {std::pair(kBase, &memory->bases), std::pair(kFlight, &memory->flights)}) {
+        const std::optional<std::string> path = behind(key, prefix);
+        const ops::Outcome<Document> document = path ? readDocument(data) : ops::wrong("");
+        if (path && document)
+            documents->emplace(*path, *document);
+    }
+    const std::optional<std::string> id = behind(key, kConflict);
+    const ops::Outcome<Conflict> conflict = id ? readConflict(data) : ops::wrong("");
+    if (id && conflict)
+        memory->conflicts.emplace(*id, *conflict);
+}
+
+} // namespace
+
+bool StoreNotes::available()
+{
+    return ops::storeCalls().setNote && ops::storeCalls().forEachNote;
+}
+
+bool StoreNotes::set(const std::string &key, const std::string &data) const
+{
+    return ops::storeCalls().setNote(m_handle, kOwner, key.c_str(), data.data(),
+                                     static_cast<uint32_t>(data.size())) == 0;
+}
+
+bool StoreNotes::walk(const Visit &visit) const
+{
+    const auto call = [](void *context, const char *key, const void *data, uint32_t size) {
+        (*static_cast<const Visit *>(context))(key, std::string(static_cast<const char *>(data), size));
+        return 0;
+    };
+    return ops::storeCalls().forEachNote(m_handle, kOwner, call, const_cast<Visit *>(&visit)) == 0;
+}
+
+bool StoreNotes::recall(Memory *memory) const
+{
+    return walk([&](const std::string &key, const std::string &data) { recallOne(key, data, memory); });
+}
+
+bool StoreNotes::rememberMark(const Mark &mark) const
+{
+    return set(kMark, markText(mark));
+}
+
+bool StoreNotes::rememberStep(const Step &step) const
+{
+    bool done = true;
+    const auto setDocument = [&](const char *prefix, const std::optional<Document> &document) {
+        const ops::Outcome<std::string> text = document ? writeDocument(*document) : std::string();
+        done = done && text && set(prefix + step.key, *text);
+    };
+    if (step.base)
+        setDocument(kBase, step.base);
+    if (step.flight || step.landed)
+        setDocument(kFlight, step.flight);
+    if (!step.conflict)
+        return done;
+    const ops::Outcome<std::string> text = writeConflict(*step.conflict);
+    return done && text && set(kConflict + conflictId(*step.conflict), *text);
+}
+
+bool StoreNotes::forgetUploaded(const std::string &id, const QByteArray &who) const
+{
+    std::string text;
+    const bool walked = walk([&](const std::string &key, const std::string &data) {
+        if (key == kConflict + id)
+            text = data;
+    });
+    const ops::Outcome<Conflict> conflict = readConflict(text);
+    const bool own = conflict && conflict->overruled.by.who == who;
+    return walked && (!own || set(kOverruled + id, text)) && set(kConflict + id, {});
+}
+
+bool StoreNotes::overruled(const QByteArray &who, std::vector<Conflict> *conflicts) const
+{
+    return walk([&](const std::string &key, const std::string &data) {
+        if (!behind(key, kConflict) && !behind(key, kOverruled))
+            return;
+        const ops::Outcome<Conflict> conflict = readConflict(data);
+        if (conflict && conflict->overruled.by.who == who)
+            conflicts->push_back(*conflict);
+    });
+}
+
+bool StoreNotes::forgetOverruled() const
+{
+    return forget(kOverruled);
+}
+
+bool StoreNotes::forgetAll() const
+{
+    return forget({});
+}
+
+bool StoreNotes::forget(const std::string &prefix) const
+{
+    bool done = true;
+    const bool walked = walk([&](const std::string &key, const std::string &) {
+        done = done && (!behind(key, prefix) || set(key, {}));
+    });
+    return walked && done;
+}
+
+} // namespace fleet

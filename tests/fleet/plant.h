@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+//
+// A plant on the loopback interface: three real etcd members with certificates and roles, and machines that
+// run the built corvel-fleet on stores of their own. Everything lies in a temporary folder; every process is
+// ended by its own handle.
+#ifndef TESTS_FLEET_PLANT_H
+#define TESTS_FLEET_PLANT_H
+
+#include <QByteArray>
+#include <QMap>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+struct ProgramResult {
+    int code = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+// Runs a program to its end.
+inline ProgramResult
+runProgram(const QString &name, const QStringList &arguments,
+           const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(name, arguments);
+    process.closeWriteChannel();
+    if (!process.waitForFinished(60000)) {
+        process.kill();
+        process.waitForFinished();
+        return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
+    }
+    const bool ended =
+        process.state() == QProcess::NotRunning && process.exitStatus() == QProcess::NormalExit;
+    return {ended ? process.exitCode() : -1, process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+// Waits for something that will happen; the limit only ends a test that hangs.
+template<class Condition>
+bool eventually(const Condition &condition, int limitMs = 30000)
+{
+    return QTest::qWaitFor(condition, limitMs);
+}
+
+class Plant {
+public:
+    static constexpr int kNodes = 3;
+
+    Plant();
+    ~Plant();
+
+    // Certificates, members, users. False when that failed; error() says why.
+    bool start();
+    QByteArray error() const { return m_error; }
+
+    QString folder() const { return m_folder.path(); }
+    QString file(const QString &name) const { return m_folder.filePath(name); }
+    QByteArray endpoint(int node) const;
+    QByteArray endpoints() const;
+
+    bool startNode(int node, const QStringList &flags = {});
+    void killNode(int node); // as kill -9
+    bool healthy() const;
+    int leader() const; // -1: none
+
+    // Certificate, user and role of a machine. Servers: what a desk may write.
+    bool addServer(const QByteArray &name);
+    bool addDesk(const QByteArray &name, const QStringList &servers);
+    // Only a certificate: known to nobody.
+    bool addCertificate(const QByteArray &name);
+
+    ProgramResult setup(const QStringList &arguments) const;
+    // As the cluster's root.
+    ProgramResult etcdctl(const QStringList &arguments) const;
+
+private:
+    QByteArray host(int node) const;
+    QByteArray members() const;
+    bool succeeded(const ProgramResult &result, const char *what);
+
+    QTemporaryDir m_folder;
+    QByteArray m_error;
+    std::unique_ptr<QProcess> m_nodes[kNodes];
+};
+
+#endif
