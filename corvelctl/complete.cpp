@@ -6,6 +6,8 @@
 #include "ops/assignment.h"
 #include "ops/configurations.h"
 
+#include <CLI/CLI.hpp>
+
 #include <arpa/inet.h>
 #include <ifaddrs.h>
 #include <net/if.h>

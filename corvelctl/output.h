@@ -9,6 +9,8 @@
 
 #include <QByteArrayList>
 
+#include <nlohmann/json.hpp>
+
 #include <vector>
 
 using ops::Json;
