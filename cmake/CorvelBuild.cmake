@@ -10,6 +10,10 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_AUTOMOC OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+# ccache keeps nothing of a source with a precompiled header.
+if(CMAKE_CXX_COMPILER_LAUNCHER MATCHES "ccache")
+  set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
+endif()
 
 # bin/corvel and lib/librk*.so below the build folder, found through a relative run path, so that
 # a build tree or an installed tree can be moved and the libraries exchanged.

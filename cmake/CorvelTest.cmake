@@ -6,16 +6,71 @@ function(corvel_test name)
   if(NOT T_SOURCES)
     set(T_SOURCES ${name}.cpp)
   endif()
-  add_executable(${name} ${T_SOURCES})
-  set_target_properties(${name} PROPERTIES AUTOMOC ON
-    RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests/bin")
-  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
+  corvel_test_program(${name} SOURCES ${T_SOURCES} LIBS ${T_LIBS})
+  corvel_test_env(${name} COMMAND $<TARGET_FILE:${name}> TIMEOUT "${T_TIMEOUT}" LABELS ${T_LABELS} ENV ${T_ENV})
+endfunction()
+
+# corvel_test_program(NAME SOURCES files... [LIBS targets...]): the program alone, in tests/bin. Its first source ends with
+# the line that includes NAME.moc. moc is called for it directly: AUTOMOC would take two processes more and an empty
+# source for each of so many programs.
+function(corvel_test_program name)
+  cmake_parse_arguments(T "" "" "SOURCES;LIBS" ${ARGN})
+  list(GET T_SOURCES 0 first)
+  qt5_generate_moc(${first} ${name}.moc TARGET ${name})
+  add_executable(${name} ${T_SOURCES} ${name}.moc)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests/bin")
+  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests" "${CMAKE_CURRENT_BINARY_DIR}")
   target_compile_definitions(${name} PRIVATE
     CORVEL_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data"
     CORVEL_BIN_DIR="${CMAKE_BINARY_DIR}/bin"
     CORVEL_BUILD_DIR="${CMAKE_BINARY_DIR}")
   target_link_libraries(${name} PRIVATE corvel_qt_options Qt5::Test ${T_LIBS})
-  corvel_test_env(${name} COMMAND $<TARGET_FILE:${name}> TIMEOUT "${T_TIMEOUT}" LABELS ${T_LABELS} ENV ${T_ENV})
+  corvel_test_flags(${name})
+  corvel_qt_part(part ${T_LIBS})
+  corvel_test_headers(${part})
+  target_precompile_headers(${name} REUSE_FROM corvel_test_headers_${part})
+endfunction()
+
+# What a test does is not hot, so it need not take long to compile.
+function(corvel_test_flags name)
+  target_compile_options(${name} PRIVATE "$<$<CONFIG:Release,RelWithDebInfo>:-O1;-g1>")
+endfunction()
+
+# corvel_qt_part(RESULT targets...): the largest part of Qt that a program with these libraries sees.
+function(corvel_qt_part result)
+  set(known "")
+  set(left ${ARGN})
+  while(left)
+    list(POP_FRONT left target)
+    if(TARGET "${target}" AND NOT target IN_LIST known)
+      list(APPEND known "${target}")
+      get_target_property(more "${target}" INTERFACE_LINK_LIBRARIES)
+      list(APPEND left ${more})
+    endif()
+  endwhile()
+  set(${result} Core PARENT_SCOPE)
+  foreach(part Gui Widgets)
+    if("Qt5::${part}" IN_LIST known)
+      set(${result} ${part} PARENT_SCOPE)
+    endif()
+  endforeach()
+endfunction()
+
+# corvel_test_headers(PART): the headers that every test of that part of Qt includes, compiled once. They are those of a
+# program, because a program is not compiled as a library is.
+function(corvel_test_headers part)
+  set(name corvel_test_headers_${part})
+  if(TARGET ${name})
+    return()
+  endif()
+  add_executable(${name} EXCLUDE_FROM_ALL "${CMAKE_SOURCE_DIR}/tests/support/precompiled.cpp")
+  target_link_libraries(${name} PRIVATE corvel_qt_options Qt5::Test Qt5::${part})
+  corvel_test_flags(${name})
+  set(headers <QtTest>)
+  if(part STREQUAL "Widgets")
+    list(APPEND headers <QtWidgets>)
+  endif()
+  target_precompile_headers(${name} PRIVATE ${headers})
 endfunction()
 
 # corvel_test_env(NAME COMMAND command... ...): the same surroundings for any command (a script, a tool).

@@ -71,29 +71,28 @@ int unset(Context &context, const SetOptions &options)
     return change(context, options, "unset", fillUnset);
 }
 
-void declareSet(CLI::App &command, SetOptions &options)
+void declareSet(Command &command, SetOptions &options)
 {
     command
-        .add_option("place", options.place,
-                    "CHANNELS[/ELEMENT[/FLOWS]] such as 2/video, 0-7/audio/*, server; - for lines")
-        ->required();
-    command.add_option("assignments", options.words, "WORD=VALUE; IP:PORT sets an address and its port");
-    command.add_flag("--force", options.force,
-                     "Also names of a site's own (NAME=text, NAME:=number) and channels beyond the server's");
+        .option("place", options.place,
+                "CHANNELS[/ELEMENT[/FLOWS]] such as 2/video, 0-7/audio/*, server; - for lines")
+        .required();
+    command.option("assignments", options.words, "WORD=VALUE; IP:PORT sets an address and its port");
+    command.flag("--force", options.force,
+                 "Also names of a site's own (NAME=text, NAME:=number) and channels beyond the server's");
 }
 
-void declareUnset(CLI::App &command, SetOptions &options)
+void declareUnset(Command &command, SetOptions &options)
 {
-    command.add_option("place", options.place, "CHANNELS[/ELEMENT[/FLOWS]], server, or a key path")
-        ->required();
-    command.add_option("words", options.words, "Fields such as rx.dst, or value names");
-    command.add_flag("--all", options.all, "Every value of the place");
-    command.add_flag("--force", options.force, "Also names of a site's own");
+    command.option("place", options.place, "CHANNELS[/ELEMENT[/FLOWS]], server, or a key path").required();
+    command.option("words", options.words, "Fields such as rx.dst, or value names");
+    command.flag("--all", options.all, "Every value of the place");
+    command.flag("--force", options.force, "Also names of a site's own");
 }
 
 } // namespace
 
-void addChangeCommands(CLI::App &app, Context &context)
+void addChangeCommands(Command &app, Context &context)
 {
     addCommand<SetOptions>(app, context, "set", "Change values: all of them, or none when one is wrong",
                            "corvelctl set 2/video rx.dst=239.20.2.1:20000 rx.use=dst,dst-port", declareSet,

@@ -112,26 +112,26 @@ int doctor(Context &context, const PtpOptions &options)
     return showFindings(context, findings);
 }
 
-void declarePtp(CLI::App &command, PtpOptions &options)
+void declarePtp(Command &command, PtpOptions &options)
 {
     command
-        .add_option("--channel", options.channel,
-                    "Take interface, domain and grandmaster from this channel, 0 when left out")
-        ->check(CLI::Range(0, 65535));
-    command.add_option("--interface", options.interface, "Address of the interface; 0.0.0.0 for all");
-    command.add_option("--domain", options.domain, "PTP domain")->check(CLI::Range(0, 127));
-    command.add_option("--gm", options.grandmaster, "Identity of the grandmaster");
-    command.add_option("--wait", options.seconds, "Seconds in which a master may be heard, 8 when left out")
-        ->check(CLI::Range(0, 600));
+        .option("--channel", options.channel,
+                "Take interface, domain and grandmaster from this channel, 0 when left out")
+        .within(0, 65535);
+    command.option("--interface", options.interface, "Address of the interface; 0.0.0.0 for all");
+    command.option("--domain", options.domain, "PTP domain").within(0, 127);
+    command.option("--gm", options.grandmaster, "Identity of the grandmaster");
+    command.option("--wait", options.seconds, "Seconds in which a master may be heard, 8 when left out")
+        .within(0, 600);
 }
 
 } // namespace
 
-void addClockCommands(CLI::App &app, Context &context)
+void addClockCommands(Command &app, Context &context)
 {
-    CLI::App *command = addCommand<PtpOptions>(app, context, "ptp",
-                                               "Print what the PTP client sees; exit status 1 unless locked",
-                                               "corvelctl ptp --domain 127", declarePtp, ptp);
-    addCommand<PtpOptions>(*command, context, "doctor", "Say what is wrong with PTP and what to do",
+    Command command = addCommand<PtpOptions>(app, context, "ptp",
+                                             "Print what the PTP client sees; exit status 1 unless locked",
+                                             "corvelctl ptp --domain 127", declarePtp, ptp);
+    addCommand<PtpOptions>(command, context, "doctor", "Say what is wrong with PTP and what to do",
                            "corvelctl ptp doctor --wait 5", declarePtp, doctor);
 }

@@ -7,6 +7,8 @@
 #include "ops/configurations.h"
 #include "ops/ipv4.h"
 
+#include <CLI/CLI.hpp>
+
 #include <arpa/inet.h>
 #include <ifaddrs.h>
 #include <net/if.h>

@@ -12,17 +12,17 @@ struct NameOptions {
     std::string name, other;
 };
 
-void declareNothing(CLI::App &, NoOptions &) {}
+void declareNothing(Command &, NoOptions &) {}
 
-void declareName(CLI::App &command, NameOptions &options)
+void declareName(Command &command, NameOptions &options)
 {
-    command.add_option("name", options.name, "A configuration")->required();
+    command.option("name", options.name, "A configuration").required();
 }
 
-void declareTwoNames(CLI::App &command, NameOptions &options)
+void declareTwoNames(Command &command, NameOptions &options)
 {
     declareName(command, options);
-    command.add_option("new-name", options.other, "The name of the new one")->required();
+    command.option("new-name", options.other, "The name of the new one").required();
 }
 
 int list(Context &context, const NoOptions &)
@@ -82,20 +82,19 @@ int use(Context &context, const NameOptions &options)
 
 } // namespace
 
-void addConfigCommands(CLI::App &app, Context &context)
+void addConfigCommands(Command &app, Context &context)
 {
-    CLI::App *config = app.add_subcommand("config", "Named configurations");
-    config->require_subcommand(1);
-    addCommand<NoOptions>(*config, context, "list", "List them; * marks the one that the server uses",
+    Command config = app.addGroup("config", "Named configurations");
+    addCommand<NoOptions>(config, context, "list", "List them; * marks the one that the server uses",
                           "corvelctl config list", declareNothing, list);
-    addCommand<NameOptions>(*config, context, "new", "Make an empty one", "corvelctl config new night",
+    addCommand<NameOptions>(config, context, "new", "Make an empty one", "corvelctl config new night",
                             declareName, newOne);
-    addCommand<NameOptions>(*config, context, "copy", "Make a copy under a new name",
+    addCommand<NameOptions>(config, context, "copy", "Make a copy under a new name",
                             "corvelctl config copy default night", declareTwoNames, copy);
-    addCommand<NameOptions>(*config, context, "rename", "Give one another name",
+    addCommand<NameOptions>(config, context, "rename", "Give one another name",
                             "corvelctl config rename night late", declareTwoNames, rename);
-    addCommand<NameOptions>(*config, context, "delete", "Delete one", "corvelctl config delete late --yes",
+    addCommand<NameOptions>(config, context, "delete", "Delete one", "corvelctl config delete late --yes",
                             declareName, remove);
-    addCommand<NameOptions>(*config, context, "use", "Let the server use one", "corvelctl config use night",
+    addCommand<NameOptions>(config, context, "use", "Let the server use one", "corvelctl config use night",
                             declareName, use);
 }

@@ -2,16 +2,15 @@
 //
 // What every command shares: the options that mean the same everywhere, the store, the result and the exit
 // code. A family of commands is one file with one function,
-//     void addXxxCommands(CLI::App &app, Context &context);
+//     void addXxxCommands(Command &app, Context &context);
 // which families.h declares and main calls.
 #ifndef CORVELCTL_CONTEXT_H
 #define CORVELCTL_CONTEXT_H
 
+#include "corvelctl/commandline.h"
 #include "corvelctl/output.h"
 #include "ops/outcome.h"
 #include "ops/store.h"
-
-#include <CLI/CLI.hpp>
 
 #include <memory>
 #include <string>
@@ -52,18 +51,16 @@ int withValues(const Context &context, const Work &work)
     return values ? work(*store, *values) : context.fail(values.failure());
 }
 
-// One command. Options is a struct whose members CLI fills; the function runs after all options are read.
+// One command. Options is a struct whose members the command line fills; run is called after all of them are
+// read.
 template<class Options>
-CLI::App *addCommand(CLI::App &app, Context &context, const char *name, const char *does, const char *example,
-                     void (*declare)(CLI::App &, Options &), int (*run)(Context &, const Options &))
+Command addCommand(Command &parent, Context &context, const char *name, const char *does, const char *example,
+                   void (*declare)(Command &, Options &), int (*run)(Context &, const Options &))
 {
     auto options = std::make_shared<Options>();
-    CLI::App *command = app.add_subcommand(name, does);
-    command->footer(std::string("Example:\n  ") + example);
-    declare(*command, *options);
-    command->callback([&context, options, run, name, command] {
-        if (!command->get_subcommands().empty())
-            return; // "ptp doctor" is not "ptp" as well
+    Command command = parent.add(name, does, example);
+    declare(command, *options);
+    command.whenNamed([&context, options, run, name] {
         context.out.begin(name);
         context.exit = run(context, *options);
     });

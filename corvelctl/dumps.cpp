@@ -46,10 +46,10 @@ int dump(Context &context, const DumpOptions &options)
     return written ? Done : context.fail(written.failure());
 }
 
-void declareDump(CLI::App &command, DumpOptions &options)
+void declareDump(Command &command, DumpOptions &options)
 {
-    command.add_option("file", options.file, "Where to; standard output when left out");
-    command.add_flag("--all", options.all, "All configurations instead of one");
+    command.option("file", options.file, "Where to; standard output when left out");
+    command.flag("--all", options.all, "All configurations instead of one");
 }
 
 struct RestoreOptions {
@@ -113,11 +113,11 @@ int restore(Context &context, const RestoreOptions &options)
                          "; choose one with --from, or --all");
 }
 
-void declareRestore(CLI::App &command, RestoreOptions &options)
+void declareRestore(Command &command, RestoreOptions &options)
 {
-    command.add_option("file", options.file, "A dump, or - for standard input")->required();
-    command.add_option("--from", options.from, "This configuration of a dump that holds several");
-    command.add_flag("--all", options.all, "Every configuration of the dump, each to its own name");
+    command.option("file", options.file, "A dump, or - for standard input").required();
+    command.option("--from", options.from, "This configuration of a dump that holds several");
+    command.flag("--all", options.all, "Every configuration of the dump, each to its own name");
 }
 
 struct DiffOptions {
@@ -145,15 +145,15 @@ int diff(Context &context, const DiffOptions &options)
 
 constexpr char kOperand[] = "store, a channel, a configuration (or config:NAME), a dump or a settings file";
 
-void declareDiff(CLI::App &command, DiffOptions &options)
+void declareDiff(Command &command, DiffOptions &options)
 {
-    command.add_option("from", options.left, kOperand)->required();
-    command.add_option("to", options.right, kOperand)->required();
+    command.option("from", options.left, kOperand).required();
+    command.option("to", options.right, kOperand).required();
 }
 
 } // namespace
 
-void addDumpCommands(CLI::App &app, Context &context)
+void addDumpCommands(Command &app, Context &context)
 {
     addCommand<DumpOptions>(app, context, "dump", "Write everything of a configuration into one file",
                             "corvelctl dump before.json", declareDump, dump);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Many servers: handed over to corvel-fleet, a program and a package of its own, so that this one needs
 // nothing of what speaks to a cluster.
+#include "corvelctl/commandline.h"
 #include "corvelctl/context.h"
 #include "corvelctl/families.h"
 
@@ -54,12 +55,10 @@ int handOver(const Context &context, const std::vector<std::string> &rest)
 
 } // namespace
 
-void addFleetCommand(CLI::App &app, Context &context)
+void addFleetCommand(Command &app, Context &context)
 {
-    CLI::App *fleet =
-        app.add_subcommand("fleet", "Many servers: status, conflicts, set, copy, check, ... (corvel-fleet)");
-    fleet->prefix_command();
-    fleet->footer("Example:\n  corvelctl fleet status\n  corvelctl fleet --help is this; corvel-fleet --help "
-                  "has the rest");
-    fleet->callback([fleet, &context] { context.exit = handOver(context, fleet->remaining()); });
+    app.addHandedOn(
+        "fleet", "Many servers: status, conflicts, set, copy, check, ... (corvel-fleet)",
+        "corvelctl fleet status\n  corvelctl fleet --help is this; corvel-fleet --help has the rest",
+        [&context](const std::vector<std::string> &rest) { context.exit = handOver(context, rest); });
 }

@@ -70,30 +70,28 @@ int check(Context &context, const IppOptions &options)
     return read->notes.isEmpty() ? Done : Found;
 }
 
-void declareFile(CLI::App &command, IppOptions &options)
+void declareFile(Command &command, IppOptions &options)
 {
-    command.add_option("file", options.file, "The settings file; - is standard input or output")->required();
+    command.option("file", options.file, "The settings file; - is standard input or output").required();
 }
 
-void declareExport(CLI::App &command, IppOptions &options)
+void declareExport(Command &command, IppOptions &options)
 {
     declareFile(command, options);
     command
-        .add_option("--flows", options.flows,
-                    "Audio flows per channel in the file; enough for all when left out")
-        ->check(CLI::Range(0, 8));
+        .option("--flows", options.flows, "Audio flows per channel in the file; enough for all when left out")
+        .within(0, 8);
 }
 
 } // namespace
 
-void addIppCommands(CLI::App &app, Context &context)
+void addIppCommands(Command &app, Context &context)
 {
-    CLI::App *ipp = app.add_subcommand("ipp", "Settings files of the dialog");
-    ipp->require_subcommand(1);
-    addCommand<IppOptions>(*ipp, context, "export", "Write a settings file, as Save File does",
+    Command ipp = app.addGroup("ipp", "Settings files of the dialog");
+    addCommand<IppOptions>(ipp, context, "export", "Write a settings file, as Save File does",
                            "corvelctl ipp export site.ipp", declareExport, exportFile);
-    addCommand<IppOptions>(*ipp, context, "import", "Read a settings file, as Load File does",
+    addCommand<IppOptions>(ipp, context, "import", "Read a settings file, as Load File does",
                            "corvelctl ipp import site.ipp --dry-run", declareFile, importFile);
-    addCommand<IppOptions>(*ipp, context, "check", "Say what Load File would leave out or read otherwise",
+    addCommand<IppOptions>(ipp, context, "check", "Say what Load File would leave out or read otherwise",
                            "corvelctl ipp check site.ipp", declareFile, check);
 }

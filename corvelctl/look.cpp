@@ -38,10 +38,9 @@ int show(Context &context, const ShowOptions &options)
     });
 }
 
-void declareShow(CLI::App &command, ShowOptions &options)
+void declareShow(Command &command, ShowOptions &options)
 {
-    command.add_option("place", options.place,
-                       "CHANNEL[/ELEMENT[/FLOW]], server; all channels when left out");
+    command.option("place", options.place, "CHANNEL[/ELEMENT[/FLOW]], server; all channels when left out");
 }
 
 struct GetOptions {
@@ -101,10 +100,10 @@ int get(Context &context, const GetOptions &options)
     });
 }
 
-void declareGet(CLI::App &command, GetOptions &options)
+void declareGet(Command &command, GetOptions &options)
 {
-    command.add_option("place", options.place, "CHANNEL[/ELEMENT[/FLOW]], server, or a key path")->required();
-    command.add_option("words", options.words, "Fields such as rx.dst, or value names; all when left out");
+    command.option("place", options.place, "CHANNEL[/ELEMENT[/FLOW]], server, or a key path").required();
+    command.option("words", options.words, "Fields such as rx.dst, or value names; all when left out");
 }
 
 struct ListOptions {
@@ -129,15 +128,15 @@ int list(Context &context, const ListOptions &options)
     return Done;
 }
 
-void declareList(CLI::App &command, ListOptions &options)
+void declareList(Command &command, ListOptions &options)
 {
-    command.add_option("path", options.path, "A key path; everything when left out");
-    command.add_flag("--types", options.types, "With the type of each value");
+    command.option("path", options.path, "A key path; everything when left out");
+    command.flag("--types", options.types, "With the type of each value");
 }
 
 } // namespace
 
-void addLookCommands(CLI::App &app, Context &context)
+void addLookCommands(Command &app, Context &context)
 {
     addCommand<ShowOptions>(app, context, "show", "Show channels in words, or all of them as a table",
                             "corvelctl show 2/audio/3", declareShow, show);

@@ -5,6 +5,8 @@
 #include "corvelctl/families.h"
 #include "ops/suggest.h"
 
+#include <CLI/CLI.hpp>
+
 namespace {
 
 constexpr char kAbout[] =
@@ -29,7 +31,7 @@ void addCommonOptions(CLI::App &app, Context &context)
     app.add_flag("--fail-if-none", context.failIfNone, "Exit status 5 when there is nothing to do");
 }
 
-void addFamilies(CLI::App &app, Context &context)
+void addFamilies(Command app, Context &context)
 {
     addLookCommands(app, context);
     addChangeCommands(app, context);
@@ -114,7 +116,7 @@ int main(int argc, char **argv)
     app.require_subcommand(1);
     app.fallthrough();
     addCommonOptions(app, context);
-    addFamilies(app, context);
+    addFamilies(Command(app), context);
     if (argc > 1 && qstrcmp(argv[1], "__complete") == 0)
         return complete(app, context, argc, argv);
     return run(app, context, argc, argv);

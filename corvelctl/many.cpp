@@ -66,17 +66,16 @@ int copy(Context &context, const CopyOptions &options)
     });
 }
 
-void declareCopy(CLI::App &command, CopyOptions &options)
+void declareCopy(Command &command, CopyOptions &options)
 {
-    command.add_option("from", options.from, "The channel to copy")->required();
-    command.add_option("to", options.to, "Where to: 1-7, or 1,3,5")->required();
+    command.option("from", options.from, "The channel to copy").required();
+    command.option("to", options.to, "Where to: 1-7, or 1,3,5").required();
     command
-        .add_option("--fields", options.fields,
-                    "Only these: rx, tx, video, audio, anc, rx.dst, dst, format ...")
-        ->delimiter(',')
-        ->allow_extra_args(false);
-    command.add_option("--step", options.steps, "Added from channel to channel: dst=0.0.1.0, port=2")
-        ->allow_extra_args(false);
+        .option("--fields", options.fields, "Only these: rx, tx, video, audio, anc, rx.dst, dst, format ...")
+        .withCommas()
+        .oneEachTime();
+    command.option("--step", options.steps, "Added from channel to channel: dst=0.0.1.0, port=2")
+        .oneEachTime();
 }
 
 struct FlowOptions {
@@ -101,16 +100,14 @@ int flows(Context &context, const FlowOptions &options)
     });
 }
 
-void declareFlows(CLI::App &command, FlowOptions &options)
+void declareFlows(Command &command, FlowOptions &options)
 {
-    command.add_option("channel", options.channels, "The channel")->required();
-    command.add_option("--from", options.from, "Destination and port of flow 0: IP:PORT")->required();
-    command.add_option("--count", options.count, "Number of flows, 1 to 8")->check(CLI::Range(1, 8));
-    command.add_option("--step", options.step,
-                       "Added to the address from flow to flow, 0.0.0.1 when left out");
-    command.add_option("--port-step", options.portStep, "Added to the port from flow to flow");
-    command.add_option("--side", options.side, "rx, tx or both; tx when left out")
-        ->check(CLI::IsMember({"rx", "tx", "both"}));
+    command.option("channel", options.channels, "The channel").required();
+    command.option("--from", options.from, "Destination and port of flow 0: IP:PORT").required();
+    command.option("--count", options.count, "Number of flows, 1 to 8").within(1, 8);
+    command.option("--step", options.step, "Added to the address from flow to flow, 0.0.0.1 when left out");
+    command.option("--port-step", options.portStep, "Added to the port from flow to flow");
+    command.option("--side", options.side, "rx, tx or both; tx when left out").oneOf({"rx", "tx", "both"});
 }
 
 struct TableOptions {
@@ -151,30 +148,29 @@ int importFile(Context &context, const TableOptions &options)
     return code;
 }
 
-void declareExport(CLI::App &command, TableOptions &options)
+void declareExport(Command &command, TableOptions &options)
 {
-    command.add_option("file", options.file, "The table; - is standard input or output")->required();
+    command.option("file", options.file, "The table; - is standard input or output").required();
 }
 
-void declareImport(CLI::App &command, TableOptions &options)
+void declareImport(Command &command, TableOptions &options)
 {
     declareExport(command, options);
-    command.add_flag("--apply", options.apply, "Change the store; without it the changes are only printed");
-    command.add_flag("--force", options.force, "Also channels beyond the server's");
+    command.flag("--apply", options.apply, "Change the store; without it the changes are only printed");
+    command.flag("--force", options.force, "Also channels beyond the server's");
 }
 
 } // namespace
 
-void addManyCommands(CLI::App &app, Context &context)
+void addManyCommands(Command &app, Context &context)
 {
     addCommand<CopyOptions>(app, context, "copy", "Make channels what another one is, with steps",
                             "corvelctl copy 0 1-7 --step dst=0.0.1.0 --step port=2", declareCopy, copy);
     addCommand<FlowOptions>(app, context, "flows", "Give the audio flows of a channel addresses in a row",
                             "corvelctl flows 0 --from 239.30.0.1:20000 --count 8", declareFlows, flows);
-    CLI::App *table = app.add_subcommand("table", "All channels as one table for spreadsheets");
-    table->require_subcommand(1);
-    addCommand<TableOptions>(*table, context, "export", "Write the table", "corvelctl table export site.csv",
+    Command table = app.addGroup("table", "All channels as one table for spreadsheets");
+    addCommand<TableOptions>(table, context, "export", "Write the table", "corvelctl table export site.csv",
                              declareExport, exportFile);
-    addCommand<TableOptions>(*table, context, "import", "Say what a table would change, or change it",
+    addCommand<TableOptions>(table, context, "import", "Say what a table would change, or change it",
                              "corvelctl table import site.csv --apply", declareImport, importFile);
 }

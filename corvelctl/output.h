@@ -10,6 +10,8 @@
 
 #include <QByteArrayList>
 
+#include <nlohmann/json.hpp>
+
 #include <vector>
 
 using ops::Json;

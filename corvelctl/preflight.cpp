@@ -30,15 +30,15 @@ int check(Context &context, const CheckOptions &options)
     return showFindings(context, findings);
 }
 
-void declareCheck(CLI::App &command, CheckOptions &options)
+void declareCheck(Command &command, CheckOptions &options)
 {
-    command.add_flag("--all", options.all, "Also name the channels that were never set up");
-    command.add_flag("--junit", options.junit, "JUnit XML as result, one test case per rule");
+    command.flag("--all", options.all, "Also name the channels that were never set up");
+    command.flag("--junit", options.junit, "JUnit XML as result, one test case per rule");
 }
 
 } // namespace
 
-void addCheckCommands(CLI::App &app, Context &context)
+void addCheckCommands(Command &app, Context &context)
 {
     addCommand<CheckOptions>(app, context, "check", "Look at every channel, the machine and what clashes",
                              "corvelctl check --all", declareCheck, check);

@@ -25,13 +25,12 @@ struct FactOptions {
     int channel = -1;
 };
 
-void declareFacts(CLI::App &command, FactOptions &options)
+void declareFacts(Command &command, FactOptions &options)
 {
-    command.add_flag("--interlaced", options.interlaced, "The pictures are interlaced");
-    command.add_option("--audio-channels", options.audioChannels, "Channels in each audio flow")
-        ->check(CLI::Range(1, 64));
-    command.add_option("--of", options.channel, "Take both from this channel's settings")
-        ->check(CLI::Range(0, kMaxChannels - 1));
+    command.flag("--interlaced", options.interlaced, "The pictures are interlaced");
+    command.option("--audio-channels", options.audioChannels, "Channels in each audio flow").within(1, 64);
+    command.option("--of", options.channel, "Take both from this channel's settings")
+        .within(0, kMaxChannels - 1);
 }
 
 ops::Outcome<ops::SdpFacts> factsOf(const Context &context, const FactOptions &options)
@@ -79,11 +78,11 @@ int check(Context &context, const CheckOptions &options)
     return showJunit(findings, "sdp check", ops::sdpRuleNames());
 }
 
-void declareCheck(CLI::App &command, CheckOptions &options)
+void declareCheck(Command &command, CheckOptions &options)
 {
-    command.add_option("files", options.files, "The descriptions; - is standard input")->required();
+    command.option("files", options.files, "The descriptions; - is standard input").required();
     declareFacts(command, options.facts);
-    command.add_flag("--junit", options.junit, "JUnit XML as result, one test case per rule");
+    command.flag("--junit", options.junit, "JUnit XML as result, one test case per rule");
 }
 
 struct FixOptions {
@@ -172,19 +171,18 @@ int fix(Context &context, const FixOptions &options)
     return nothing && left == Done ? context.nothing("nothing to correct") : left;
 }
 
-void declareFix(CLI::App &command, FixOptions &options)
+void declareFix(Command &command, FixOptions &options)
 {
-    command.add_option("file", options.file, "The description; - is standard input")->required();
-    command.add_option("-o,--output", options.output, "The corrected copy; - is standard output")->required();
-    command.add_option("--ttl", options.timeToLive, "Time to live of groups without one")
-        ->check(CLI::Range(0, 255));
-    CLI::Option *ptp = command.add_option("--ptp", options.ptp,
-                                          "Clock of streams without one: IDENTITY[:DOMAIN] or traceable");
-    command.add_option("--mac", options.mac, "The same: the sender's Ethernet address")->excludes(ptp);
-    command.add_option("--ptime", options.packetTime, "Packet time in ms of audio without one")
-        ->check(CLI::IsMember({"0.125", "0.25", "0.333", "1", "4"}));
-    command.add_option("--tp", options.senderType, "Sender type of video without one")
-        ->check(CLI::IsMember({"2110TPN", "2110TPNL", "2110TPW"}));
+    command.option("file", options.file, "The description; - is standard input").required();
+    command.option("-o,--output", options.output, "The corrected copy; - is standard output").required();
+    command.option("--ttl", options.timeToLive, "Time to live of groups without one").within(0, 255);
+    const Argument ptp =
+        command.option("--ptp", options.ptp, "Clock of streams without one: IDENTITY[:DOMAIN] or traceable");
+    command.option("--mac", options.mac, "The same: the sender's Ethernet address").notTogetherWith(ptp);
+    command.option("--ptime", options.packetTime, "Packet time in ms of audio without one")
+        .oneOf({"0.125", "0.25", "0.333", "1", "4"});
+    command.option("--tp", options.senderType, "Sender type of video without one")
+        .oneOf({"2110TPN", "2110TPNL", "2110TPW"});
     declareFacts(command, options.facts);
 }
 
@@ -225,12 +223,12 @@ int load(Context &context, const LoadOptions &options)
     return applyChanges(context, *store, plan.changes, "Load File " + name.mid(name.lastIndexOf('/') + 1));
 }
 
-void declareLoad(CLI::App &command, LoadOptions &options)
+void declareLoad(Command &command, LoadOptions &options)
 {
-    command.add_option("file", options.file, "The description; - is standard input")->required();
-    command.add_option("channel", options.channel, "The channel that takes the values")
-        ->required()
-        ->check(CLI::Range(0, kMaxChannels - 1));
+    command.option("file", options.file, "The description; - is standard input").required();
+    command.option("channel", options.channel, "The channel that takes the values")
+        .required()
+        .within(0, kMaxChannels - 1);
 }
 
 struct WriteOptions {
@@ -277,32 +275,30 @@ int write(Context &context, const WriteOptions &options)
     return written ? Done : context.fail(written.failure());
 }
 
-void declareWrite(CLI::App &command, WriteOptions &options)
+void declareWrite(Command &command, WriteOptions &options)
 {
-    command.add_option("place", options.place, "CHANNEL or CHANNEL/ELEMENT")->required();
-    command.add_option("-o,--output", options.output,
-                       "Write NAME.rx.sdp and NAME.tx.sdp instead of one to standard output");
-    command.add_option("--side", options.side, "Which of the two goes to standard output")
-        ->check(CLI::IsMember({"rx", "tx"}));
-    command.add_option("--flows", options.flows, "Audio flows; the channel's own number when left out")
-        ->check(CLI::Range(0, kFlowCount));
-    command.add_flag("--no-clock", options.noClock,
-                     "Leave the clock lines out, as the dialog does with its box clear");
+    command.option("place", options.place, "CHANNEL or CHANNEL/ELEMENT").required();
+    command.option("-o,--output", options.output,
+                   "Write NAME.rx.sdp and NAME.tx.sdp instead of one to standard output");
+    command.option("--side", options.side, "Which of the two goes to standard output").oneOf({"rx", "tx"});
+    command.option("--flows", options.flows, "Audio flows; the channel's own number when left out")
+        .within(0, kFlowCount);
+    command.flag("--no-clock", options.noClock,
+                 "Leave the clock lines out, as the dialog does with its box clear");
 }
 
 } // namespace
 
-void addSdpCommands(CLI::App &app, Context &context)
+void addSdpCommands(Command &app, Context &context)
 {
-    CLI::App *sdp = app.add_subcommand("sdp", "Session descriptions of streams");
-    sdp->require_subcommand(1);
-    addCommand<CheckOptions>(*sdp, context, "check", "Say what a strict receiver refuses or misreads",
+    Command sdp = app.addGroup("sdp", "Session descriptions of streams");
+    addCommand<CheckOptions>(sdp, context, "check", "Say what a strict receiver refuses or misreads",
                              "corvelctl sdp check studio.sdp", declareCheck, check);
-    addCommand<FixOptions>(*sdp, context, "fix", "Write a corrected copy and tell every change",
+    addCommand<FixOptions>(sdp, context, "fix", "Write a corrected copy and tell every change",
                            "corvelctl sdp fix studio.sdp -o strict.sdp --ttl 32", declareFix, fix);
-    addCommand<LoadOptions>(*sdp, context, "load",
+    addCommand<LoadOptions>(sdp, context, "load",
                             "Take addresses and ports into a channel, as Load File does",
                             "corvelctl sdp load studio.sdp 2 --dry-run", declareLoad, load);
-    addCommand<WriteOptions>(*sdp, context, "write", "Describe a channel as the dialog does",
+    addCommand<WriteOptions>(sdp, context, "write", "Describe a channel as the dialog does",
                              "corvelctl sdp write 2/video -o camera", declareWrite, write);
 }

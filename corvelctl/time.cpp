@@ -8,6 +8,7 @@
 #include "rkos.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -65,13 +66,12 @@ int history(Context &context, const HistoryOptions &options)
                        });
 }
 
-void declareHistory(CLI::App &command, HistoryOptions &options)
+void declareHistory(Command &command, HistoryOptions &options)
 {
-    command.add_option("place", options.place, "Only changes of this channel, element, flow or key path");
-    command.add_option("--most", options.most, "So many batches, 20 when left out")
-        ->check(CLI::PositiveNumber);
-    command.add_flag("--all", options.all, "All that is recorded");
-    command.add_flag("--values", options.values, "Every change of every batch");
+    command.option("place", options.place, "Only changes of this channel, element, flow or key path");
+    command.option("--most", options.most, "So many batches, 20 when left out").positive();
+    command.flag("--all", options.all, "All that is recorded");
+    command.flag("--values", options.values, "Every change of every batch");
 }
 
 struct UndoOptions {
@@ -161,18 +161,18 @@ int redo(Context &context, const UndoOptions &options)
     return run(context, options, "redo", choose);
 }
 
-void declareRedo(CLI::App &command, UndoOptions &options)
+void declareRedo(Command &command, UndoOptions &options)
 {
-    command.add_flag("--force", options.force, "Also values that were changed again since");
+    command.flag("--force", options.force, "Also values that were changed again since");
 }
 
-void declareUndo(CLI::App &command, UndoOptions &options)
+void declareUndo(Command &command, UndoOptions &options)
 {
     declareRedo(command, options);
-    auto *batch = command.add_option("--batch", options.batch, "This batch, a number of corvelctl history")
-                      ->check(CLI::PositiveNumber);
-    command.add_option("--since", options.since, "Every batch of the last 90s, 10m, 2h or 1d")
-        ->excludes(batch);
+    const Argument batch =
+        command.option("--batch", options.batch, "This batch, a number of corvelctl history").positive();
+    command.option("--since", options.since, "Every batch of the last 90s, 10m, 2h or 1d")
+        .notTogetherWith(batch);
 }
 
 struct BlameOptions {
@@ -228,15 +228,15 @@ int blame(Context &context, const BlameOptions &given)
     });
 }
 
-void declareBlame(CLI::App &command, BlameOptions &options)
+void declareBlame(Command &command, BlameOptions &options)
 {
-    command.add_option("place", options.place, "CHANNEL[/ELEMENT[/FLOW]]/WORD")->required();
-    command.add_option("word", options.word, "The word, when it is not behind the place");
+    command.option("place", options.place, "CHANNEL[/ELEMENT[/FLOW]]/WORD").required();
+    command.option("word", options.word, "The word, when it is not behind the place");
 }
 
 } // namespace
 
-void addTimeCommands(CLI::App &app, Context &context)
+void addTimeCommands(Command &app, Context &context)
 {
     addCommand<HistoryOptions>(app, context, "history",
                                "Print what was changed, when and by whom, newest first",

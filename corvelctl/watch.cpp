@@ -78,14 +78,14 @@ int watch(Context &context, const WatchOptions &options)
     return follow(context, *store, *newest, options.count);
 }
 
-void declareWatch(CLI::App &command, WatchOptions &options)
+void declareWatch(Command &command, WatchOptions &options)
 {
-    command.add_option("--count", options.count, "End after so many changes")->check(CLI::PositiveNumber);
+    command.option("--count", options.count, "End after so many changes").positive();
 }
 
 } // namespace
 
-void addWatchCommand(CLI::App &app, Context &context)
+void addWatchCommand(Command &app, Context &context)
 {
     addCommand<WatchOptions>(app, context, "watch", "Print changes as they happen, with who made them",
                              "corvelctl watch --lines --count 1", declareWatch, watch);

@@ -6,6 +6,8 @@
 #include <QCryptographicHash>
 #include <QSet>
 
+#include <nlohmann/json.hpp>
+
 #include <utility>
 
 namespace ops {

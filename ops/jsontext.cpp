@@ -3,6 +3,8 @@
 
 #include <QTextCodec>
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 
 namespace ops {

@@ -6,7 +6,7 @@
 
 #include <QByteArray>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <optional>
 
