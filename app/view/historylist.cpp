@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/view/historylist.h"
 
+#include "theme/wheelguard.h"
+
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDialogButtonBox>
@@ -72,6 +74,7 @@ HistoryList::HistoryList(QWidget *owner, Rows rows, TakeBack takeBack)
     connect(m_button, &QPushButton::clicked, this, &HistoryList::takeBackChosen);
     connect(m_channel, qOverload<int>(&QComboBox::currentIndexChanged), this, &HistoryList::fillTable);
     connect(m_table, &QTableWidget::itemSelectionChanged, this, &HistoryList::updateButton);
+    guardCombosFromWheel(this);
     refresh();
     m_table->resizeColumnsToContents();
     resize(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 26);

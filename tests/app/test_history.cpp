@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QTableWidget>
+#include <QWheelEvent>
 
 using namespace DialogTest;
 using namespace StoreTest;
@@ -57,6 +58,7 @@ private slots:
     void theMenuIsInTheEmptyAreaOnly();
     void theListShowsAndTakesBack();
     void theListFiltersByChannel();
+    void theWheelFiltersNothing();
     void absentEmbedded();
     void noNewControls();
 
@@ -272,6 +274,18 @@ void TestHistory::theListFiltersByChannel()
     QVERIFY(table->item(0, 1)->text().contains(QStringLiteral("rkcfg")));
     m->dialog.reset(); // the list goes with it
     QVERIFY(!QApplication::activeWindow());
+}
+
+void TestHistory::theWheelFiltersNothing()
+{
+    typeText(m->dialog->m_pEditRecDstPort, QStringLiteral("5004"));
+    auto *channel = openList()->findChild<QComboBox *>();
+    QVERIFY(channel->count() > 1);
+    const QPoint at = channel->rect().center();
+    QWheelEvent event(at, channel->mapToGlobal(at), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+                      Qt::NoScrollPhase, false);
+    QApplication::sendEvent(channel, &event);
+    QCOMPARE(channel->currentIndex(), 0);
 }
 
 void TestHistory::absentEmbedded()
