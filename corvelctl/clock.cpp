@@ -134,7 +134,8 @@ void declarePtp(CLI::App &command, PtpOptions &options)
                     "Take interface, domain and grandmaster from this channel, 0 when left out")
         ->check(CLI::Range(0, 65535));
     command.add_option("--interface", options.interface, "Address of the interface; 0.0.0.0 for all");
-    command.add_option("--domain", options.domain, "PTP domain")->check(CLI::Range(0, 127));
+    command.add_option("--domain", options.domain, "PTP domain")
+        ->check(CLI::Range(0, static_cast<int>(kHighestPtpDomain)));
     command.add_option("--gm", options.grandmaster, "Identity of the grandmaster");
     command.add_option("--wait", options.seconds, "Seconds in which a master may be heard, 8 when left out")
         ->check(CLI::Range(0, 600));
