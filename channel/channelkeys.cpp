@@ -27,7 +27,7 @@ NameBook::NameBook()
     auto row = names.begin();
     for (const ChannelKey &key : KeyTable::kKeys) {
         for (int flow = 0; flow < kFlowCount; ++flow)
-            (*row)[std::size_t(flow)] = valueName(key, QByteArray::number(flow));
+            (*row)[static_cast<std::size_t>(flow)] = valueName(key, QByteArray::number(flow));
         ++row;
     }
 }
@@ -65,7 +65,7 @@ QByteArray flowValueName(const ChannelKey &key, int flow)
     if (flow < 0 || flow >= kFlowCount)
         return valueName(key, QByteArray::number(flow));
     const int row = KeyTable::rowOf(key.element, key.side, key.field);
-    return book.names[std::size_t(row)][std::size_t(flow)];
+    return book.names[static_cast<std::size_t>(row)][static_cast<std::size_t>(flow)];
 }
 
 TableView<FlagBit> flagBits()

@@ -14,10 +14,10 @@ bool interfaceExists(const QString &address)
 
 bool interfaceExistedLately(const QString &address)
 {
-    constexpr int freshMs = 1000;
+    constexpr int kFreshMs = 1000;
     static QHash<QString, bool> answers;
     static QElapsedTimer age;
-    if (!age.isValid() || age.hasExpired(freshMs)) {
+    if (!age.isValid() || age.hasExpired(kFreshMs)) {
         answers.clear();
         age.start();
     }

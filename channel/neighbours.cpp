@@ -23,8 +23,9 @@ QByteArray socketName(const QString &folder)
     struct stat state = {};
     if (stat(QFile::encodeName(folder).constData(), &state) != 0)
         return {};
-    return "corvel-" + QByteArray::number(geteuid()) + '-' + QByteArray::number(quint64(state.st_dev)) + '-' +
-           QByteArray::number(quint64(state.st_ino));
+    return "corvel-" + QByteArray::number(geteuid()) + '-' +
+           QByteArray::number(static_cast<quint64>(state.st_dev)) + '-' +
+           QByteArray::number(static_cast<quint64>(state.st_ino));
 }
 
 int newSocket()
@@ -38,8 +39,9 @@ bool atName(Call call, int socket, const QByteArray &name)
 {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    memcpy(address.sun_path + 1, name.constData(), size_t(name.size()));
-    const auto size = socklen_t(offsetof(sockaddr_un, sun_path) + 1 + size_t(name.size()));
+    memcpy(address.sun_path + 1, name.constData(), static_cast<size_t>(name.size()));
+    const auto size =
+        static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + static_cast<size_t>(name.size()));
     return call(socket, reinterpret_cast<const sockaddr *>(&address), size) == 0;
 }
 

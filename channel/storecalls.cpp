@@ -116,11 +116,11 @@ bool StoreTransaction::keep()
 
 void labelNextBatch(const QString &label)
 {
-    constexpr int mostBytes = 200;
+    constexpr int kMostBytes = 200;
     if (!calls().label)
         return;
     QString cut = label;
-    while (cut.toUtf8().size() > mostBytes)
+    while (cut.toUtf8().size() > kMostBytes)
         cut.chop(1);
     calls().label(defaultStore(), cut.toUtf8().constData());
 }

@@ -119,7 +119,7 @@ void declarePtp(Command &command, PtpOptions &options)
                 "Take interface, domain and grandmaster from this channel, 0 when left out")
         .within(0, 65535);
     command.option("--interface", options.interface, "Address of the interface; 0.0.0.0 for all");
-    command.option("--domain", options.domain, "PTP domain").within(0, 127);
+    command.option("--domain", options.domain, "PTP domain").within(0, static_cast<int>(kHighestPtpDomain));
     command.option("--gm", options.grandmaster, "Identity of the grandmaster");
     command.option("--wait", options.seconds, "Seconds in which a master may be heard, 8 when left out")
         .within(0, 600);

@@ -105,7 +105,7 @@ QByteArray OwnFolder::file(const QByteArray &parent)
         leave();
         m_parent = parent;
         removeLeftBehind(parent);
-        const QByteArray folder = parent + m_name + QByteArray::number(qint64(getpid()));
+        const QByteArray folder = parent + m_name + QByteArray::number(static_cast<qint64>(getpid()));
         for (int again = 0; m_lock < 0 && again < kMostNames; ++again)
             take(again == 0 ? folder : folder + '-' + QByteArray::number(again));
     }

@@ -19,7 +19,7 @@ using std::string_view;
 const struct {
     string_view word;
     Element element;
-} mediaWords[] = {
+} kMediaWords[] = {
     {"video", Element::Video}, {"all", Element::Video}, {"audio", Element::Audio},
     {"text", Element::Anc},    {"data", Element::Anc},
 };
@@ -37,7 +37,7 @@ Part part(Field field, bool isString, SdpTick box)
 {
     Part made{field, isString, box, {}};
     for (const Side side : sideOrder())
-        made.lock[int(side)] = flowValueName(channelKey(Element::Video, side, field), 0);
+        made.lock[static_cast<int>(side)] = flowValueName(channelKey(Element::Video, side, field), 0);
     return made;
 }
 
@@ -52,7 +52,7 @@ const Part (&parts())[3]
 // The text of a line without what its source may have left at the end.
 string_view lineText(const QByteArray &line)
 {
-    string_view text(line.constData(), strnlen(line.constData(), size_t(line.size())));
+    string_view text(line.constData(), strnlen(line.constData(), static_cast<size_t>(line.size())));
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
         text.remove_suffix(1);
     return text;
@@ -90,7 +90,7 @@ bool contains(string_view text, string_view part)
 
 QString fromUtf8(const std::string &text)
 {
-    return QString::fromUtf8(text.data(), int(text.size()));
+    return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
 }
 
 bool isIpv4(string_view text)
@@ -195,7 +195,7 @@ void Reader::startBlock()
 // counted, not recognised. There is no upper bound either.
 void Reader::applyBlock()
 {
-    for (const auto &row : mediaWords) {
+    for (const auto &row : kMediaWords) {
         if (row.word != m_media)
             continue;
         const int flow = row.element == Element::Audio ? m_audioBlocks++ : 0;
@@ -225,7 +225,7 @@ void Reader::applySide(Element element, Side side, int flow)
             continue;
         const SdpTick box = element == Element::Video ? part.box : SdpTick::None;
         m_stores.append({flowValueName(channelKey(element, side, part.field), flow), part.isString, stored,
-                         part.lock[int(side)], box});
+                         part.lock[static_cast<int>(side)], box});
     }
 }
 

@@ -22,28 +22,28 @@ struct Section {
 // clang-format off
 // Rows by element (video, audio, ancillary data), columns by side (receive, send). The audio encoding says
 // one channel, whatever the number of channels in a flow.
-const Section sections[kElementCount][kSideCount] = {
+const Section kSections[kElementCount][kSideCount] = {
     {{"100", "raw/90000"},      {"101", "raw/90000"}},
     {{"96",  "L24/48000/1"},    {"97",  "L24/48000/1"}},
     {{"98",  "smpte291/90000"}, {"99",  "smpte291/90000"}},
 };
 
-const char *const directions[kSideCount] = {"recvonly", "sendonly"};
+const char *const kDirections[kSideCount] = {"recvonly", "sendonly"};
 
 // Rows by writer (element, file), columns by element. Ancillary data is announced as video by the one and as
 // data by the other.
-const char *const mediaWords[2][kElementCount] = {
+const char *const kMediaWords[2][kElementCount] = {
     {"video", "audio", "video"},
     {"video", "audio", "data"},
 };
 
 // Rows by writer (element, file), columns by side: four orders, none of which follows from another.
-const Lines videoLines[2][kSideCount] = {
+const Lines kVideoLines[2][kSideCount] = {
     {{Line::RtpMap, Line::Fmtp},                  {Line::FrameRate, Line::Fmtp, Line::RtpMap}},
     {{Line::RtpMap, Line::FrameRate, Line::Fmtp}, {Line::RtpMap, Line::Fmtp}},
 };
-const Lines audioLines = {Line::RtpMap, Line::PacketTime};
-const Lines ancLines   = {Line::RtpMap};
+const Lines kAudioLines = {Line::RtpMap, Line::PacketTime};
+const Lines kAncLines   = {Line::RtpMap};
 // clang-format on
 
 // Texts are joined, never put into "%1" templates: a stored text may itself hold a "%1".
@@ -84,11 +84,11 @@ const Lines &Text::linesOf(Element element, Side side) const
 {
     switch (element) {
     case Element::Video:
-        return videoLines[int(m_writer)][int(side)];
+        return kVideoLines[static_cast<int>(m_writer)][static_cast<int>(side)];
     case Element::Audio:
-        return audioLines;
+        return kAudioLines;
     case Element::Anc:
-        return ancLines;
+        return kAncLines;
     }
     Q_UNREACHABLE();
 }
@@ -97,15 +97,16 @@ void Text::section(Element element, Side side, int flow)
 {
     const auto stored = [&](Field field) { return value(channelKey(element, side, field), flow); };
     const QString destination = stored(Field::DestinationAddress);
-    m_text += QLatin1String("m=") % QLatin1String(mediaWords[int(m_writer)][int(element)]) %
+    m_text += QLatin1String("m=") %
+              QLatin1String(kMediaWords[static_cast<int>(m_writer)][static_cast<int>(element)]) %
               QLatin1Char(' ') % stored(Field::DestinationPort) % QLatin1String(" RTP/AVP ") %
-              QLatin1String(sections[int(element)][int(side)].payload) % QLatin1String("\nc=IN IP4 ") %
-              destination % QLatin1Char('\n');
+              QLatin1String(kSections[static_cast<int>(element)][static_cast<int>(side)].payload) %
+              QLatin1String("\nc=IN IP4 ") % destination % QLatin1Char('\n');
     sourceFilter(side, destination, stored(Field::SourceAddress));
     for (Line line : linesOf(element, side))
         formatLine(line, element, side);
     clock();
-    m_text += QLatin1String("a=") % QLatin1String(directions[int(side)]) % QLatin1Char('\n');
+    m_text += QLatin1String("a=") % QLatin1String(kDirections[static_cast<int>(side)]) % QLatin1Char('\n');
 }
 
 void Text::sourceFilter(Side side, const QString &destination, const QString &source)
@@ -121,7 +122,7 @@ void Text::sourceFilter(Side side, const QString &destination, const QString &so
 // Sampling, depth and colorimetry are fixed, and no interlace parameter is ever written.
 void Text::formatLine(Line line, Element element, Side side)
 {
-    const Section &section = sections[int(element)][int(side)];
+    const Section &section = kSections[static_cast<int>(element)][static_cast<int>(side)];
     const QLatin1String payload(section.payload);
     switch (line) {
     case Line::RtpMap:

@@ -14,10 +14,10 @@ using std::string_view;
 
 // The second piece has no line end, so that the name line continues a comment. Deliberate, see
 // docs/deliberate.md.
-const char *const header[] = {"[HalvectIpConfig]\n", ";Network Config file", "Name=Quorlex\n",
-                              "Version=1.0\n\n"};
-const char signature[] = "[HalvectIpConfig]";
-constexpr string_view versionKey = "Version"; // of the header's last piece
+const char *const kHeader[] = {"[HalvectIpConfig]\n", ";Network Config file", "Name=Quorlex\n",
+                               "Version=1.0\n\n"};
+const char kSignature[] = "[HalvectIpConfig]";
+constexpr string_view kVersionKey = "Version"; // of the header's last piece
 
 enum class Form {
     Zero,   // the number 0, whatever is stored
@@ -40,7 +40,7 @@ struct WrittenLine {
 };
 
 // clang-format off
-const FlowLine transmitFlow[] = {
+const FlowLine kTransmitFlow[] = {
     {"TransmitAudIp",             Form::Text},
     {"TransmitAudDestinationIp",  Form::Text},
     {"TransmitAudSourcePort",     Form::AsRead},
@@ -48,7 +48,7 @@ const FlowLine transmitFlow[] = {
     {"TransmitAudFlags",          Form::AsRead},
     {nullptr,                     Form::Text},
 };
-const FlowLine receiveFlow[] = {
+const FlowLine kReceiveFlow[] = {
     {"ReceiveAudSourceIp",        Form::Text},
     {"ReceiveAudDestinationIp",   Form::Text},
     {"ReceiveAudSourcePort",      Form::AsRead},
@@ -58,7 +58,7 @@ const FlowLine receiveFlow[] = {
 };
 
 // The lines of a section in their order. The audio interfaces are those of video: deliberate.
-const WrittenLine writtenLines[] = {
+const WrittenLine kWrittenLines[] = {
     // key                        value                form
     {"nmosoverride",              nullptr,             Form::Zero,   nullptr},
     {"ClockGrandMaster",          nullptr,             Form::Text,   nullptr},
@@ -76,7 +76,7 @@ const WrittenLine writtenLines[] = {
     {"TransmitRemotePort",        nullptr,             Form::Number, nullptr},
     {"TransmitInterface",         nullptr,             Form::Text,   nullptr},
     {"TransmitFlags",             nullptr,             Form::Number, nullptr},
-    {nullptr,                     nullptr,             Form::Flows,  transmitFlow},
+    {nullptr,                     nullptr,             Form::Flows,  kTransmitFlow},
     {"TransmitAudInterface",      "TransmitInterface", Form::Text,   nullptr},
     {"TransmitAudPacketLength",   nullptr,             Form::Number, nullptr},
     {"TransmitAncIp",             nullptr,             Form::Text,   nullptr},
@@ -95,7 +95,7 @@ const WrittenLine writtenLines[] = {
     {"ReceiveDestinationPort",    nullptr,             Form::Number, nullptr},
     {"ReceiveInterface",          nullptr,             Form::Text,   nullptr},
     {"ReceiveFlags",              nullptr,             Form::Number, nullptr},
-    {nullptr,                     nullptr,             Form::Flows,  receiveFlow},
+    {nullptr,                     nullptr,             Form::Flows,  kReceiveFlow},
     {"ReceiveAudInterface",       "ReceiveInterface",  Form::Text,   nullptr},
     {"ReceiveAudPacketLength",    nullptr,             Form::Number, nullptr},
     {"ReceiveAncSourceIp",        nullptr,             Form::Text,   nullptr},
@@ -113,7 +113,7 @@ enum class Kind { Text, Number, TextFlow, NumberFlow, Global };
 const struct {
     const char *key;
     Kind kind;
-} acceptedKeys[] = {
+} kAcceptedKeys[] = {
     {"nmosoverride",               Kind::Global},
     {"ClockGrandMaster",           Kind::Text},
     {"SfpTopIPAddress",            Kind::Text},
@@ -217,7 +217,7 @@ void Writer::flows(const FlowLine *lines, int channel)
 void Writer::section(int channel)
 {
     m_text += "[channel" + QByteArray::number(channel) + "]\n";
-    for (const WrittenLine &row : writtenLines) {
+    for (const WrittenLine &row : kWrittenLines) {
         if (row.form == Form::Flows)
             flows(row.flows, channel);
         else
@@ -229,7 +229,7 @@ void Writer::section(int channel)
 // Keys are ASCII; other letters have no case here.
 char lower(char c)
 {
-    return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 void lowerInto(std::string &out, string_view text)
@@ -254,7 +254,7 @@ const std::vector<AcceptedKey> &accepted()
 {
     static const std::vector<AcceptedKey> keys = [] {
         std::vector<AcceptedKey> rows;
-        for (const auto &row : acceptedKeys) {
+        for (const auto &row : kAcceptedKeys) {
             rows.push_back({std::string(), QByteArray(row.key), row.kind});
             lowerInto(rows.back().lowered, row.key);
         }
@@ -268,7 +268,7 @@ QByteArray lastCharacter(string_view key)
 {
     if (static_cast<unsigned char>(key.back()) < 0x80)
         return QByteArray(1, key.back());
-    const auto characters = QString::fromUtf8(key.data(), int(key.size())).toUcs4();
+    const auto characters = QString::fromUtf8(key.data(), static_cast<int>(key.size())).toUcs4();
     const uint last = characters.back();
     return QString::fromUcs4(&last, 1).toUtf8();
 }
@@ -286,7 +286,7 @@ QByteArray flowKey(const AcceptedKey &row, string_view key)
 QByteArrayList settingsHeader()
 {
     QByteArrayList pieces;
-    for (const char *piece : header)
+    for (const char *piece : kHeader)
         pieces.append(piece);
     return pieces;
 }
@@ -308,18 +308,18 @@ QByteArray writeSettingsFile(const SettingsValueSource &value, int channels, int
 
 bool isSettingsSignature(const QByteArray &firstLine)
 {
-    return qstrnicmp(firstLine.constData(), signature, sizeof signature - 1) == 0;
+    return qstrnicmp(firstLine.constData(), kSignature, sizeof kSignature - 1) == 0;
 }
 
 // Not toUInt(): a number beyond 32 bits keeps its low bits.
 quint32 settingsNumber(const QString &text)
 {
-    return quint32(text.toULongLong());
+    return static_cast<quint32>(text.toULongLong());
 }
 
 quint32 globalSettingsNumber(const QString &text)
 {
-    return quint32(text.toLongLong());
+    return static_cast<quint32>(text.toLongLong());
 }
 
 // Only one digit is ever read, at the place where a plain "[channel3]" has it: deliberate.
@@ -349,15 +349,15 @@ SettingsReader::Result SettingsReader::feed(const QByteArray &line, SettingsValu
 {
     if (m_stopped)
         return Result::Stop;
-    const string_view text(line.constData(), strnlen(line.constData(), size_t(line.size())));
+    const string_view text(line.constData(), strnlen(line.constData(), static_cast<size_t>(line.size())));
     if (text.empty() || text.front() == ';')
         return Result::Ignored;
     const size_t equals = text.find('=');
     if (equals == string_view::npos)
-        return section(QByteArray(text.data(), int(text.size())));
+        return section(QByteArray(text.data(), static_cast<int>(text.size())));
     const string_view key = text.substr(0, equals);
     if (m_current < 0) {
-        m_leftOut.beforeSections += key != versionKey; // every file has this one
+        m_leftOut.beforeSections += key != kVersionKey; // every file has this one
         return Result::Ignored;
     }
 
@@ -374,7 +374,7 @@ SettingsReader::Result SettingsReader::feed(const QByteArray &line, SettingsValu
     const string_view value = text.substr(equals + 1, text.find('=', equals + 1) - equals - 1);
     out->key = row->isFlow() ? flowKey(*row, key) : row->name;
     out->isString = row->kind == Kind::Text || row->kind == Kind::TextFlow;
-    out->text = QString::fromUtf8(value.data(), int(value.size()));
+    out->text = QString::fromUtf8(value.data(), static_cast<int>(value.size()));
     out->channel = m_current - m_first;
     out->global = row->kind == Kind::Global;
     return Result::Value;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ops/configurations.h"
 
+#include "channel/configurations.h"
 #include "ops/store.h"
 #include "ops/storecalls.h"
 #include "ops/suggest.h"
@@ -15,7 +16,6 @@ namespace ops {
 
 namespace {
 
-constexpr char kSuffix[] = ".rkcfg";
 constexpr int kLongestName = 64;
 
 // What rkcfg.h says of a name.
@@ -46,10 +46,11 @@ QByteArrayList configurationNames()
     char folder[RKOS_PATH_SIZE] = "";
     rkOSGetConfigDir(folder);
     QByteArrayList names{defaultConfiguration()};
+    const QString suffix = QLatin1String(kConfigurationSuffix);
     const QStringList files =
-        QDir(QFile::decodeName(folder)).entryList({QLatin1String("*.rkcfg")}, QDir::Files);
+        QDir(QFile::decodeName(folder)).entryList({QLatin1Char('*') + suffix}, QDir::Files);
     for (const QString &file : files)
-        names.append(QFile::encodeName(file).chopped(int(sizeof kSuffix) - 1));
+        names.append(QFile::encodeName(file.chopped(suffix.size())));
     std::sort(names.begin(), names.end());
     names.erase(std::unique(names.begin(), names.end()), names.end());
     return names;

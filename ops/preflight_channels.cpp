@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // What a channel has once: clock, format, audio layout; and the NMOS node.
+#include "channel/valuenames.h"
 #include "ops/ipv4.h"
 #include "ops/preflightrules.h"
 #include "ops/sdpfix.h"
@@ -10,8 +11,6 @@
 namespace ops {
 
 namespace {
-
-constexpr quint32 kMostDomain = 127;
 
 bool followsPtp(const CheckedChannel &channel)
 {
@@ -59,7 +58,7 @@ void domains(const PreflightData &data, PreflightReport &report)
 void domainRange(const PreflightData &data, PreflightReport &report)
 {
     for (const CheckedChannel &channel : data.channels) {
-        if (followsPtp(channel) && channel.domain > kMostDomain)
+        if (followsPtp(channel) && channel.domain > kHighestPtpDomain)
             report.add(channel.name("domain"),
                        "PTP domain " + QByteArray::number(channel.domain) + " does not exist",
                        "domains are 0 to 127");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Which clock a stream follows: ts-refclk and mediaclk (RFC 7273, narrowed by ST 2110-10).
+#include "channel/valuenames.h"
 #include "ops/sdprules.h"
 
 #include <cctype>
@@ -8,8 +9,6 @@
 namespace ops {
 
 namespace {
-
-constexpr int kMostDomain = 127;
 
 void clockMissing(const SdpStream &stream, SdpReport &report)
 {
@@ -53,7 +52,8 @@ void clockDomain(const SdpStream &stream, SdpReport &report)
     for (const SdpLine *line : stream.section->attributes("ts-refclk")) {
         const SdpClock clock = parseClock(line->attributeValue());
         const bool named = clock.domain.startsWith("domain-name=");
-        if (clock.kind == "ptp" && clock.hasDomain && !named && !parseNumber(clock.domain, kMostDomain))
+        if (clock.kind == "ptp" && clock.hasDomain && !named &&
+            !parseNumber(clock.domain, static_cast<int>(kHighestPtpDomain)))
             report.add(*stream.text, line->number, "PTP domain \"" + clock.domain + "\" is not 0 to 127",
                        "write the number of the domain, or leave it out with its colon");
     }

@@ -6,7 +6,7 @@
 namespace {
 
 // clang-format off
-const char addressPattern[] =
+const char kAddressPattern[] =
     R"(^[\s"'`“”„‘’«»]*)"                                        // blanks and quotes
     R"((?:(?:udp|rtp)://)?)"
     R"((?<address>(?:OCTET\.){3}OCTET))"
@@ -14,12 +14,12 @@ const char addressPattern[] =
     R"((?:/(?:[0-9]|[12][0-9]|3[0-2]))?)"                         // a prefix length
     R"([\s"'`“”„‘’«»]*$)";
 // clang-format on
-const char octetPattern[] = "(?:25[0-5]|2[0-4][0-9]|1[0-9][0-9]|[1-9]?[0-9])";
+const char kOctetPattern[] = "(?:25[0-5]|2[0-4][0-9]|1[0-9][0-9]|[1-9]?[0-9])";
 
 QRegularExpression addressRule()
 {
-    QString pattern = QString::fromUtf8(addressPattern);
-    pattern.replace(QLatin1String("OCTET"), QLatin1String(octetPattern));
+    QString pattern = QString::fromUtf8(kAddressPattern);
+    pattern.replace(QLatin1String("OCTET"), QLatin1String(kOctetPattern));
     return QRegularExpression(pattern, QRegularExpression::CaseInsensitiveOption |
                                            QRegularExpression::UseUnicodePropertiesOption);
 }

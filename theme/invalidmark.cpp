@@ -7,7 +7,7 @@
 
 namespace {
 
-const char markName[] = "invalid";
+const char kMarkName[] = "invalid";
 
 } // namespace
 
@@ -15,7 +15,7 @@ void markInvalid(QWidget *field, bool invalid)
 {
     if (isMarkedInvalid(field) == invalid)
         return;
-    field->setProperty(markName, invalid);
+    field->setProperty(kMarkName, invalid);
     // A style sheet looks at properties only when a widget is polished.
     field->style()->unpolish(field);
     field->style()->polish(field);
@@ -24,5 +24,5 @@ void markInvalid(QWidget *field, bool invalid)
 
 bool isMarkedInvalid(const QWidget *field)
 {
-    return field->property(markName).toBool();
+    return field->property(kMarkName).toBool();
 }

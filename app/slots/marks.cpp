@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr quint32 kHighestDomain = 127;
-
 // Why the text of a field is not what it looks like; empty when it is.
 QString addressProblem(const QLineAddress *address)
 {
@@ -39,9 +37,9 @@ QString domainProblem(const QString &text)
 {
     bool isNumber = false;
     const uint domain = text.trimmed().toUInt(&isNumber, 10);
-    if (isNumber && domain <= kHighestDomain)
+    if (isNumber && domain <= kHighestPtpDomain)
         return QString();
-    return QCorvel::tr("\"%1\" is no PTP domain: those are 0 to %2.").arg(text).arg(kHighestDomain);
+    return QCorvel::tr("\"%1\" is no PTP domain: those are 0 to %2.").arg(text).arg(kHighestPtpDomain);
 }
 
 QString fieldProblem(const NetworkField &field)

@@ -14,7 +14,8 @@ struct StateRow {
 };
 
 // clang-format off
-const StateRow kStates[] = {
+// Found by their place.
+constexpr StateRow kStates[] = {
     {ClockState::NoPtp,        QT_TRANSLATE_NOOP("QCorvel", "The time of this machine. PTP is not used.")},
     {ClockState::NotRunning,   QT_TRANSLATE_NOOP("QCorvel", "No PTP client runs. Check the domain (0 to 127); the log says more.")},
     {ClockState::Starting,     QT_TRANSLATE_NOOP("QCorvel", "The PTP client starts.")},
@@ -29,6 +30,17 @@ const StateRow kStates[] = {
 };
 
 // clang-format on
+
+constexpr bool everyStateHasItsPlace()
+{
+    int place = 0;
+    for (const StateRow &row : kStates) {
+        if (static_cast<int>(row.state) != place++)
+            return false;
+    }
+    return place == static_cast<int>(ClockState::Failed) + 1;
+}
+static_assert(everyStateHasItsPlace(), "a state has no words, or stands at another one's place");
 
 const StateRow &rowOf(ClockState state)
 {
