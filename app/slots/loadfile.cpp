@@ -31,7 +31,7 @@ quint64 openForReading(const QString &path)
 // The next line up to its first zero byte; false at the end of the file.
 bool readLine(quint64 file, QByteArray &line)
 {
-    char buffer[kLineBytes];
+    char buffer[kLineBytes] = {};
     if (!rkOSfgets(buffer, kLineBytes, file))
         return false;
     line = QByteArray(buffer);

@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 
@@ -200,7 +201,8 @@ int rkOSfputs(const char *text, uint64_t file)
 
 char *rkOSfgets(char *buffer, int size, uint64_t file)
 {
-    noteFileCall("get " + QByteArray::number(size));
+    const bool zeroed = std::all_of(buffer, buffer + size, [](char c) { return c == 0; });
+    noteFileCall((zeroed ? "get " : "get into what was there ") + QByteArray::number(size));
     return real(rkOSfgets, "rkOSfgets")(buffer, size, file);
 }
 
