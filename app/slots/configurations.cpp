@@ -9,12 +9,29 @@
 #include <QEvent>
 #include <QSignalBlocker>
 
+namespace {
+
+constexpr int kTellSeconds = 10;
+
+// The store has refused the one that was chosen: the header names the one in use again.
+void nameTheOneInUse(QCorvelPrivate *d)
+{
+    const QString chosen = d->shownConfiguration();
+    d->listConfigs();
+    d->tell(QCorvel::tr("The configuration %1 cannot be used; %2 stays").arg(chosen, d->shownConfiguration()),
+            kTellSeconds);
+}
+
+} // namespace
+
 void QCorvel::onSetConfig()
 {
     if (!m_pConfig)
         return;
     d->finishKeys();
     useConfiguration(m_pConfig->currentData().toString());
+    if (!d->namesStore())
+        nameTheOneInUse(d.get());
     d->noteStore();
     d->watchStore();
     loadData();

@@ -36,6 +36,16 @@ const char kLockWarning[] = "Warning: Lock not set, change will not be reflected
 const char *const kInterfaceKeys[] = {"ReceiveInterface",     "TransmitInterface",   "ReceiveAudInterface",
                                       "TransmitAudInterface", "ReceiveAncInterface", "TransmitAncInterface"};
 
+// As a right click does; the menu is gone with the first box over it.
+void openMenu(QWidget *field)
+{
+    const QPoint middle = field->rect().center();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, middle, field->mapToGlobal(middle));
+    QCoreApplication::sendEvent(field, &event);
+    if (QWidget *menu = QApplication::activePopupWidget())
+        menu->close();
+}
+
 QString missing(const char *label, const char *address)
 {
     return QLatin1String(label) + QLatin1String(address) + QLatin1String(kMissing);
@@ -455,7 +465,7 @@ void TestChecks::alert()
 void TestChecks::alertOnEveryWayOut_data()
 {
     QTest::addColumn<QString>("way");
-    for (const char *way : {"return", "enter", "tab", "click"})
+    for (const char *way : {"return", "enter", "tab", "click", "menu"})
         QTest::newRow(way) << QString::fromLatin1(way);
 }
 
@@ -479,6 +489,8 @@ void TestChecks::alertOnEveryWayOut()
         QTest::keyClick(field->m_pLineEdit[3], Qt::Key_Enter);
     else if (way == QLatin1String("tab"))
         QTest::keyClick(field->m_pLineEdit[3], Qt::Key_Tab);
+    else if (way == QLatin1String("menu"))
+        openMenu(field->m_pLineEdit[3]);
     else
         QTest::mouseClick(m_dialog->m_pEditRecDstPort, Qt::LeftButton);
     QTRY_COMPARE(answer.shown(), 1);

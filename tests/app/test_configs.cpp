@@ -51,6 +51,7 @@ private slots:
     void namesBeyondAscii();
     void startingSwitchesNothing();
     void choosingSwitches();
+    void aRefusedOneIsNotNamed();
     void whatWasTypedBeforeIsKept();
     void theChannelListStays();
     void anotherProgramSwitches();
@@ -140,6 +141,23 @@ void TestConfigs::choosingSwitches()
     // The other one knows nothing of it.
     tool({QStringLiteral("default"), before});
     QVERIFY(!snapshot().contains(QStringLiteral("0:ReceiveDestinationPort")));
+}
+
+// The store follows no link, so what is shown and written is still the configuration before.
+void TestConfigs::aRefusedOneIsNotNamed()
+{
+    makeConfiguration("studio", QStringLiteral("239.2.2.2"));
+    const QString folder = m_store->folder() + QStringLiteral("/corvel/");
+    QVERIFY(QFile::link(folder + QStringLiteral("studio.rkcfg"), folder + QStringLiteral("linked.rkcfg")));
+    open();
+    const int linked = m_dialog->m_pConfig->findText(QStringLiteral("linked"));
+    QVERIFY(linked >= 0);
+    m_dialog->m_pConfig->setCurrentIndex(linked);
+    QCOMPARE(defaultName(), QStringLiteral("default"));
+    QCOMPARE(m_dialog->m_pConfig->currentText(), QStringLiteral("default"));
+    QCOMPARE(m_dialog->m_pLineRecDstAddr->address(), QStringLiteral("1.0.0.0"));
+    QCOMPARE(m_dialog->findChild<QLabel *>(QStringLiteral("statusLine"))->text(),
+             QStringLiteral("The configuration linked cannot be used; default stays"));
 }
 
 // Closing saves what no slot has committed yet.

@@ -5,6 +5,7 @@
 #include "channel/backlog.h"
 #include "channel/storehealth.h"
 #include "support/filefixture.h"
+#include "support/logfile.h"
 #include "support/otherprogram.h"
 #include "support/sleepcount.h"
 #include "support/storeholder.h"
@@ -55,6 +56,7 @@ class TestStoreTrouble : public QObject {
     Q_OBJECT
 
 private slots:
+    void initTestCase() { LogTest::startLog(); }
     void init();
     void cleanup();
     void allIsWell();
@@ -240,7 +242,7 @@ void TestStoreTrouble::keptForTheirConfiguration()
     QTRY_COMPARE(d->m_pEditRecDstPort->text(), QStringLiteral("5004"));
 }
 
-// The second one is killed, so that it cannot say goodbye.
+// The second one is killed, so that it cannot say goodbye. Both write to one log.
 void TestStoreTrouble::aSecondDialog()
 {
     QProcess second;
@@ -249,6 +251,14 @@ void TestStoreTrouble::aSecondDialog()
     const QString text = QStringLiteral("A second IP Video Setup (process %1) is open on this store");
     QTRY_COMPARE_WITH_TIMEOUT(shown("statusLine"), text.arg(second.processId()), 60000);
     QCOMPARE(m_fixture->dialog->windowTitle(), QStringLiteral("IP Video Setup"));
+    const auto isLogged = [](qint64 writer, qint64 other) {
+        const QByteArray line = '[' + QByteArray::number(writer) + "] a second dialog, process " +
+                                QByteArray::number(other) + ", is open on this store\n";
+        return LogTest::logText().contains(line);
+    };
+    const qint64 us = QCoreApplication::applicationPid();
+    QTRY_VERIFY(isLogged(us, second.processId()));
+    QTRY_VERIFY_WITH_TIMEOUT(isLogged(second.processId(), us), 60000);
     second.kill();
     QVERIFY(second.waitForFinished(60000));
     QTRY_COMPARE(shown("statusLine"), QString());
