@@ -19,8 +19,7 @@ constexpr int kTellSeconds = 10;
 QString told(const QString &path, const QString &obstacle)
 {
     if (obstacle.isEmpty() && backlogWaits())
-        return QCorvel::tr("%1: held by another program; edits are kept and stored as soon as it lets go")
-            .arg(path);
+        return QCorvel::tr("%1: held by another program; edits wait until it lets go").arg(path);
     const QString reason = obstacle.isEmpty() ? QCorvel::tr("held by another program") : obstacle;
     return QCorvel::tr("%1: %2; edits are not kept").arg(path, reason);
 }

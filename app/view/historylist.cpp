@@ -49,6 +49,16 @@ QTableWidget *newTable(QWidget *owner)
     return table;
 }
 
+// As large as those of the dialog are, and without the style's pictures, which are drawn for a light ground.
+void fitButtons(const QDialogButtonBox *box)
+{
+    const QFontMetrics font = box->fontMetrics();
+    for (QAbstractButton *button : box->buttons()) {
+        button->setIcon(QIcon());
+        button->setMinimumSize(font.averageCharWidth() * 14, font.height() * 17 / 10);
+    }
+}
+
 } // namespace
 
 HistoryList::HistoryList(QWidget *owner, Rows rows, TakeBack takeBack)
@@ -64,6 +74,8 @@ HistoryList::HistoryList(QWidget *owner, Rows rows, TakeBack takeBack)
     m_button->setObjectName(QStringLiteral("historyTakeBack"));
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     buttons->addButton(m_button, QDialogButtonBox::ActionRole);
+    fitButtons(buttons);
+    m_channel->setMinimumHeight(fontMetrics().height() * 17 / 10);
     auto *column = new QVBoxLayout(this);
     column->addWidget(m_channel);
     column->addWidget(m_table);
