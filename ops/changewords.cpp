@@ -77,6 +77,12 @@ QString placeInWords(const QByteArray &path, const QByteArray &name)
     return QStringLiteral("channel %1").arg(channel) + elementInWords(known ? known->place : QByteArray());
 }
 
+QString keysInWords(const QByteArray &path, const QByteArray &name, int more)
+{
+    const QString text = nameInWords(path, name) + QLatin1String(", ") + placeInWords(path, name);
+    return more > 0 ? text + QStringLiteral(" and %1 more").arg(more) : text;
+}
+
 QString changeInWords(const Change &change)
 {
     const QString before = QString::fromUtf8(valueInWords(change.path, change.name, change.before));

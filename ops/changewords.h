@@ -18,6 +18,9 @@ QString nameInWords(const QByteArray &path, const QByteArray &name);
 // "channel 2 Audio 3", "channel 2", "server", or the path.
 QString placeInWords(const QByteArray &path, const QByteArray &name);
 
+// "Receive Destination Address, channel 2 Video and 3 more": one key of several.
+QString keysInWords(const QByteArray &path, const QByteArray &name, int more);
+
 // What was there stands on the left: it is what taking the change back puts there again.
 QString changeInWords(const Change &change);
 

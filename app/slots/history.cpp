@@ -169,11 +169,8 @@ QString conflictsInWords(const QVector<StoreChange> &conflicts)
     if (conflicts.isEmpty())
         return QString();
     const StoreChange &first = conflicts.first();
-    const QString text =
-        QCorvel::tr("; changed since by others and left alone: %1, %2")
-            .arg(ops::nameInWords(first.path, first.name), ops::placeInWords(first.path, first.name));
-    const int more = conflicts.size() - 1;
-    return more > 0 ? QCorvel::tr("%1 and %2 more").arg(text).arg(more) : text;
+    return QCorvel::tr("; changed since by others and left alone: %1")
+        .arg(ops::keysInWords(first.path, first.name, conflicts.size() - 1));
 }
 
 // All that one command takes back is one step: all of it, or nothing.

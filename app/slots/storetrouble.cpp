@@ -19,20 +19,9 @@ constexpr int kTellSeconds = 10;
 QString told(const QString &path, const QString &obstacle)
 {
     if (obstacle.isEmpty() && backlogWaits())
-        return QCorvel::tr("%1: held by another program; edits are kept and stored as soon as it lets go")
-            .arg(path);
+        return QCorvel::tr("%1: held by another program; edits wait until it lets go").arg(path);
     const QString reason = obstacle.isEmpty() ? QCorvel::tr("held by another program") : obstacle;
     return QCorvel::tr("%1: %2; edits are not kept").arg(path, reason);
-}
-
-QString leftInWords(const QVector<StoreChange> &left)
-{
-    const StoreChange &first = left.first();
-    const QString text =
-        QCorvel::tr("Changed by another program meanwhile and left so: %1, %2")
-            .arg(ops::nameInWords(first.path, first.name), ops::placeInWords(first.path, first.name));
-    const int more = left.size() - 1;
-    return more > 0 ? QCorvel::tr("%1 and %2 more").arg(text).arg(more) : text;
 }
 
 } // namespace
@@ -80,7 +69,10 @@ bool QCorvelPrivate::storeKept()
     for (const StoreChange &write : left)
         ErrOut("%s %s: changed by another program meanwhile, not stored", write.path.constData(),
                write.name.constData());
-    tell(leftInWords(left), kTellSeconds);
+    const StoreChange &first = left.first();
+    tell(QCorvel::tr("Changed by another program meanwhile and left so: %1")
+             .arg(ops::keysInWords(first.path, first.name, left.size() - 1)),
+         kTellSeconds);
     showNews();
     return done;
 }

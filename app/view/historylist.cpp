@@ -51,6 +51,16 @@ QTableWidget *newTable(QWidget *owner)
     return table;
 }
 
+// As large as those of the dialog are, and without the style's pictures, which are drawn for a light ground.
+void fitButtons(const QDialogButtonBox *box)
+{
+    const QFontMetrics font = box->fontMetrics();
+    for (QAbstractButton *button : box->buttons()) {
+        button->setIcon(QIcon());
+        button->setMinimumSize(font.averageCharWidth() * 14, font.height() * 17 / 10);
+    }
+}
+
 } // namespace
 
 HistoryList::HistoryList(QWidget *owner, Rows rows, TakeBack takeBack)
@@ -69,6 +79,8 @@ HistoryList::HistoryList(QWidget *owner, Rows rows, TakeBack takeBack)
     // Return in a field of the owner would press a default button in here.
     for (QPushButton *button : findChildren<QPushButton *>())
         button->setAutoDefault(false);
+    fitButtons(buttons);
+    m_channel->setMinimumHeight(fontMetrics().height() * 17 / 10);
     auto *column = new QVBoxLayout(this);
     column->addWidget(m_channel);
     column->addWidget(m_table);

@@ -78,8 +78,7 @@ private:
     }
     static QString keptText()
     {
-        return storePath() +
-               QStringLiteral(": held by another program; edits are kept and stored as soon as it lets go");
+        return storePath() + QStringLiteral(": held by another program; edits wait until it lets go");
     }
     std::unique_ptr<FileFixture> m_fixture;
 };

@@ -17,6 +17,7 @@ private slots:
     void words_data();
     void words();
     void everyNameHasItsOwnWords();
+    void oneOfSeveral();
 };
 
 void TestOpsChangeWords::words_data()
@@ -64,6 +65,13 @@ void TestOpsChangeWords::everyNameHasItsOwnWords()
     }
     // The override is kept at two places.
     QCOMPARE(all.size(), int(knownNames().size()) - 1);
+}
+
+void TestOpsChangeWords::oneOfSeveral()
+{
+    const QString one = QStringLiteral("Receive Destination Port, channel 2 Video");
+    QCOMPARE(keysInWords(channelPath(2), "ReceiveDestinationPort", 0), one);
+    QCOMPARE(keysInWords(channelPath(2), "ReceiveDestinationPort", 3), one + QStringLiteral(" and 3 more"));
 }
 
 QTEST_APPLESS_MAIN(TestOpsChangeWords)
