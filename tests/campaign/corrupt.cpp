@@ -103,8 +103,11 @@ public:
         for (auto it = files.cbegin(); it != files.cend(); ++it)
             overwrite(home.path(it.key()), it.value());
         alarm(patienceSeconds);
+        const long before = m_problems.count();
         judge(home, files, copies > 0 ? older : good);
         alarm(0);
+        if (m_problems.count() > before)
+            keep(number, files);
     }
     int finish(long done) const
     {
@@ -116,6 +119,16 @@ public:
     long problems() const { return m_problems.count(); }
 
 private:
+    // CAMPAIGN_KEEP names a folder for the files of what went wrong.
+    static void keep(long number, const StoreFiles &files)
+    {
+        const QString folder =
+            QStringLiteral("%1/%2/").arg(qEnvironmentVariable("CAMPAIGN_KEEP")).arg(number);
+        if (!qEnvironmentVariableIsSet("CAMPAIGN_KEEP") || !QDir().mkpath(folder))
+            return;
+        for (auto it = files.cbegin(); it != files.cend(); ++it)
+            overwrite(folder + it.key(), it.value());
+    }
     static const Mutation &drawMutation(const StoreFiles &files)
     {
         for (;;) {

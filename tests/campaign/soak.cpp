@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <malloc.h>
+#include <unistd.h>
 
 using namespace DialogTest;
 
@@ -18,7 +19,7 @@ namespace {
 
 constexpr long mostGrowthKb = 1024;
 constexpr int mostLogFiles = 4;
-constexpr int logLinesPerStep = 20;
+constexpr int logLinesPerStep = 60;
 constexpr int patienceMs = 60000;
 constexpr double warmUp = 0.3; // of the time
 
@@ -119,6 +120,8 @@ private:
     }
     void largeStep()
     {
+        if (qEnvironmentVariableIsSet("CAMPAIGN_LEAK"))
+            m_leaked = dup(STDIN_FILENO);
         switch (m_large++ % 6) {
         case 0:
             setClock(true);
@@ -156,6 +159,7 @@ private:
     int m_large = 0;
     int m_clocks = 0;
     int m_files = 0;
+    int m_leaked = -1;
 };
 
 void judge(const Level &level, const Level &base, campaign::Problems &problems)
