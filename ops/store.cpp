@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ops/store.h"
 
-#include "ops/storecalls.h"
+#include "channel/librarycalls.h"
+#include "channel/storecalls.h"
 #include "rkcfg.h"
 
 #include <QSet>
@@ -52,7 +53,7 @@ bool write(void *handle, const Change &change)
     const char *path = change.path.constData();
     const char *name = change.name.constData();
     if (!change.after)
-        return storeCalls().remove && storeCalls().remove(handle, path, name) != 0;
+        return libraryCalls().remove && libraryCalls().remove(handle, path, name) != 0;
     if (change.after->isText) {
         QByteArray text = change.after->text;
         auto size = static_cast<uint32_t>(text.size()) + 1;
@@ -73,9 +74,9 @@ Store::Store() : m_handle(reinterpret_cast<void *>(static_cast<intptr_t>(-1))) {
 
 Outcome<Store> Store::open(const QByteArray &name, bool create)
 {
-    if (!storeCalls().open)
+    if (!libraryCalls().open)
         return refused("this configuration library opens the default configuration only");
-    void *handle = storeCalls().open(name.constData(), create ? 1 : 0);
+    void *handle = libraryCalls().open(name.constData(), create ? 1 : 0);
     if (!handle)
         return refused("configuration \"" + name + "\" cannot be opened");
     return Store(handle);
@@ -100,7 +101,7 @@ Outcome<Snapshot> Store::read(const QByteArray &path) const
 {
     Filler filler;
     const char *from = path.isEmpty() ? nullptr : path.constData();
-    if (!storeCalls().forEach || storeCalls().forEach(m_handle, from, addRow, &filler) != 0)
+    if (!libraryCalls().forEach || libraryCalls().forEach(m_handle, from, addRow, &filler) != 0)
         return refused("the store cannot be read");
     return std::move(filler.snapshot);
 }
@@ -112,29 +113,50 @@ Outcome<Done> Store::save()
     return Done();
 }
 
-Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
+// Without transactions in the library, a single value can still be stored safely.
+Outcome<Done> Store::applyIn(StoreTransaction &transaction, const Changes &changes, const QByteArray &label)
 {
-    const StoreCalls &calls = storeCalls();
-    if (changes.empty())
-        return Done();
-    if (calls.label && !label.isEmpty())
-        calls.label(m_handle, label.constData());
-    // A library without transactions can still take a single value safely.
-    if (!calls.begin && changes.size() == 1)
-        return write(m_handle, changes.front()) ? save() : notWritten(changes.front());
-    if (!calls.begin)
+    if (!transaction.isOpen() && libraryCalls().begin)
+        return storeBusy();
+    if (!transaction.isOpen() && changes.size() > 1)
         return refused("this configuration library cannot store several values as one; nothing was changed");
-    if (calls.begin(m_handle) != 0)
-        return refused("the store is busy or cannot be written; nothing was changed");
+    if (libraryCalls().label && !label.isEmpty())
+        libraryCalls().label(m_handle, label.constData());
     for (const Change &change : changes) {
-        if (!write(m_handle, change)) {
-            calls.end(m_handle, 0);
+        if (!write(m_handle, change))
             return notWritten(change);
-        }
     }
-    if (calls.end(m_handle, 1) != 0)
+    if (!transaction.keep())
         return refused("the store did not take the change; nothing was changed");
     return save();
+}
+
+Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
+{
+    if (changes.empty())
+        return Done();
+    StoreTransaction transaction(m_handle);
+    return applyIn(transaction, changes, label);
+}
+
+Outcome<Changes> Store::change(const Plan &plan, const QByteArray &label)
+{
+    StoreTransaction transaction(m_handle);
+    if (!transaction.isOpen() && libraryCalls().begin)
+        return storeBusy();
+    const Outcome<Snapshot> now = read();
+    if (!now)
+        return now.failure();
+    Outcome<Changes> changes = plan(*now);
+    if (!changes || changes->empty())
+        return changes;
+    const Outcome<Done> done = applyIn(transaction, *changes, label);
+    return done ? std::move(changes) : done.failure();
+}
+
+Failure storeBusy()
+{
+    return refused("the store is busy or cannot be written; nothing was changed");
 }
 
 } // namespace ops
