@@ -103,16 +103,22 @@ Outcome<Done> writeOutput(const QByteArray &path, const QByteArray &content)
 {
     if (path == "-")
         return writeTo(stdout, "the output", content);
+    if (path.isEmpty())
+        return cannotWrite(path, strerror(ENOENT));
     if (isStream(path))
         return writeStream(path, content);
+    // commit() does not notice what fails when the last bytes leave the buffer, on a full disk for example.
     QSaveFile file(QFile::decodeName(path));
-    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit())
+    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush() &&
+        file.commit())
         return Done();
     return cannotWrite(path, file.errorString().toUtf8());
 }
 
 Outcome<Done> canWrite(const QByteArray &path)
 {
+    if (path.isEmpty())
+        return cannotWrite(path, strerror(ENOENT));
     QSaveFile file(QFile::decodeName(path));
     if (path == "-" || isStream(path) || file.open(QIODevice::WriteOnly))
         return Done();
