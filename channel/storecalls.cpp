@@ -2,43 +2,12 @@
 #include "channel/storecalls.h"
 
 #include "channel/channelstore.h"
-#include "channel/storerecord.h"
+#include "channel/librarycalls.h"
+#include "rkcfg.h"
 
 #include <QByteArray>
 
-#include <dlfcn.h>
-
 namespace {
-
-// The call of that name, or null where the library has none.
-template<class Call>
-Call lookUp(const char *name)
-{
-    return reinterpret_cast<Call>(dlsym(RTLD_DEFAULT, name));
-}
-
-using ChangedCall = int (*)(void *, quint64 *);
-using BeginCall = int (*)(void *);
-using EndCall = int (*)(void *, int);
-using LabelCall = int (*)(void *, const char *);
-using VisitCall = int (*)(void *, const StoreRecord *);
-using HistoryCall = int (*)(void *, qint64, VisitCall, void *);
-using TakeBackCall = int (*)(void *, qint64, int, int, VisitCall, void *, qint64 *);
-
-struct Calls {
-    ChangedCall changed = lookUp<ChangedCall>("rkCFGChanged");
-    BeginCall begin = lookUp<BeginCall>("rkCFGBegin");
-    EndCall end = lookUp<EndCall>("rkCFGEnd");
-    LabelCall label = lookUp<LabelCall>("rkCFGLabel");
-    HistoryCall history = lookUp<HistoryCall>("rkCFGHistory");
-    TakeBackCall takeBack = lookUp<TakeBackCall>("rkCFGTakeBack");
-};
-
-const Calls &calls()
-{
-    static const Calls found;
-    return found;
-}
 
 StoreChange::Value valueOf(int type, const char *text, quint32 size, quint32 number)
 {
@@ -80,30 +49,43 @@ int visitRecord(void *context, const StoreRecord *record)
 
 bool storeTellsNews()
 {
-    return calls().changed != nullptr;
+    return libraryCalls().changed != nullptr;
 }
 
 bool storeHasTransactions()
 {
-    return calls().begin && calls().end;
+    return libraryCalls().begin && libraryCalls().end;
 }
 
 StoreNews storeNews(quint64 *mark)
 {
-    if (!calls().changed)
+    if (!libraryCalls().changed)
         return StoreNews::None;
-    const int answer = calls().changed(defaultStore(), mark);
+    uint64_t seen = *mark;
+    const int answer = libraryCalls().changed(defaultStore(), &seen);
+    *mark = seen;
     if (answer < 0)
         return StoreNews::Unreadable;
     return answer ? StoreNews::Others : StoreNews::None;
 }
 
-StoreTransaction::StoreTransaction() : m_open(storeHasTransactions() && calls().begin(defaultStore()) == 0) {}
+StoreTransaction::StoreTransaction() : StoreTransaction(defaultStore()) {}
+
+StoreTransaction::StoreTransaction(void *store)
+    : m_store(store), m_open(storeHasTransactions() && libraryCalls().begin(store) == 0)
+{
+}
 
 StoreTransaction::~StoreTransaction()
 {
     if (m_open)
-        calls().end(defaultStore(), 0);
+        libraryCalls().end(m_store, 0);
+}
+
+// Asks for a save, which is put off to the end and refused for any other configuration.
+bool StoreTransaction::isOf(const QString &configuration) const
+{
+    return m_open && rkCFGSave(m_store, configuration.toUtf8().constData(), 0) == 0;
 }
 
 bool StoreTransaction::keep()
@@ -111,37 +93,42 @@ bool StoreTransaction::keep()
     if (!m_open)
         return true; // each write stood alone
     m_open = false;
-    return calls().end(defaultStore(), 1) == 0;
+    return libraryCalls().end(m_store, 1) == 0;
 }
 
 void labelNextBatch(const QString &label)
 {
     constexpr int kMostBytes = 200;
-    if (!calls().label)
+    if (!libraryCalls().label)
         return;
     QString cut = label;
     while (cut.toUtf8().size() > kMostBytes)
         cut.chop(1);
-    calls().label(defaultStore(), cut.toUtf8().constData());
+    libraryCalls().label(defaultStore(), cut.toUtf8().constData());
 }
 
 bool storeHasHistory()
 {
-    return calls().history && calls().takeBack;
+    return libraryCalls().history && libraryCalls().takeBack;
 }
 
 bool walkHistory(qint64 after, const Visit &visit)
 {
-    if (!calls().history)
+    if (!libraryCalls().history)
         return false;
     Visit visitor = visit;
-    return calls().history(defaultStore(), after, visitRecord, &visitor) == 0;
+    return libraryCalls().history(defaultStore(), after, visitRecord, &visitor) == 0;
 }
 
 int takeBatchBack(qint64 batch, bool force, bool dryRun, const Visit &conflict, qint64 *newBatch)
 {
-    if (!calls().takeBack)
+    if (!libraryCalls().takeBack)
         return -1;
     Visit visitor = conflict;
-    return calls().takeBack(defaultStore(), batch, force, dryRun, visitRecord, &visitor, newBatch);
+    int64_t made = 0;
+    const int left =
+        libraryCalls().takeBack(defaultStore(), batch, force, dryRun, visitRecord, &visitor, &made);
+    if (newBatch && left >= 0)
+        *newBatch = made;
+    return left;
 }

@@ -32,7 +32,8 @@ StoreNews storeNews(quint64 *mark);
 class StoreTransaction {
 public:
     StoreTransaction();
-    ~StoreTransaction(); // takes back what was not kept
+    explicit StoreTransaction(void *store); // of another configuration's handle
+    ~StoreTransaction();                    // takes back what was not kept
     StoreTransaction(const StoreTransaction &) = delete;
     StoreTransaction &operator=(const StoreTransaction &) = delete;
 
@@ -42,6 +43,7 @@ public:
     bool keep();
 
 private:
+    void *m_store;
     bool m_open;
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // RKCFG_CHANGE as rkcfg.h of this source tree has it, member by member; a site's own header need not have
-// it. A test holds the two against each other. Only storecalls.cpp uses it.
+// it. A test holds the two against each other. Read through librarycalls.h.
 #ifndef CORVEL_STORERECORD_H
 #define CORVEL_STORERECORD_H
 

@@ -28,47 +28,28 @@ struct SetOptions {
     }
 };
 
-// The draft of one command, from the command line or from standard input.
-ops::Outcome<ops::Done> fillSet(const SetOptions &options, ops::Draft &draft)
-{
-    if (options.place != "-")
-        return ops::setWords(bytes(options.place), options.list(), options.rules(), draft);
-    const auto text = ops::readInput("-");
-    if (!text)
-        return text.failure();
-    return ops::setLines(*text, options.rules(), draft);
-}
-
-ops::Outcome<ops::Done> fillUnset(const SetOptions &options, ops::Draft &draft)
-{
-    if (options.all)
-        return ops::unsetPlace(bytes(options.place), draft);
-    return ops::unsetWords(bytes(options.place), options.list(), options.rules(), draft);
-}
-
-template<class Fill>
-int change(Context &context, const SetOptions &options, const char *command, const Fill &fill)
-{
-    return withValues(context, [&](ops::Store &store, const ops::Snapshot &values) {
-        ops::Draft draft(values);
-        const ops::Outcome<ops::Done> filled = fill(options, draft);
-        return filled ? applyChanges(context, store, draft.changes(), options.label(command))
-                      : context.fail(filled.failure());
-    });
-}
-
 int set(Context &context, const SetOptions &options)
 {
-    if (options.place == "-" ? !options.words.empty() : options.words.empty())
+    const bool lines = options.place == "-";
+    if (lines != options.words.empty())
         return context.usage("set needs a place and WORD=VALUE, or - for lines of both from standard input");
-    return change(context, options, "set", fillSet);
+    const auto text = lines ? ops::readInput("-") : ops::Outcome<QByteArray>(QByteArray());
+    if (!text)
+        return context.fail(text.failure());
+    return applyDraft(context, options.label("set"), Ask::Never, [&](ops::Draft &draft) {
+        return lines ? ops::setLines(*text, options.rules(), draft)
+                     : ops::setWords(bytes(options.place), options.list(), options.rules(), draft);
+    });
 }
 
 int unset(Context &context, const SetOptions &options)
 {
     if (options.words.empty() != options.all)
         return context.usage("unset needs the names of values, or --all for everything of the place");
-    return change(context, options, "unset", fillUnset);
+    return applyDraft(context, options.label("unset"), Ask::Never, [&](ops::Draft &draft) {
+        return options.all ? ops::unsetPlace(bytes(options.place), draft)
+                           : ops::unsetWords(bytes(options.place), options.list(), options.rules(), draft);
+    });
 }
 
 void declareSet(Command &command, SetOptions &options)

@@ -65,25 +65,73 @@ bool agreed(const Context &context, const QByteArray &question)
     return fgets(answer, sizeof answer, stdin) && (answer[0] == 'y' || answer[0] == 'Y');
 }
 
-int applyChanges(Context &context, ops::Store &store, const ops::Changes &changes, const QByteArray &label,
-                 Ask ask)
+namespace {
+
+int tell(const Context &context, const ops::Changes &changes, const char *what)
 {
     if (changes.empty())
         return context.nothing("nothing to change");
-    printChanges(context.out, changes);
-    context.out.flush();
-    const QByteArray values = counted(changes.size(), "value");
-    if (context.dryRun) {
-        context.out.note(values + " would change");
-        return Done;
-    }
-    if (ask == Ask::Always && !agreed(context, "Change " + values + '?')) {
+    context.out.note(counted(changes.size(), "value") + what);
+    return Done;
+}
+
+ops::Outcome<ops::Changes> preview(Context &context, const ops::Store &store, const ops::Plan &plan)
+{
+    const auto now = store.read();
+    if (!now)
+        return now.failure();
+    auto changes = plan(*now);
+    if (changes)
+        printChanges(context.out, *changes);
+    return changes;
+}
+
+int apply(Context &context, ops::Store &store, const ops::Plan &plan, const QByteArray &label)
+{
+    const auto done = store.change(plan, label);
+    if (!done)
+        return context.fail(done.failure());
+    printChanges(context.out, *done);
+    return tell(context, *done, " changed");
+}
+
+// While somebody is reading the question the store belongs to everybody, so the plan is made once more.
+int askAndApply(Context &context, ops::Store &store, const ops::Plan &plan, const QByteArray &label)
+{
+    const auto shown = preview(context, store, plan);
+    if (!shown)
+        return context.fail(shown.failure());
+    if (shown->empty())
+        return tell(context, *shown, "");
+    Output::flush();
+    if (!agreed(context, "Change " + counted(shown->size(), "value") + '?')) {
         Output::error("nothing was changed");
         return Usage;
     }
-    const auto done = store.apply(changes, label);
-    if (!done)
-        return context.fail(done.failure());
-    context.out.note(values + " changed");
-    return Done;
+    const auto asShown = [&](const ops::Snapshot &now) -> ops::Outcome<ops::Changes> {
+        auto changes = plan(now);
+        if (changes && !(*changes == *shown))
+            return ops::refused("the store was changed meanwhile; nothing was done");
+        return changes;
+    };
+    const auto done = store.change(asShown, label);
+    return done ? tell(context, *done, " changed") : context.fail(done.failure());
+}
+
+} // namespace
+
+int applyPlan(Context &context, ops::Store &store, const ops::Plan &plan, const QByteArray &label, Ask ask)
+{
+    if (context.dryRun) {
+        const auto shown = preview(context, store, plan);
+        return shown ? tell(context, *shown, " would change") : context.fail(shown.failure());
+    }
+    if (ask == Ask::Always && !context.yes)
+        return askAndApply(context, store, plan, label);
+    return apply(context, store, plan, label);
+}
+
+QByteArray fileLabel(const char *command, const QByteArray &path)
+{
+    return command + (' ' + path.mid(path.lastIndexOf('/') + 1));
 }

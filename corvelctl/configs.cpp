@@ -35,49 +35,54 @@ int list(Context &context, const NoOptions &)
     return Done;
 }
 
-// A dry run says what would be done; the name is looked at when it is done.
+// A dry run says what would be done, and fails where that would fail. change(doing) does it.
 template<class Work>
 int work(Context &context, const QByteArray &what, const Work &change)
 {
-    if (context.dryRun) {
+    const auto done = change(context.dryRun ? ops::Doing::Check : ops::Doing::Make);
+    if (done && context.dryRun)
         context.out.note("would " + what);
-        return Done;
-    }
-    const ops::Outcome<ops::Done> done = change();
     return done ? Done : context.fail(done.failure());
 }
 
 int newOne(Context &context, const NameOptions &options)
 {
     const QByteArray name = bytes(options.name);
-    return work(context, "make " + name, [&] { return ops::newConfiguration(name); });
+    return work(context, "make " + name,
+                [&](ops::Doing doing) { return ops::newConfiguration(name, doing); });
 }
 
 int copy(Context &context, const NameOptions &options)
 {
     const QByteArray from = bytes(options.name), to = bytes(options.other);
-    return work(context, "copy " + from + " to " + to, [&] { return ops::copyConfiguration(from, to); });
+    return work(context, "copy " + from + " to " + to,
+                [&](ops::Doing doing) { return ops::copyConfiguration(from, to, doing); });
 }
 
 int rename(Context &context, const NameOptions &options)
 {
     const QByteArray from = bytes(options.name), to = bytes(options.other);
-    return work(context, "rename " + from + " to " + to, [&] { return ops::renameConfiguration(from, to); });
+    return work(context, "rename " + from + " to " + to,
+                [&](ops::Doing doing) { return ops::renameConfiguration(from, to, doing); });
 }
 
 int remove(Context &context, const NameOptions &options)
 {
     const QByteArray name = bytes(options.name);
-    const bool ask = !context.dryRun && ops::hasConfiguration(name);
-    if (ask && !agreed(context, "Delete configuration \"" + name + "\" for good?"))
+    const auto possible = ops::deleteConfiguration(name, ops::Doing::Check);
+    if (!possible)
+        return context.fail(possible.failure());
+    if (!context.dryRun && !agreed(context, "Delete configuration \"" + name + "\" for good?"))
         return Usage;
-    return work(context, "delete " + name, [&] { return ops::deleteConfiguration(name); });
+    return work(context, "delete " + name,
+                [&](ops::Doing doing) { return ops::deleteConfiguration(name, doing); });
 }
 
 int use(Context &context, const NameOptions &options)
 {
     const QByteArray name = bytes(options.name);
-    return work(context, "let the server use " + name, [&] { return ops::useConfiguration(name); });
+    return work(context, "let the server use " + name,
+                [&](ops::Doing doing) { return ops::useConfiguration(name, doing); });
 }
 
 } // namespace

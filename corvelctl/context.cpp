@@ -2,6 +2,7 @@
 #include "corvelctl/context.h"
 
 #include "ops/configurations.h"
+#include "ops/inputfile.h"
 
 ops::Outcome<ops::Store> Context::open() const
 {
@@ -28,4 +29,16 @@ int Context::nothing(const QByteArray &message) const
 {
     out.note(message);
     return failIfNone ? Nothing : Done;
+}
+
+int Context::writeFile(const QByteArray &path, const QByteArray &content)
+{
+    out.begin("");
+    const bool only = dryRun && path != "-";
+    const auto written = only ? ops::canWrite(path) : ops::writeOutput(path, content);
+    if (!written)
+        return fail(written.failure());
+    if (only)
+        out.note("would write " + path);
+    return Done;
 }

@@ -38,6 +38,9 @@ struct Context {
     int usage(const QByteArray &message) const;
     // Done, or Nothing when there was nothing to do and the user wants to know.
     int nothing(const QByteArray &message) const;
+    // Writes a file that is the command's result; it is the same with and without JSON. A dry run looks
+    // whether it could be written, and prints what goes to standard output.
+    int writeFile(const QByteArray &path, const QByteArray &content);
 };
 
 // Opens the configuration, reads all of it and lets work(store, values) do the rest.

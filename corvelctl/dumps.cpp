@@ -7,6 +7,8 @@
 #include "ops/inputfile.h"
 #include "ops/operand.h"
 
+#include <algorithm>
+
 namespace {
 
 struct DumpOptions {
@@ -21,6 +23,8 @@ QByteArray currentName(const Context &context)
 
 ops::Outcome<ops::Configuration> readConfiguration(const QByteArray &name)
 {
+    if (!ops::hasConfiguration(name))
+        return ops::noSuchConfiguration(name);
     const auto store =
         name == ops::defaultConfiguration() ? ops::Outcome<ops::Store>(ops::Store()) : ops::Store::open(name);
     if (!store)
@@ -41,9 +45,7 @@ int dump(Context &context, const DumpOptions &options)
             return context.fail(configuration.failure());
         all.push_back(std::move(*configuration));
     }
-    context.out.begin(""); // the file itself is JSON
-    const auto written = ops::writeOutput(bytes(options.file), ops::writeDump(all));
-    return written ? Done : context.fail(written.failure());
+    return context.writeFile(bytes(options.file), ops::writeDump(all));
 }
 
 void declareDump(Command &command, DumpOptions &options)
@@ -58,35 +60,92 @@ struct RestoreOptions {
     bool all = false;
 };
 
-// Makes one configuration exactly the dump's.
-int restoreInto(Context &context, ops::Store &store, const ops::Snapshot &wanted, const QByteArray &label)
+// Exactly the dump: what is not in it goes.
+ops::Plan becoming(const ops::Snapshot &wanted)
 {
-    const auto now = store.read();
-    if (!now)
-        return context.fail(now.failure());
-    const ops::Changes changes = ops::difference(*now, wanted, ops::Spelling::Exact);
-    return applyChanges(context, store, changes, label, Ask::Always);
+    return [&wanted](const ops::Snapshot &now) -> ops::Outcome<ops::Changes> {
+        return ops::difference(now, wanted, ops::Spelling::Exact);
+    };
+}
+
+int restoreOne(Context &context, const ops::Configuration &from, const QByteArray &label)
+{
+    auto store = context.open();
+    return store ? applyPlan(context, *store, becoming(from.values), label, Ask::Always)
+                 : context.fail(store.failure());
+}
+
+// With several configurations an item says which one it is of.
+void printChangesOf(const ops::Configuration &configuration, const ops::Changes &changes, Context &context)
+{
+    context.out.note("configuration \"" + configuration.name + "\": " + counted(changes.size(), "value"));
+    for (const ops::Change &change : changes) {
+        context.out.item([&] {
+            Json item = changeItem(change);
+            item["configuration"] = jsonText(configuration.name);
+            return item;
+        });
+        context.out.line(changeText(context.out, change));
+    }
+}
+
+// Prints what would become of each configuration and counts the values. A name that cannot be one is found
+// out before anything is done.
+ops::Outcome<std::size_t> showAll(Context &context, const ops::Dump &dump)
+{
+    std::size_t values = 0;
+    for (const ops::Configuration &configuration : dump) {
+        const bool known = ops::hasConfiguration(configuration.name);
+        const auto possible = known ? ops::Outcome<ops::Done>(ops::Done())
+                                    : ops::newConfiguration(configuration.name, ops::Doing::Check);
+        if (!possible)
+            return possible.failure();
+        const auto now = known ? readConfiguration(configuration.name)
+                               : ops::Outcome<ops::Configuration>(ops::Configuration());
+        if (!now)
+            return now.failure();
+        const ops::Changes changes = ops::difference(now->values, configuration.values, ops::Spelling::Exact);
+        printChangesOf(configuration, changes, context);
+        values += changes.size();
+    }
+    Output::flush();
+    return values;
 }
 
 // Each configuration is one transaction; what came before a failure stays.
-int restoreAll(Context &context, const ops::Dump &dump, const QByteArray &label)
+int restoreEach(Context &context, const ops::Dump &dump, const QByteArray &label)
 {
     bool some = false;
     for (const ops::Configuration &configuration : dump) {
-        auto store = ops::Store::open(configuration.name, !context.dryRun);
-        const int code =
-            store ? restoreInto(context, *store, configuration.values, label) : context.fail(store.failure());
-        if (code != Done && code != Nothing)
+        auto store = ops::Store::open(configuration.name, true);
+        const auto done = store ? store->change(becoming(configuration.values), label)
+                                : ops::Outcome<ops::Changes>(store.failure());
+        const int code = done ? Done : context.fail(done.failure());
+        if (code != Done)
             return some ? Partly : code;
         some = true;
     }
     return Done;
 }
 
-int restoreOne(Context &context, const ops::Configuration &from, const QByteArray &label)
+int restoreAll(Context &context, const ops::Dump &dump, const QByteArray &label)
 {
-    auto store = context.open();
-    return store ? restoreInto(context, *store, from.values, label) : context.fail(store.failure());
+    const auto values = showAll(context, dump);
+    if (!values)
+        return context.fail(values.failure());
+    const auto exists = [](const ops::Configuration &one) { return ops::hasConfiguration(one.name); };
+    if (*values == 0 && std::all_of(dump.begin(), dump.end(), exists))
+        return context.nothing("nothing to change");
+    const QByteArray what = counted(*values, "value") + " of " + counted(dump.size(), "configuration");
+    if (context.dryRun) {
+        context.out.note(what + " would change");
+        return Done;
+    }
+    if (!agreed(context, "Change " + what + '?')) {
+        Output::error("nothing was changed");
+        return Usage;
+    }
+    return restoreEach(context, dump, label);
 }
 
 int restore(Context &context, const RestoreOptions &options)
@@ -98,7 +157,7 @@ int restore(Context &context, const RestoreOptions &options)
     const auto dump = ops::readDump(*text);
     if (!dump)
         return context.usage(file + ": " + dump.failure().text);
-    const QByteArray label = "restore " + file.mid(file.lastIndexOf('/') + 1);
+    const QByteArray label = fileLabel("restore", file);
     if (options.all)
         return restoreAll(context, *dump, label);
     if (dump->size() == 1 && options.from.empty())

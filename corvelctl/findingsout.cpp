@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "corvelctl/findingsout.h"
 
-#include "ops/inputfile.h"
-
 namespace {
 
 Json findingItem(const ops::Finding &finding)
@@ -28,9 +26,9 @@ int showFindings(Context &context, const ops::Findings &findings)
     return ops::hasTrouble(findings) ? Found : Done;
 }
 
-int showJunit(const ops::Findings &findings, const char *suite, const std::vector<const char *> &rules)
+int showJunit(Context &context, const ops::Findings &findings, const char *suite,
+              const std::vector<const char *> &rules)
 {
-    if (!ops::writeOutput("-", ops::findingsJunit(findings, suite, rules)))
-        return StoreFailed;
-    return ops::hasTrouble(findings) ? Found : Done;
+    const int code = context.writeFile("-", ops::findingsJunit(findings, suite, rules));
+    return code == Done && ops::hasTrouble(findings) ? Found : code;
 }

@@ -9,6 +9,7 @@
 
 // As text, JSON or, when wanted, JUnit. Returns Found when there is more than notes.
 int showFindings(Context &context, const ops::Findings &findings);
-int showJunit(const ops::Findings &findings, const char *suite, const std::vector<const char *> &rules);
+int showJunit(Context &context, const ops::Findings &findings, const char *suite,
+              const std::vector<const char *> &rules);
 
 #endif

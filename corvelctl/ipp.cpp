@@ -21,33 +21,37 @@ void noteAll(const Context &context, const QByteArray &head, const QByteArrayLis
 int exportFile(Context &context, const IppOptions &options)
 {
     return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) -> int {
-        context.out.begin("");
-        const auto written =
-            ops::writeOutput(bytes(options.file), ops::exportSettings(values, options.flows));
-        if (!written)
-            return context.fail(written.failure());
-        noteAll(context, "a settings file does not carry ", ops::settingsLosses(values));
-        return Done;
+        const int code = context.writeFile(bytes(options.file), ops::exportSettings(values, options.flows));
+        if (code == Done)
+            noteAll(context, "a settings file does not carry ", ops::settingsLosses(values));
+        return code;
     });
 }
 
-int importText(Context &context, const QByteArray &file, const QByteArray &text)
+// What the file says does not depend on the store, what it changes does.
+ops::Outcome<ops::SettingsRead> readAlone(const IppOptions &options, const QByteArray &text)
 {
-    return withValues(context, [&](ops::Store &store, const ops::Snapshot &values) -> int {
-        ops::Draft draft(values);
-        const auto read = ops::importSettings(text, draft);
-        if (!read)
-            return context.usage(file + ": " + read.failure().text);
-        noteAll(context, file + ", ", read->notes);
-        return applyChanges(context, store, draft.changes(),
-                            "Load File " + file.mid(file.lastIndexOf('/') + 1));
-    });
+    const ops::Snapshot nothing;
+    ops::Draft draft(nothing);
+    const auto read = ops::importSettings(text, draft);
+    return read ? read : ops::wrong(bytes(options.file) + ": " + read.failure().text);
 }
 
 int importFile(Context &context, const IppOptions &options)
 {
-    const auto text = ops::readInput(bytes(options.file));
-    return text ? importText(context, bytes(options.file), *text) : context.fail(text.failure());
+    const QByteArray file = bytes(options.file);
+    const auto text = ops::readInput(file);
+    if (!text)
+        return context.fail(text.failure());
+    const auto read = readAlone(options, *text);
+    if (!read)
+        return context.fail(read.failure());
+    noteAll(context, file + ", ", read->notes);
+    return applyDraft(context, fileLabel("Load File", file), Ask::Never,
+                      [&](ops::Draft &draft) -> ops::Outcome<ops::Done> {
+                          const auto taken = ops::importSettings(*text, draft);
+                          return taken ? ops::Outcome<ops::Done>(ops::Done()) : taken.failure();
+                      });
 }
 
 // What the dialog would make of the file, without a store.
@@ -56,11 +60,9 @@ int check(Context &context, const IppOptions &options)
     const auto text = ops::readInput(bytes(options.file));
     if (!text)
         return context.fail(text.failure());
-    const ops::Snapshot nothing;
-    ops::Draft draft(nothing);
-    const auto read = ops::importSettings(*text, draft);
+    const auto read = readAlone(options, *text);
     if (!read)
-        return context.usage(bytes(options.file) + ": " + read.failure().text);
+        return context.fail(read.failure());
     for (const QByteArray &note : read->notes) {
         context.out.item([&] { return Json{{"note", ops::jsonText(note)}}; });
         context.out.line(printable(note));

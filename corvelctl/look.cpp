@@ -61,33 +61,44 @@ Json valueItem(const ops::Key &key, const ops::Value &value)
     return item;
 }
 
-// With one word its value alone, for scripts; with several, or none, "word=value".
+// Prints what is stored of these keys and returns how many there are. Alone: the value without its word.
+int printKeys(Context &context, const ops::Snapshot &snapshot, const std::vector<ops::Key> &keys, bool alone)
+{
+    int found = 0;
+    for (const ops::Key &key : keys) {
+        const ops::Value *value = snapshot.find(key.path, key.name);
+        if (!value)
+            continue;
+        ++found;
+        context.out.item([&] { return valueItem(key, *value); });
+        const ops::KnownName *known = ops::knownByKey(key.path, key.name);
+        const QByteArray text = printable(ops::inWords(known ? known->kind : ops::Kind::Number, *value));
+        context.out.line(alone ? text : printable(known ? known->word : key.name) + '=' + text);
+    }
+    return found;
+}
+
+// With one word its value alone, for scripts; with several, or none, "word=value". A word that means nothing
+// is only right when a site has stored something under it.
 int getPlace(Context &context, const ops::Snapshot &snapshot, const ops::Place &place,
              const GetOptions &options)
 {
-    std::vector<std::string> words = options.words;
-    if (words.empty()) {
-        for (const QByteArray &word : ops::wordsIn(snapshot, place))
-            words.push_back(word.toStdString());
-    }
+    QByteArrayList words;
+    for (const std::string &word : options.words)
+        words.append(bytes(word));
     int found = 0;
-    for (const std::string &word : words) {
-        const auto keys = ops::select(place, bytes(word), ops::Foreign::Allow);
+    for (const QByteArray &word : words.isEmpty() ? ops::wordsIn(snapshot, place) : words) {
+        const auto keys = ops::select(place, word, ops::Foreign::Allow);
         if (!keys)
             return context.fail(keys.failure());
-        for (const ops::Key &key : *keys) {
-            const ops::Value *value = snapshot.find(key.path, key.name);
-            if (!value)
-                continue;
-            ++found;
-            context.out.item([&] { return valueItem(key, *value); });
-            const ops::KnownName *known = ops::knownByKey(key.path, key.name);
-            const QByteArray text = printable(ops::inWords(known ? known->kind : ops::Kind::Number, *value));
-            const bool alone = options.words.size() == 1 && keys->size() == 1;
-            context.out.line(alone ? text : printable(known ? known->word : key.name) + '=' + text);
-        }
+        const int there = printKeys(context, snapshot, *keys, words.size() == 1 && keys->size() == 1);
+        found += there;
+        const bool strange = there == 0 && place.path.isEmpty();
+        const auto known = ops::select(place, word, strange ? ops::Foreign::Refuse : ops::Foreign::Allow);
+        if (!known)
+            return context.fail(known.failure());
     }
-    return found > 0 || options.words.empty() ? Done : Found;
+    return found > 0 || words.isEmpty() ? Done : Found;
 }
 
 int get(Context &context, const GetOptions &options)

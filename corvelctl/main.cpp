@@ -5,6 +5,8 @@
 #include "corvelctl/families.h"
 #include "ops/suggest.h"
 
+#include <QTextCodec>
+
 #include <CLI/CLI.hpp>
 
 namespace {
@@ -12,7 +14,8 @@ namespace {
 constexpr char kAbout[] =
     "Looks at and changes everything that the corvel dialog sets up, for all channels at once.";
 
-constexpr char kExitCodes[] =
+constexpr char kFooter[] =
+    "Example:\n  corvelctl set 2/video rx.dst=239.20.2.1:20000\n\n"
     "Exit status: 0 done, 1 something was found or differs, 2 wrong use, 3 the store or the "
     "system refused,\n4 partly done, 5 nothing to do (with --fail-if-none).";
 
@@ -50,32 +53,57 @@ void addFamilies(Command app, Context &context)
 QByteArrayList commandNames(const CLI::App &app)
 {
     QByteArrayList names;
-    for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; })) {
-        if (!command->get_name().empty())
-            names.append(bytes(command->get_name()));
-    }
+    for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; }))
+        names.append(bytes(command->get_name()));
     return names;
 }
 
-// The first word that is no option.
-QByteArray firstWord(int argc, char **argv)
+// The words that are no options and no values of options: commands, then their arguments.
+QByteArrayList plainWords(int argc, char **argv)
 {
+    QByteArrayList words;
     for (int at = 1; at < argc; ++at) {
-        if (argv[at][0] != '-')
-            return argv[at];
+        const QByteArray word = argv[at];
+        if (word == "-c" || word == "--config")
+            ++at;
+        else if (!word.startsWith('-'))
+            words.append(word);
+    }
+    return words;
+}
+
+// A word where a command has to stand, and is none: what may have been meant. Empty when all are known.
+QByteArray unknownCommand(const CLI::App &app, const QByteArrayList &words)
+{
+    const CLI::App *at = &app;
+    for (const QByteArray &word : words) {
+        const QByteArrayList names = commandNames(*at);
+        if (names.isEmpty())
+            break;
+        if (!names.contains(word) && at->get_require_subcommand_min() > 0)
+            return "no command \"" + word.left(80) + '"' + ops::didYouMean(word, names);
+        if (!names.contains(word))
+            break;
+        at = at->get_subcommand(word.toStdString());
     }
     return QByteArray();
 }
 
 int wrongUse(const CLI::App &app, const CLI::ParseError &error, int argc, char **argv)
 {
-    const QByteArrayList names = commandNames(app);
-    const QByteArray word = firstWord(argc, argv);
-    if (!word.isEmpty() && !names.contains(word))
-        Output::error("no command \"" + word + '"' + ops::didYouMean(word, names));
-    else
-        Output::error(error.what());
+    const QByteArray unknown = unknownCommand(app, plainWords(argc, argv));
+    Output::error(unknown.isEmpty() ? QByteArray(error.what()) : unknown);
     return Usage;
+}
+
+// What a group of commands shows as its example is its first command's.
+void giveExamples(CLI::App &app)
+{
+    for (CLI::App *group : app.get_subcommands([](CLI::App *) { return true; })) {
+        const auto commands = group->get_subcommands([](CLI::App *) { return true; });
+        if (group->get_footer().empty() && !commands.empty())
+            group->footer(commands.front()->get_footer());
+    }
 }
 
 int run(CLI::App &app, Context &context, int argc, char **argv)
@@ -109,14 +137,17 @@ int complete(const CLI::App &app, Context &context, int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    // Names of files and configurations are bytes, whatever the locale: Latin-1 takes each as it is.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
     CLI::App app(kAbout, "corvelctl");
     Context context;
-    app.footer(kExitCodes);
     app.set_version_flag("--version", "corvelctl " CORVELCTL_VERSION);
     app.require_subcommand(1);
     app.fallthrough();
     addCommonOptions(app, context);
     addFamilies(Command(app), context);
+    giveExamples(app);
+    app.footer(kFooter); // after the others, which would inherit it
     if (argc > 1 && qstrcmp(argv[1], "__complete") == 0)
         return complete(app, context, argc, argv);
     return run(app, context, argc, argv);

@@ -17,18 +17,6 @@ QByteArrayList listOf(const std::vector<std::string> &words)
     return list;
 }
 
-// Lets `fill` put the changes into a draft, and applies them.
-template<class Fill>
-int change(Context &context, const QByteArray &label, Ask ask, const Fill &fill)
-{
-    return withValues(context, [&](ops::Store &store, const ops::Snapshot &values) {
-        ops::Draft draft(values);
-        const ops::Outcome<ops::Done> filled = fill(draft);
-        return filled ? applyChanges(context, store, draft.changes(), label, ask)
-                      : context.fail(filled.failure());
-    });
-}
-
 // The channels of a text, all of them offered by the server.
 ops::Outcome<std::vector<int>> channelsOf(const std::string &text, const ops::Snapshot &snapshot)
 {
@@ -53,7 +41,7 @@ int copy(Context &context, const CopyOptions &options)
 {
     const QByteArray label = ops::batchLabel(QByteArrayList{"copy", bytes(options.from), bytes(options.to)} +
                                              listOf(options.steps));
-    return change(context, label, Ask::Always, [&](ops::Draft &draft) -> ops::Outcome<ops::Done> {
+    return applyDraft(context, label, Ask::Always, [&](ops::Draft &draft) -> ops::Outcome<ops::Done> {
         const auto from = channelsOf(options.from, draft.base());
         if (!from)
             return from.failure();
@@ -89,7 +77,7 @@ int flows(Context &context, const FlowOptions &options)
                                options.portStep,    options.side != "tx", options.side != "rx"};
     const QByteArray label =
         ops::batchLabel({"flows", bytes(options.channels), "--from", bytes(options.from)});
-    return change(context, label, Ask::Never, [&](ops::Draft &draft) -> ops::Outcome<ops::Done> {
+    return applyDraft(context, label, Ask::Never, [&](ops::Draft &draft) -> ops::Outcome<ops::Done> {
         const auto channels = channelsOf(options.channels, draft.base());
         if (!channels)
             return channels.failure();
@@ -119,30 +107,40 @@ struct TableOptions {
 int exportFile(Context &context, const TableOptions &options)
 {
     return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) {
-        context.out.begin("");
-        const auto written = ops::writeOutput(bytes(options.file), ops::exportTable(values));
-        return written ? Done : context.fail(written.failure());
+        return context.writeFile(bytes(options.file), ops::exportTable(values));
+    });
+}
+
+// What is wrong with the table on the server as it is: told before anything is held up by a transaction.
+int complaintsOf(const Context &context, const QByteArray &table, const TableOptions &options)
+{
+    return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) -> int {
+        ops::Draft draft(values);
+        const QByteArrayList complaints = ops::importTable(table, options.force, draft);
+        for (const QByteArray &complaint : complaints)
+            Output::error(bytes(options.file) + ", " + complaint);
+        if (complaints.isEmpty())
+            return Done;
+        return context.usage(counted(static_cast<std::size_t>(complaints.size()), "error") +
+                             "; nothing was changed");
     });
 }
 
 int importFile(Context &context, const TableOptions &options)
 {
-    const QByteArray file = bytes(options.file);
-    const auto text = ops::readInput(file);
+    const auto text = ops::readInput(bytes(options.file));
     if (!text)
         return context.fail(text.failure());
+    if (const int trouble = complaintsOf(context, *text, options); trouble != Done)
+        return trouble;
     const bool dry = !options.apply || context.dryRun;
     context.dryRun = dry;
-    const QByteArray label = "table import " + file.mid(file.lastIndexOf('/') + 1);
-    const int code = change(context, label, Ask::Never, [&](ops::Draft &draft) -> ops::Outcome<ops::Done> {
-        const QByteArrayList complaints = ops::importTable(*text, options.force, draft);
-        for (const QByteArray &complaint : complaints)
-            Output::error(file + ", " + complaint);
-        if (complaints.isEmpty())
-            return ops::Done();
-        return ops::wrong(counted(static_cast<std::size_t>(complaints.size()), "error") +
-                          "; nothing was changed");
-    });
+    const auto fill = [&](ops::Draft &draft) {
+        const bool fits = ops::importTable(*text, options.force, draft).isEmpty();
+        return fits ? ops::Outcome<ops::Done>(ops::Done())
+                    : ops::wrong("the server has other channels by now; nothing was changed");
+    };
+    const int code = applyDraft(context, fileLabel("table import", bytes(options.file)), Ask::Never, fill);
     if (code == Done && dry)
         context.out.note("nothing was changed; --apply does it");
     return code;

@@ -13,21 +13,14 @@ struct CheckOptions {
 
 int check(Context &context, const CheckOptions &options)
 {
-    const auto store = context.open();
-    if (!store)
-        return context.fail(store.failure());
-    const auto snapshot = store->read();
-    if (!snapshot)
-        return context.fail(snapshot.failure());
-    const ops::Findings findings = ops::runPreflight(
-        *snapshot, ops::machinePicture(), options.all ? ops::Preflight::All : ops::Preflight::Used);
-    if (options.junit) {
-        context.out.begin("");
-        return showJunit(findings, "check", ops::preflightRuleNames());
-    }
-    if (findings.empty())
-        context.out.note("nothing found");
-    return showFindings(context, findings);
+    return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) -> int {
+        const auto which = options.all ? ops::Preflight::All : ops::Preflight::Used;
+        const ops::Findings findings = ops::runPreflight(values, ops::machinePicture(), which);
+        if (findings.empty() && !options.junit)
+            context.out.note("nothing found");
+        return options.junit ? showJunit(context, findings, "check", ops::preflightRuleNames())
+                             : showFindings(context, findings);
+    });
 }
 
 void declareCheck(Command &command, CheckOptions &options)

@@ -74,8 +74,7 @@ int check(Context &context, const CheckOptions &options)
     const ops::Findings findings = ops::checkSdp(texts, *facts);
     if (!options.junit)
         return showFindings(context, findings);
-    context.out.begin("");
-    return showJunit(findings, "sdp check", ops::sdpRuleNames());
+    return showJunit(context, findings, "sdp check", ops::sdpRuleNames());
 }
 
 void declareCheck(Command &command, CheckOptions &options)
@@ -143,6 +142,14 @@ int showRest(Context &context, const ops::SdpFixed &fixed, const ops::SdpFacts &
     return ops::hasTrouble(left) ? Found : Done;
 }
 
+ops::Outcome<ops::Done> writeCopy(const Context &context, const FixOptions &options,
+                                  const ops::SdpFixed &fixed)
+{
+    if (context.dryRun)
+        return ops::canWrite(bytes(options.output));
+    return ops::writeOutput(bytes(options.output), ops::sdpBytes(fixed.text));
+}
+
 int fix(Context &context, const FixOptions &options)
 {
     if (const char *trouble = nameTrouble(options))
@@ -161,11 +168,9 @@ int fix(Context &context, const FixOptions &options)
     if (toStandardOutput)
         context.out.begin("");
     showFixes(context, fixed, toStandardOutput);
-    if (!context.dryRun) {
-        const auto written = ops::writeOutput(bytes(options.output), ops::sdpBytes(fixed.text));
-        if (!written)
-            return context.fail(written.failure());
-    }
+    const auto written = writeCopy(context, options, fixed);
+    if (!written)
+        return context.fail(written.failure());
     const int left = showRest(context, fixed, *facts);
     const bool nothing = fixed.changes.empty() && !fixed.lineEnds;
     return nothing && left == Done ? context.nothing("nothing to correct") : left;
@@ -212,15 +217,14 @@ int load(Context &context, const LoadOptions &options)
     auto store = context.open();
     if (!store)
         return context.fail(store.failure());
-    const auto snapshot = store->read(ops::channelPath(options.channel));
-    if (!snapshot)
-        return context.fail(snapshot.failure());
-    const ops::SdpLoadPlan plan = ops::planSdpLoad(*text, *snapshot, options.channel);
-    showNotes(context, plan, bytes(options.file));
-    context.out.note(counted(static_cast<std::size_t>(plan.values), "value") +
+    const ops::SdpLoadPlan alone = ops::planSdpLoad(*text, ops::Snapshot(), options.channel);
+    showNotes(context, alone, bytes(options.file));
+    context.out.note(counted(static_cast<std::size_t>(alone.values), "value") +
                      " in the text; locks of the dialog do not hold here");
-    const QByteArray name = bytes(options.file);
-    return applyChanges(context, *store, plan.changes, "Load File " + name.mid(name.lastIndexOf('/') + 1));
+    const auto plan = [&](const ops::Snapshot &now) -> ops::Outcome<ops::Changes> {
+        return ops::planSdpLoad(*text, now, options.channel).changes;
+    };
+    return applyPlan(context, *store, plan, fileLabel("Load File", bytes(options.file)));
 }
 
 void declareLoad(Command &command, LoadOptions &options)
@@ -247,13 +251,13 @@ SdpFileNames pairNames(const std::string &output)
     return sdpFileNames(name);
 }
 
-ops::Outcome<ops::Done> writePair(const WriteOptions &options, const ops::SdpPair &pair)
+int writePair(Context &context, const WriteOptions &options, const ops::SdpPair &pair)
 {
     if (options.output == "-")
-        return ops::writeOutput("-", (options.side == "rx" ? pair.rx : pair.tx).toLocal8Bit());
+        return context.writeFile("-", (options.side == "rx" ? pair.rx : pair.tx).toUtf8());
     const SdpFileNames names = pairNames(options.output);
-    auto written = ops::writeOutput(QFile::encodeName(names.rx), pair.rx.toLocal8Bit());
-    return written ? ops::writeOutput(QFile::encodeName(names.tx), pair.tx.toLocal8Bit()) : written;
+    const int code = context.writeFile(QFile::encodeName(names.rx), pair.rx.toUtf8());
+    return code == Done ? context.writeFile(QFile::encodeName(names.tx), pair.tx.toUtf8()) : code;
 }
 
 int write(Context &context, const WriteOptions &options)
@@ -269,10 +273,8 @@ int write(Context &context, const WriteOptions &options)
     const auto snapshot = store->read(ops::channelPath(place->channel));
     if (!snapshot)
         return context.fail(snapshot.failure());
-    context.out.begin("");
     const ops::SdpDescription wanted{!options.noClock, options.flows, rkOSGetMicro()};
-    const auto written = writePair(options, ops::describeChannel(*snapshot, *place, wanted));
-    return written ? Done : context.fail(written.failure());
+    return writePair(context, options, ops::describeChannel(*snapshot, *place, wanted));
 }
 
 void declareWrite(Command &command, WriteOptions &options)

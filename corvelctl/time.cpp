@@ -109,23 +109,26 @@ void tellConflicts(const ops::TakeBackPlan &plan, bool force)
     }
 }
 
-int takeBack(Context &context, ops::Store &store, const Chosen &batches, bool force, const char *verb)
+ops::Outcome<ops::TakeBackPlan> planned(const ops::Store &store, const Chosen &batches, bool force)
 {
     const auto now = store.read();
     if (!now)
-        return context.fail(now.failure());
-    const ops::TakeBackPlan plan = ops::planTakeBack(*now, batches, force);
-    printChanges(context.out, plan.changes);
-    tellConflicts(plan, force);
-    const int code = plan.conflicts.empty() || force ? Done : Partly;
-    if (plan.changes.empty())
+        return now.failure();
+    return ops::planTakeBack(*now, batches, force);
+}
+
+int takeBack(Context &context, ops::Store &store, const Chosen &batches, bool force, const char *verb)
+{
+    const auto plan =
+        context.dryRun ? planned(store, batches, force) : ops::takeBack(store, batches, force, verb);
+    if (!plan)
+        return context.fail(plan.failure());
+    printChanges(context.out, plan->changes);
+    tellConflicts(*plan, force);
+    const int code = plan->conflicts.empty() || force ? Done : Partly;
+    if (plan->changes.empty())
         return code == Done ? context.nothing(QByteArray("nothing to ") + verb) : code;
-    if (!context.dryRun) {
-        const auto done = ops::takeBack(store, batches, force, verb);
-        if (!done)
-            return context.fail(done.failure());
-    }
-    context.out.note(counted(plan.changes.size(), "value") +
+    context.out.note(counted(plan->changes.size(), "value") +
                      (context.dryRun ? " would be taken back" : " taken back"));
     return code;
 }

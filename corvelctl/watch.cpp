@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Watching: a line for every change as it happens, with who made it.
+#include "channel/librarycalls.h"
 #include "corvelctl/batchtext.h"
 #include "corvelctl/changes.h"
 #include "corvelctl/families.h"
 #include "ops/configurations.h"
 #include "ops/history.h"
-#include "ops/storecalls.h"
 
 #include <chrono>
 #include <thread>
@@ -33,6 +33,12 @@ void printChangeOf(Output &out, const ops::Batch &batch)
     out.flush();
 }
 
+// Somebody deleted or renamed the configuration that is watched.
+bool isGone(const Context &context)
+{
+    return !context.configuration.empty() && !ops::hasConfiguration(bytes(context.configuration));
+}
+
 // Ends after so many changes, or never. A JSON document would never end, so watching is always in lines.
 int follow(Context &context, const ops::Store &store, qint64 after, int count)
 {
@@ -40,7 +46,10 @@ int follow(Context &context, const ops::Store &store, qint64 after, int count)
     int seen = 0;
     uint64_t mark = 0;
     while (count == 0 || seen < count) {
-        const int changed = ops::storeCalls().changed(store.handle(), &mark);
+        const int changed = libraryCalls().changed(store.handle(), &mark);
+        if (changed < 0 && isGone(context))
+            return context.fail(
+                ops::refused("the configuration \"" + bytes(context.configuration) + "\" is gone"));
         if (changed <= 0) { // nothing new, or not readable at this moment
             std::this_thread::sleep_for(kPause);
             continue;
@@ -69,7 +78,7 @@ int watch(Context &context, const WatchOptions &options)
     const auto store = context.open();
     if (!store)
         return context.fail(store.failure());
-    if (!ops::storeCalls().changed)
+    if (!libraryCalls().changed)
         return context.fail(ops::refused("this configuration library cannot be watched"));
     const auto newest = ops::newestChange(*store);
     if (!newest)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "fleet/storenotes.h"
 
+#include "channel/librarycalls.h"
 #include "fleet/documentjson.h"
-#include "ops/storecalls.h"
 
 namespace fleet {
 
@@ -71,13 +71,13 @@ void recallOne(const std::string &key, const std::string &data, Memory *memory)
 
 bool StoreNotes::available()
 {
-    return ops::storeCalls().setNote && ops::storeCalls().forEachNote;
+    return libraryCalls().setNote && libraryCalls().forEachNote;
 }
 
 bool StoreNotes::set(const std::string &key, const std::string &data) const
 {
-    return ops::storeCalls().setNote(m_handle, kOwner, key.c_str(), data.data(),
-                                     static_cast<uint32_t>(data.size())) == 0;
+    return libraryCalls().setNote(m_handle, kOwner, key.c_str(), data.data(),
+                                  static_cast<uint32_t>(data.size())) == 0;
 }
 
 bool StoreNotes::walk(const Visit &visit) const
@@ -86,7 +86,7 @@ bool StoreNotes::walk(const Visit &visit) const
         (*static_cast<const Visit *>(context))(key, std::string(static_cast<const char *>(data), size));
         return 0;
     };
-    return ops::storeCalls().forEachNote(m_handle, kOwner, call, const_cast<Visit *>(&visit)) == 0;
+    return libraryCalls().forEachNote(m_handle, kOwner, call, const_cast<Visit *>(&visit)) == 0;
 }
 
 bool StoreNotes::recall(Memory *memory) const

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "fleet/storereplica.h"
 
+#include "channel/librarycalls.h"
 #include "fleet/documentjson.h"
 #include "fleet/keypath.h"
-#include "ops/storecalls.h"
 
 namespace fleet {
 
@@ -100,7 +100,7 @@ StoreReplica::StoreReplica(ops::Store store, QByteArray who)
 // A library that cannot tell has to be read each time.
 bool StoreReplica::changed()
 {
-    return !ops::storeCalls().changed || ops::storeCalls().changed(m_store.handle(), &m_seen) != 0;
+    return !libraryCalls().changed || libraryCalls().changed(m_store.handle(), &m_seen) != 0;
 }
 
 bool StoreReplica::read(Documents *documents)
@@ -194,8 +194,8 @@ void StoreReplica::sign(const std::vector<Document *> &documents)
     Unsigned unsignedOnes;
     for (Document *document : documents)
         unsignedOnes.waiting.emplace(keyOfPath(document->path), document);
-    if (ops::storeCalls().history && !documents.empty())
-        ops::storeCalls().history(m_store.handle(), -1, signOne, &unsignedOnes);
+    if (libraryCalls().history && !documents.empty())
+        libraryCalls().history(m_store.handle(), -1, signOne, &unsignedOnes);
 }
 
 } // namespace fleet

@@ -2,8 +2,9 @@
 #include "ops/configurations.h"
 
 #include "channel/configurations.h"
+#include "channel/librarycalls.h"
+#include "ops/jsontext.h"
 #include "ops/store.h"
-#include "ops/storecalls.h"
 #include "ops/suggest.h"
 #include "rkcfg.h"
 #include "rkos.h"
@@ -23,13 +24,48 @@ Outcome<Done> checkNewName(const QByteArray &name)
 {
     const auto control = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; };
     const bool fits = !name.isEmpty() && name.size() <= kLongestName && !name.startsWith('.') &&
-                      !name.contains('/') && std::none_of(name.begin(), name.end(), control);
+                      !name.contains('/') && isUtf8(name) && std::none_of(name.begin(), name.end(), control);
     if (!fits)
-        return wrong(
-            "a configuration's name has 1 to 64 bytes, no /, no control character and no . in front");
+        return wrong("a configuration's name has 1 to 64 bytes of UTF-8, no /, no control character and no . "
+                     "in front");
     if (hasConfiguration(name))
         return wrong("there is a configuration \"" + name + "\" already");
     return Done();
+}
+
+Outcome<Done> checkPair(const QByteArray &from, const QByteArray &to)
+{
+    return hasConfiguration(from) ? checkNewName(to) : noSuchConfiguration(from);
+}
+
+// The one that the server uses has to stay, under its name.
+Outcome<Done> checkSpare(const QByteArray &name)
+{
+    if (!hasConfiguration(name))
+        return noSuchConfiguration(name);
+    if (name == defaultConfiguration())
+        return wrong('"' + name + "\" is in use; choose another one first (corvelctl config use)");
+    return Done();
+}
+
+template<class Call, class... Names>
+Outcome<Done> tell(Call *call, const char *what, const QByteArray &name, const Names &...others)
+{
+    if (call && call(name.constData(), others.constData()...) == 0)
+        return Done();
+    return refused('"' + name + "\" could not be " + what);
+}
+
+// A copy that could not be filled is none.
+Outcome<Done> fillCopy(const QByteArray &from, const QByteArray &to, const Snapshot &values)
+{
+    Outcome<Store> target = Store::open(to, true);
+    if (!target)
+        return target.failure();
+    const Outcome<Done> filled = target->apply(difference(Snapshot(), values), "copy of " + from);
+    if (!filled && libraryCalls().deleteConfiguration)
+        libraryCalls().deleteConfiguration(to.constData());
+    return filled;
 }
 
 } // namespace
@@ -66,70 +102,52 @@ Failure noSuchConfiguration(const QByteArray &name)
     return wrong("there is no configuration \"" + name + '"' + didYouMean(name, configurationNames()));
 }
 
-Outcome<Done> newConfiguration(const QByteArray &name)
+Outcome<Done> newConfiguration(const QByteArray &name, Doing doing)
 {
     const Outcome<Done> checked = checkNewName(name);
-    if (!checked)
+    if (!checked || doing == Doing::Check)
         return checked;
     const Outcome<Store> made = Store::open(name, true);
-    if (!made)
-        return made.failure();
-    return Done();
+    return made ? Outcome<Done>(Done()) : made.failure();
 }
 
-Outcome<Done> copyConfiguration(const QByteArray &from, const QByteArray &to)
+Outcome<Done> copyConfiguration(const QByteArray &from, const QByteArray &to, Doing doing)
 {
-    if (!hasConfiguration(from))
-        return noSuchConfiguration(from);
-    const Outcome<Done> checked = checkNewName(to);
-    if (!checked)
+    const Outcome<Done> checked = checkPair(from, to);
+    if (!checked || doing == Doing::Check)
         return checked;
     const Outcome<Store> source = Store::open(from);
     if (!source)
         return source.failure();
     const Outcome<Snapshot> values = source->read();
-    if (!values)
-        return values.failure();
-    Outcome<Store> target = Store::open(to, true);
-    if (!target)
-        return target.failure();
-    return target->apply(difference(Snapshot(), *values), "copy of " + from);
+    return values ? fillCopy(from, to, *values) : values.failure();
 }
 
-Outcome<Done> renameConfiguration(const QByteArray &from, const QByteArray &to)
+Outcome<Done> renameConfiguration(const QByteArray &from, const QByteArray &to, Doing doing)
 {
-    if (!hasConfiguration(from))
-        return noSuchConfiguration(from);
-    const Outcome<Done> checked = checkNewName(to);
-    if (!checked)
+    Outcome<Done> checked = checkPair(from, to);
+    if (checked)
+        checked = checkSpare(from);
+    if (!checked || doing == Doing::Check)
         return checked;
-    if (from == defaultConfiguration())
-        return wrong("\"" + from + "\" is in use; choose another one first (corvelctl config use)");
-    const auto call = storeCalls().renameConfiguration;
-    if (!call || call(from.constData(), to.constData()) != 0)
-        return refused("\"" + from + "\" could not be renamed");
-    return Done();
+    return tell(libraryCalls().renameConfiguration, "renamed", from, to);
 }
 
-Outcome<Done> deleteConfiguration(const QByteArray &name)
+Outcome<Done> deleteConfiguration(const QByteArray &name, Doing doing)
+{
+    const Outcome<Done> checked = checkSpare(name);
+    if (!checked || doing == Doing::Check)
+        return checked;
+    return tell(libraryCalls().deleteConfiguration, "deleted", name);
+}
+
+Outcome<Done> useConfiguration(const QByteArray &name, Doing doing)
 {
     if (!hasConfiguration(name))
         return noSuchConfiguration(name);
-    if (name == defaultConfiguration())
-        return wrong("\"" + name + "\" is in use; choose another one first (corvelctl config use)");
-    const auto call = storeCalls().deleteConfiguration;
-    if (!call || call(name.constData()) != 0)
-        return refused("\"" + name + "\" could not be deleted");
-    return Done();
-}
-
-Outcome<Done> useConfiguration(const QByteArray &name)
-{
-    if (!hasConfiguration(name))
-        return noSuchConfiguration(name);
-    if (rkCFGSetDefaultName(name.constData()) != 0)
-        return refused("\"" + name + "\" could not be made the server's configuration");
-    return Done();
+    if (doing == Doing::Check)
+        return Done();
+    return tell(rkCFGSetDefaultName, "made the server's configuration", name);
 }
 
 } // namespace ops

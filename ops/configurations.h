@@ -16,12 +16,14 @@ QByteArray defaultConfiguration();
 bool hasConfiguration(const QByteArray &name);
 Failure noSuchConfiguration(const QByteArray &name); // with a near miss
 
+enum class Doing { Check, Make }; // Check: only whether it may be done
+
 // None of them touches the configuration that the server uses, apart from useConfiguration.
-Outcome<Done> newConfiguration(const QByteArray &name);
-Outcome<Done> copyConfiguration(const QByteArray &from, const QByteArray &to);
-Outcome<Done> renameConfiguration(const QByteArray &from, const QByteArray &to);
-Outcome<Done> deleteConfiguration(const QByteArray &name);
-Outcome<Done> useConfiguration(const QByteArray &name);
+Outcome<Done> newConfiguration(const QByteArray &name, Doing doing = Doing::Make);
+Outcome<Done> copyConfiguration(const QByteArray &from, const QByteArray &to, Doing doing = Doing::Make);
+Outcome<Done> renameConfiguration(const QByteArray &from, const QByteArray &to, Doing doing = Doing::Make);
+Outcome<Done> deleteConfiguration(const QByteArray &name, Doing doing = Doing::Make);
+Outcome<Done> useConfiguration(const QByteArray &name, Doing doing = Doing::Make);
 
 } // namespace ops
 

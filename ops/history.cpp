@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "ops/history.h"
 
+#include "channel/librarycalls.h"
+#include "channel/storecalls.h"
 #include "ops/draft.h"
-#include "ops/storecalls.h"
 #include "rkos.h"
 
 #include <algorithm>
@@ -141,10 +142,10 @@ qint64 secondsOf(char letter)
 
 Outcome<std::vector<Batch>> readHistory(const Store &store, std::size_t most)
 {
-    if (!storeCalls().history)
+    if (!libraryCalls().history)
         return noHistory();
     Collector all{{}, {}, most};
-    if (storeCalls().history(store.handle(), -1, collect, &all) != 0)
+    if (libraryCalls().history(store.handle(), -1, collect, &all) != 0)
         return refused("the history cannot be read");
     for (Batch &batch : all.batches)
         std::reverse(batch.changes.begin(), batch.changes.end());
@@ -155,20 +156,20 @@ Outcome<std::vector<Batch>> readHistory(const Store &store, std::size_t most)
 Outcome<qint64> followHistory(const Store &store, qint64 after,
                               const std::function<void(const Batch &)> &visit)
 {
-    if (!storeCalls().history)
+    if (!libraryCalls().history)
         return noHistory();
     Follower follower{visit, after};
-    if (storeCalls().history(store.handle(), after, follow, &follower) != 0)
+    if (libraryCalls().history(store.handle(), after, follow, &follower) != 0)
         return refused("the history cannot be read");
     return follower.newest;
 }
 
 Outcome<qint64> newestChange(const Store &store)
 {
-    if (!storeCalls().history)
+    if (!libraryCalls().history)
         return noHistory();
     qint64 newest = 0;
-    if (storeCalls().history(store.handle(), -1, noteId, &newest) != 0)
+    if (libraryCalls().history(store.handle(), -1, noteId, &newest) != 0)
         return refused("the history cannot be read");
     return newest;
 }
@@ -240,24 +241,29 @@ TakeBackPlan planTakeBack(const Snapshot &now, const std::vector<const Batch *> 
     return plan;
 }
 
-Outcome<Done> takeBack(Store &store, const std::vector<const Batch *> &batches, bool force, const char *verb)
+Outcome<TakeBackPlan> takeBack(Store &store, const std::vector<const Batch *> &batches, bool force,
+                               const char *verb)
 {
-    const StoreCalls &calls = storeCalls();
+    const LibraryCalls &calls = libraryCalls();
     if (!calls.takeBack || !calls.begin)
         return noHistory();
-    if (calls.begin(store.handle()) != 0)
-        return refused("the store is busy or cannot be written; nothing was changed");
+    StoreTransaction transaction(store.handle());
+    if (!transaction.isOpen())
+        return storeBusy();
+    const Outcome<Snapshot> now = store.read();
+    if (!now)
+        return now.failure();
+    TakeBackPlan plan = planTakeBack(*now, batches, force);
     for (const Batch *batch : batches) {
         calls.label(store.handle(), takeBackLabel(*batch, verb).constData());
-        if (calls.takeBack(store.handle(), batch->id, force ? 1 : 0, 0, nullptr, nullptr, nullptr) < 0) {
-            calls.end(store.handle(), 0);
-            return refused("#" + QByteArray::number(batch->id) +
+        if (calls.takeBack(store.handle(), batch->id, force ? 1 : 0, 0, nullptr, nullptr, nullptr) < 0)
+            return refused('#' + QByteArray::number(batch->id) +
                            " cannot be taken back; nothing was changed");
-        }
     }
-    if (calls.end(store.handle(), 1) != 0)
+    if (!transaction.keep())
         return refused("the store did not take the change; nothing was changed");
-    return store.save();
+    const Outcome<Done> saved = store.save();
+    return saved ? Outcome<TakeBackPlan>(std::move(plan)) : saved.failure();
 }
 
 Outcome<qint64> parseDuration(const QByteArray &text)

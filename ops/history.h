@@ -50,8 +50,9 @@ struct TakeBackPlan {
 // What taking back these batches, in this order, would do to the store as it is.
 TakeBackPlan planTakeBack(const Snapshot &now, const std::vector<const Batch *> &batches, bool force);
 
-// Does it as one transaction, a batch for each.
-Outcome<Done> takeBack(Store &store, const std::vector<const Batch *> &batches, bool force, const char *verb);
+// Does it as one transaction, a batch for each, and returns what that was.
+Outcome<TakeBackPlan> takeBack(Store &store, const std::vector<const Batch *> &batches, bool force,
+                               const char *verb);
 
 // "10m", "2h", "1d", "90s", "1h30m" in microseconds.
 Outcome<qint64> parseDuration(const QByteArray &text);

@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QSaveFile>
 
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -50,6 +52,39 @@ Outcome<QByteArray> readRegular(int descriptor, const QByteArray &path)
     return readAll(descriptor, path);
 }
 
+Failure cannotWrite(const QByteArray &path, const QByteArray &why)
+{
+    return refused("cannot write " + path + ": " + why);
+}
+
+// A FIFO, a terminal, /dev/stdout: what is written goes through, and nothing may take its place.
+bool isStream(const QByteArray &path)
+{
+    struct stat about {};
+    return stat(path.constData(), &about) == 0 && !S_ISREG(about.st_mode) && !S_ISDIR(about.st_mode);
+}
+
+Outcome<Done> writeTo(FILE *stream, const QByteArray &name, const QByteArray &content)
+{
+    const auto size = static_cast<std::size_t>(content.size());
+    if (fwrite(content.constData(), 1, size, stream) == size && fflush(stream) == 0)
+        return Done();
+    return cannotWrite(name, strerror(errno));
+}
+
+// Opened without waiting, so that a FIFO that nobody reads is found out instead of holding us.
+Outcome<Done> writeStream(const QByteArray &path, const QByteArray &content)
+{
+    const int descriptor = open(path.constData(), O_WRONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (descriptor < 0)
+        return cannotWrite(path, strerror(errno));
+    fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+    FILE *stream = fdopen(descriptor, "w");
+    const Outcome<Done> written = writeTo(stream, path, content);
+    fclose(stream);
+    return written;
+}
+
 } // namespace
 
 Outcome<QByteArray> readInput(const QByteArray &path)
@@ -66,17 +101,28 @@ Outcome<QByteArray> readInput(const QByteArray &path)
 
 Outcome<Done> writeOutput(const QByteArray &path, const QByteArray &content)
 {
-    if (path == "-") {
-        QFile out;
-        const bool open = out.open(stdout, QIODevice::WriteOnly);
-        if (open && out.write(content) == content.size() && out.flush())
-            return Done();
-        return refused("the output could not be written");
-    }
+    if (path == "-")
+        return writeTo(stdout, "the output", content);
+    if (path.isEmpty())
+        return cannotWrite(path, strerror(ENOENT));
+    if (isStream(path))
+        return writeStream(path, content);
+    // commit() does not notice what fails when the last bytes leave the buffer, on a full disk for example.
     QSaveFile file(QFile::decodeName(path));
-    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit())
+    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush() &&
+        file.commit())
         return Done();
-    return refused("cannot write " + path + ": " + file.errorString().toUtf8());
+    return cannotWrite(path, file.errorString().toUtf8());
+}
+
+Outcome<Done> canWrite(const QByteArray &path)
+{
+    if (path.isEmpty())
+        return cannotWrite(path, strerror(ENOENT));
+    QSaveFile file(QFile::decodeName(path));
+    if (path == "-" || isStream(path) || file.open(QIODevice::WriteOnly))
+        return Done();
+    return cannotWrite(path, file.errorString().toUtf8());
 }
 
 } // namespace ops

@@ -15,8 +15,12 @@ constexpr qint64 kLargestInput = qint64(256) << 20;
 Outcome<QByteArray> readInput(const QByteArray &path);
 
 // Writes a file beside its place and puts it there at the end, so that nobody sees half of it; "-" is
-// standard output.
+// standard output. What is no file (a FIFO, a device) is written to, and waits for its reader; a FIFO without
+// one fails at once.
 Outcome<Done> writeOutput(const QByteArray &path, const QByteArray &content);
+
+// Whether there is a place for that file; nothing is written.
+Outcome<Done> canWrite(const QByteArray &path);
 
 } // namespace ops
 

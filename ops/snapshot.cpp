@@ -120,6 +120,12 @@ std::vector<const Row *> Snapshot::rowsOf(const QByteArray &path) const
     return found;
 }
 
+bool operator==(const Change &left, const Change &right)
+{
+    return left.path == right.path && left.name == right.name && left.before == right.before &&
+           left.after == right.after;
+}
+
 Changes difference(const Snapshot &from, const Snapshot &to, Spelling spelling)
 {
     Changes changes;

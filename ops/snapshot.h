@@ -74,6 +74,8 @@ struct Change {
     std::optional<Value> after;
 };
 
+bool operator==(const Change &left, const Change &right);
+
 using Changes = std::vector<Change>;
 
 enum class Spelling { AnyCase, Exact };

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ops/store.h"
 
-#include "ops/storecalls.h"
+#include "channel/librarycalls.h"
+#include "channel/storecalls.h"
 #include "rkcfg.h"
 
 #include <QSet>
@@ -52,7 +53,7 @@ bool writeOne(void *handle, const Change &change)
     const char *path = change.path.constData();
     const char *name = change.name.constData();
     if (!change.after)
-        return storeCalls().remove && storeCalls().remove(handle, path, name) != 0;
+        return libraryCalls().remove && libraryCalls().remove(handle, path, name) != 0;
     if (change.after->isText) {
         QByteArray text = change.after->text;
         auto size = static_cast<uint32_t>(text.size()) + 1;
@@ -67,15 +68,20 @@ Failure notWritten(const Change &change)
     return refused("the store did not take " + change.path + ' ' + change.name + "; nothing was changed");
 }
 
+Failure alone()
+{
+    return refused("this configuration library cannot store several values as one; nothing was changed");
+}
+
 } // namespace
 
 Store::Store() : m_handle(reinterpret_cast<void *>(static_cast<intptr_t>(-1))) {}
 
 Outcome<Store> Store::open(const QByteArray &name, bool create)
 {
-    if (!storeCalls().open)
+    if (!libraryCalls().open)
         return refused("this configuration library opens the default configuration only");
-    void *handle = storeCalls().open(name.constData(), create ? 1 : 0);
+    void *handle = libraryCalls().open(name.constData(), create ? 1 : 0);
     if (!handle)
         return refused("configuration \"" + name + "\" cannot be opened");
     return Store(handle);
@@ -100,7 +106,7 @@ Outcome<Snapshot> Store::read(const QByteArray &path) const
 {
     Filler filler;
     const char *from = path.isEmpty() ? nullptr : path.constData();
-    if (!storeCalls().forEach || storeCalls().forEach(m_handle, from, addRow, &filler) != 0)
+    if (!libraryCalls().forEach || libraryCalls().forEach(m_handle, from, addRow, &filler) != 0)
         return refused("the store cannot be read");
     return std::move(filler.snapshot);
 }
@@ -112,6 +118,24 @@ Outcome<Done> Store::save()
     return Done();
 }
 
+// Without transactions in the library, a single value can still be stored safely.
+Outcome<Done> Store::applyIn(StoreTransaction &transaction, const Changes &changes, const QByteArray &label)
+{
+    if (!transaction.isOpen() && libraryCalls().begin)
+        return storeBusy();
+    if (!transaction.isOpen() && changes.size() > 1)
+        return alone();
+    if (libraryCalls().label && !label.isEmpty())
+        libraryCalls().label(m_handle, label.constData());
+    for (const Change &change : changes) {
+        if (!writeOne(m_handle, change))
+            return notWritten(change);
+    }
+    if (!transaction.keep())
+        return refused("the store did not take the change; nothing was changed");
+    return save();
+}
+
 Outcome<Done> Store::write(const Change &change)
 {
     if (!writeOne(m_handle, change))
@@ -121,18 +145,14 @@ Outcome<Done> Store::write(const Change &change)
 
 Outcome<Done> Store::together(const QByteArray &label, const std::function<Outcome<Done>()> &body)
 {
-    const StoreCalls &calls = storeCalls();
-    if (!calls.begin)
-        return refused("this configuration library cannot store several values as one; nothing was changed");
-    if (calls.label && !label.isEmpty())
-        calls.label(m_handle, label.constData());
-    if (calls.begin(m_handle) != 0)
-        return refused("the store is busy or cannot be written; nothing was changed");
-    if (Outcome<Done> done = body(); !done) {
-        calls.end(m_handle, 0);
+    StoreTransaction transaction(m_handle);
+    if (!transaction.isOpen())
+        return libraryCalls().begin ? storeBusy() : alone();
+    if (libraryCalls().label && !label.isEmpty())
+        libraryCalls().label(m_handle, label.constData());
+    if (Outcome<Done> done = body(); !done)
         return done;
-    }
-    if (calls.end(m_handle, 1) != 0)
+    if (!transaction.keep())
         return refused("the store did not take the change; nothing was changed");
     return Done();
 }
@@ -141,18 +161,28 @@ Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
 {
     if (changes.empty())
         return Done();
-    const auto writeAll = [&]() -> Outcome<Done> {
-        for (const Change &change : changes) {
-            if (Outcome<Done> done = write(change); !done)
-                return done;
-        }
-        return Done();
-    };
-    // A library without transactions can still take a single value safely.
-    const bool alone = !storeCalls().begin && changes.size() == 1;
-    if (Outcome<Done> done = alone ? writeAll() : together(label, writeAll); !done)
-        return done;
-    return save();
+    StoreTransaction transaction(m_handle);
+    return applyIn(transaction, changes, label);
+}
+
+Outcome<Changes> Store::change(const Plan &plan, const QByteArray &label)
+{
+    StoreTransaction transaction(m_handle);
+    if (!transaction.isOpen() && libraryCalls().begin)
+        return storeBusy();
+    const Outcome<Snapshot> now = read();
+    if (!now)
+        return now.failure();
+    Outcome<Changes> changes = plan(*now);
+    if (!changes || changes->empty())
+        return changes;
+    const Outcome<Done> done = applyIn(transaction, *changes, label);
+    return done ? std::move(changes) : done.failure();
+}
+
+Failure storeBusy()
+{
+    return refused("the store is busy or cannot be written; nothing was changed");
 }
 
 } // namespace ops

@@ -10,7 +10,12 @@
 
 #include <functional>
 
+class StoreTransaction;
+
 namespace ops {
+
+// What is to change, seen from the values as they are. Asked at most once for each change; may fail.
+using Plan = std::function<Outcome<Changes>(const Snapshot &)>;
 
 class Store {
 public:
@@ -29,9 +34,13 @@ public:
     // Everything there is, or one path and those below it; sees one moment.
     Outcome<Snapshot> read(const QByteArray &path = QByteArray()) const;
 
-    // Makes the changes true: all of them durably, or none. What a change says about the value before is not
-    // looked at. The batch gets the label (UTF-8, at most 200 bytes, empty: none). An empty list does
-    // nothing.
+    // Reads everything, has the plan made and makes its changes true, as one transaction: all of them
+    // durably, or none, and nobody else's change comes in between. The batch gets the label (UTF-8, at most
+    // 200 bytes, empty: none). Returns what was changed; no change is no batch. Others wait meanwhile, so a
+    // plan asks nobody and prints nothing.
+    Outcome<Changes> change(const Plan &plan, const QByteArray &label);
+
+    // The same with changes that are made already: what they say about the value before is not looked at.
     Outcome<Done> apply(const Changes &changes, const QByteArray &label);
 
     // All that body writes is one transaction and one batch of the history, or nothing when it fails.
@@ -44,9 +53,13 @@ public:
 
 private:
     explicit Store(void *handle) : m_handle(handle) {}
+    Outcome<Done> applyIn(StoreTransaction &transaction, const Changes &changes, const QByteArray &label);
 
     void *m_handle;
 };
+
+// Another process is writing, or the store cannot be written.
+Failure storeBusy();
 
 } // namespace ops
 

@@ -12,6 +12,8 @@ private slots:
     void initTestCase();
     void filesAreRefused_data();
     void filesAreRefused();
+    void descriptionsAreJudgedOrRefused_data();
+    void descriptionsAreJudgedOrRefused();
     void standardInputIsRefused_data();
     void standardInputIsRefused();
     void wordsAreRefused_data();
@@ -81,6 +83,42 @@ void TestCtlBadInput::filesAreRefused()
     QFETCH(QByteArray, file);
     const QByteArray before = m_home.rows();
     refuses(m_home.run(command.constData(), {QString::fromUtf8(file)}), before);
+}
+
+// Any bytes are a description, if a bad one; what is no file is none.
+void TestCtlBadInput::descriptionsAreJudgedOrRefused_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<int>("code");
+    const struct {
+        const char *command;
+        int judged; // of bytes that describe nothing
+    } commands[] = {{"sdp check", 1}, {"sdp fix -o out.sdp", 2}, {"sdp load", 0}};
+    for (const auto &row : commands) {
+        for (const char *file : {"empty", "half", "huge", "deep", "zeros", "latin1", "words"})
+            QTest::addRow("%s %s", row.command, file)
+                << QByteArray(row.command) << QByteArray(file) << row.judged;
+        for (const char *file : {"folder", "fifo", "missing", "/dev/null", "/proc/self/mem"})
+            QTest::addRow("%s %s", row.command, file) << QByteArray(row.command) << QByteArray(file) << 2;
+    }
+}
+
+void TestCtlBadInput::descriptionsAreJudgedOrRefused()
+{
+    QFETCH(QByteArray, command);
+    QFETCH(QByteArray, file);
+    QFETCH(int, code);
+    const QByteArray before = m_home.rows();
+    QStringList more{QString::fromUtf8(file)};
+    if (command.endsWith("load"))
+        more << QStringLiteral("0");
+    const CtlResult result = m_home.run(command.constData(), more);
+    QCOMPARE(result.code, code);
+    QVERIFY(!result.err.contains("terminate called"));
+    QVERIFY(code != 2 || result.err.startsWith("corvelctl: "));
+    QCOMPARE(m_home.rows(), before);
+    QVERIFY(!QFile::exists(m_home.path("out.sdp")));
 }
 
 void TestCtlBadInput::standardInputIsRefused_data()

@@ -33,6 +33,7 @@ private slots:
     void undoLeavesConflictsAlone();
     void blame();
     void watchTellsWhoDidIt();
+    void aWatchedConfigurationMayGo();
     void completion_data();
     void completion();
     void helpOfEveryCommandHasAnExample();
@@ -342,6 +343,21 @@ void TestCtlCommands::watchTellsWhoDidIt()
     QVERIFY(watch.waitForFinished(30000));
     QVERIFY(watch.readAllStandardOutput().endsWith(") 0 domain: (absent) -> 5\n"));
     QCOMPARE(watch.exitCode(), 0);
+}
+
+void TestCtlCommands::aWatchedConfigurationMayGo()
+{
+    QCOMPARE(ctl("set 0 domain=1").code, 0);
+    QCOMPARE(ctl("config new night").code, 0);
+    QProcess watch;
+    watch.setProcessEnvironment(m_home->environment());
+    watch.start(CtlHome::program(), {QStringLiteral("-c"), QStringLiteral("night"), QStringLiteral("watch")});
+    QByteArray said;
+    QTRY_VERIFY((said += watch.readAllStandardError()).contains("watching"));
+    QCOMPARE(ctl("config delete night -y").code, 0);
+    QVERIFY(watch.waitForFinished(30000));
+    QCOMPARE(watch.exitCode(), 3);
+    QVERIFY(watch.readAllStandardError().contains("the configuration \"night\" is gone"));
 }
 
 void TestCtlCommands::completion_data()

@@ -15,12 +15,6 @@ private slots:
     void whatIsSoAlreadyIsNoChange();
     void foreignNamesNeedPermission();
     void channelsBeyondTheServerNeedPermission();
-    void linesAreOneBatch();
-    void aWrongLineIsNamed_data();
-    void aWrongLineIsNamed();
-    void unsetDeletes();
-    void unsetOfAPlace();
-    void labelsAreCutAtAWholeCharacter();
 };
 
 void TestAssignment::sets_data()
@@ -139,72 +133,6 @@ void TestAssignment::channelsBeyondTheServerNeedPermission()
     QVERIFY(ops::setWords("4", {"domain=1"}, {ops::Foreign::Refuse, true}, draft));
     now.set("KWX\\Config", "MaxIntChannels", number(8));
     QVERIFY(ops::setWords("7", {"domain=1"}, ops::Rules(), draft));
-}
-
-void TestAssignment::linesAreOneBatch()
-{
-    const ops::Snapshot nothing;
-    ops::Draft draft(nothing);
-    const QByteArray lines = "# night\r\n\n0-1/video  rx.dst-port=5\n2 \"format=1080P 50fps (1920)\"\n3 gm=";
-    QVERIFY(ops::setLines(lines, ops::Rules(), draft));
-    QCOMPARE(int(draft.changes().size()), 4);
-}
-
-void TestAssignment::aWrongLineIsNamed_data()
-{
-    QTest::addColumn<QByteArray>("lines");
-    QTest::newRow("word") << QByteArray("2/video rx.dst=239.1.1.1\n2/video rx.dts=1");
-    QTest::newRow("place") << QByteArray("\n5/vid rx.dst=1");
-    QTest::newRow("nothing to set") << QByteArray("#\n2/video");
-    QTest::newRow("no utf-8") << QByteArray("#\n2 gm=\xff");
-    QTest::newRow("zero byte") << QByteArray("#\n2 gm=\0", 8);
-}
-
-void TestAssignment::aWrongLineIsNamed()
-{
-    QFETCH(QByteArray, lines);
-    const ops::Snapshot nothing;
-    ops::Draft draft(nothing);
-    const auto done = ops::setLines(lines, ops::Rules(), draft);
-    QVERIFY(!done);
-    QVERIFY2(done.failure().text.startsWith("line 2: "), done.failure().text.constData());
-}
-
-void TestAssignment::unsetDeletes()
-{
-    ops::Snapshot now;
-    now.set(channel(2), "ReceiveDestinationIp", text("x"));
-    now.set(channel(2), "TransmitDestinationIp", text("y"));
-    ops::Draft draft(now);
-    QVERIFY(ops::unsetWords("2/video", {"dst"}, ops::Rules(), draft));
-    QVERIFY(!ops::unsetWords("2/video", {"dts"}, ops::Rules(), draft));
-    QCOMPARE(told(draft.changes()).count("> -"), 2);
-}
-
-void TestAssignment::unsetOfAPlace()
-{
-    ops::Snapshot now;
-    now.set(channel(2), "ReceiveAudDestinationIp3", text("x"));
-    now.set(channel(2), "ReceiveAudInterface", text("x"));
-    now.set(channel(2), "SiteOwn", text("x"));
-    now.set(channel(2), "ReceiveDestinationIp", text("x"));
-    ops::Draft flow(now), audio(now), all(now), server(now);
-    QVERIFY(ops::unsetPlace("2/audio/3", flow));
-    QCOMPARE(int(flow.changes().size()), 1);
-    QVERIFY(ops::unsetPlace("2/audio", audio));
-    QCOMPARE(int(audio.changes().size()), 2);
-    QVERIFY(ops::unsetPlace("2", all));
-    QCOMPARE(int(all.changes().size()), 4);
-    QVERIFY(!ops::unsetPlace("server", server));
-}
-
-void TestAssignment::labelsAreCutAtAWholeCharacter()
-{
-    QCOMPARE(ops::batchLabel({"set", "2", "gm="}), QByteArray("set 2 gm="));
-    const QByteArray label = ops::batchLabel({QByteArray("x") + QString(300, QChar(0xe4)).toUtf8()});
-    QVERIFY(label.size() <= 200);
-    QCOMPARE(QString::fromUtf8(label).toUtf8(), label);
-    QVERIFY(label.endsWith("..."));
 }
 
 QTEST_APPLESS_MAIN(TestAssignment)

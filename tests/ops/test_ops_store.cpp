@@ -1,40 +1,64 @@
 // SPDX-License-Identifier: MIT
-// On a real store: reading, writing as one step, the history of it, configurations, and the two sides of a
-// comparison.
-#include "ops/configurations.h"
-#include "ops/dump.h"
+// On a real store: reading, writing as one step, also while others write, and the history of it.
+#include "freshhome.h"
+#include "ops/draft.h"
 #include "ops/history.h"
-#include "ops/inputfile.h"
-#include "ops/operand.h"
-#include "ops/settings.h"
+#include "ops/store.h"
 #include "randomstore.h"
-#include "rkcfg.h"
 #include "rows.h"
 
-#include <QTemporaryDir>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// Done by another process; false when it could not.
+bool byOther(const ops::Changes &changes)
+{
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(ops::Store().apply(changes, "other") ? 0 : 1);
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status == 0;
+}
+
+bool countUp(int rounds)
+{
+    const auto plan = [](const ops::Snapshot &values) -> ops::Outcome<ops::Changes> {
+        const quint32 count = values.number("p", "count");
+        return ops::Changes{{"p", "count", number(count), number(count + 1)}};
+    };
+    int done = 0;
+    for (int attempt = 0; done < rounds && attempt < 100 * rounds; ++attempt)
+        done += bool(ops::Store().change(plan, "count"));
+    return done == rounds;
+}
+
+} // namespace
 
 class TestStore : public QObject {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { m_home = std::make_unique<FreshHome>(); }
+    void cleanup() { m_home.reset(); }
 
     void readsWhatWasWritten();
     void anythingComesBack();
     void aFailingChangeLeavesNothing();
+    void aPlanSeesWhatIsThere();
+    void aPlanThatFailsChangesNothing();
+    void aPlanWithoutChangesIsNoBatch();
+    void nobodyComesBetweenReadingAndWriting();
+    void severalProcessesCountTogether();
+    void takingBackSeesWhatIsThere();
     void nothingToDoIsNoBatch();
     void everyApplyIsOneBatchWithItsLabel();
     void takingBackAndPuttingBack();
     void randomBatchesGoBackToTheStart();
+    void batchesOfTwoProcessesLieBetweenEachOther();
     void followingTheHistory();
-    void configurations();
-    void wrongNames_data();
-    void wrongNames();
-    void aCopyIsExact();
-    void operands();
-    void operandsThatAreNone_data();
-    void operandsThatAreNone();
 
 private:
     ops::Snapshot now() { return *ops::Store().read(); }
@@ -42,28 +66,8 @@ private:
     {
         return bool(ops::Store().apply(changes, label));
     }
-    QByteArray file(const char *name, const QByteArray &content)
-    {
-        const QByteArray path = m_home->filePath(QLatin1String(name)).toUtf8();
-        [&] { QVERIFY(ops::writeOutput(path, content)); }();
-        return path;
-    }
-
-    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<FreshHome> m_home;
 };
-
-void TestStore::init()
-{
-    m_home = std::make_unique<QTemporaryDir>();
-    qputenv("XDG_CONFIG_HOME", m_home->path().toUtf8());
-    rkCFGClose(ops::Store().handle(), 0);
-}
-
-void TestStore::cleanup()
-{
-    rkCFGClose(ops::Store().handle(), 0);
-    m_home.reset();
-}
 
 void TestStore::readsWhatWasWritten()
 {
@@ -95,6 +99,99 @@ void TestStore::aFailingChangeLeavesNothing()
     QVERIFY(now().empty());
     QVERIFY(apply({{"p", "a", {}, number(2)}}));
     QCOMPARE(int(ops::readHistory(ops::Store())->size()), 1);
+}
+
+void TestStore::aPlanSeesWhatIsThere()
+{
+    QVERIFY(apply({{"p", "a", {}, number(1)}}));
+    ops::Store store;
+    QVERIFY(byOther({{"p", "a", {}, number(7)}}));
+    const auto done = store.change(
+        [](const ops::Snapshot &values) -> ops::Outcome<ops::Changes> {
+            return ops::Changes{
+                {"p", "a", number(values.number("p", "a")), number(values.number("p", "a") + 1)}};
+        },
+        "count");
+    QVERIFY(done);
+    QCOMPARE(told(*done), QByteArray("p a 7 > 8"));
+    QCOMPARE(now().number("p", "a"), 8u);
+    QCOMPARE(ops::readHistory(store)->front().label, QByteArray("count"));
+}
+
+void TestStore::aPlanThatFailsChangesNothing()
+{
+    ops::Store store;
+    const auto done = store.change(
+        [](const ops::Snapshot &) -> ops::Outcome<ops::Changes> { return ops::wrong("no such word"); }, "x");
+    QVERIFY(!done);
+    QCOMPARE(done.failure().text, QByteArray("no such word"));
+    QCOMPARE(done.failure().kind, ops::Failure::Input);
+    QVERIFY(byOther({{"p", "a", {}, number(1)}})); // the store is everybody's again
+    QVERIFY(apply({{"p", "b", {}, number(1)}}));
+    QCOMPARE(ops::readHistory(store)->front().label, QByteArray());
+}
+
+void TestStore::aPlanWithoutChangesIsNoBatch()
+{
+    ops::Store store;
+    QVERIFY(
+        store.change([](const ops::Snapshot &) { return ops::Outcome<ops::Changes>(ops::Changes()); }, "x"));
+    QVERIFY(ops::readHistory(store)->empty());
+    QVERIFY(apply({{"p", "a", {}, number(1)}}));
+    QCOMPARE(ops::readHistory(store)->front().label, QByteArray());
+}
+
+// Somebody writes while the plan is being made: he waits in vain, and what was read is still so at the end.
+void TestStore::nobodyComesBetweenReadingAndWriting()
+{
+    QVERIFY(apply({{"p", "a", {}, number(1)}}));
+    ops::Store store;
+    bool otherWrote = true;
+    const auto done = store.change(
+        [&](const ops::Snapshot &values) -> ops::Outcome<ops::Changes> {
+            otherWrote = byOther({{"p", "a", {}, number(9)}});
+            return ops::Changes{{"p", "b", {}, number(values.number("p", "a"))}};
+        },
+        "copy");
+    QVERIFY(done);
+    QVERIFY(!otherWrote);
+    QCOMPARE(now().number("p", "a"), 1u);
+    QCOMPARE(now().number("p", "b"), 1u);
+    QVERIFY(byOther({{"p", "a", {}, number(9)}}));
+}
+
+// Each adds one to what it finds. One that was busy tries again; none may be lost.
+void TestStore::severalProcessesCountTogether()
+{
+    constexpr int processes = 4, rounds = 10;
+    std::vector<pid_t> children;
+    for (int process = 0; process < processes; ++process) {
+        const pid_t child = fork();
+        if (child == 0)
+            _exit(countUp(rounds) ? 0 : 1);
+        children.push_back(child);
+    }
+    for (const pid_t child : children) {
+        int status = -1;
+        QCOMPARE(waitpid(child, &status, 0), child);
+        QCOMPARE(status, 0);
+    }
+    QCOMPARE(now().number("p", "count"), quint32(processes * rounds));
+    QCOMPARE(int(ops::readHistory(ops::Store())->size()), processes * rounds);
+}
+
+// The history was read, then somebody changed one of the values: his stays, and is told.
+void TestStore::takingBackSeesWhatIsThere()
+{
+    QVERIFY(apply({{"p", "a", {}, number(1)}, {"p", "b", {}, number(1)}}));
+    ops::Store store;
+    const auto history = *ops::readHistory(store);
+    QVERIFY(byOther({{"p", "a", {}, number(9)}}));
+    const auto taken = ops::takeBack(store, ops::lastToUndo(history), false, "undo");
+    QVERIFY(taken);
+    QCOMPARE(told(taken->changes), QByteArray("p b 1 > -"));
+    QCOMPARE(told(taken->conflicts), QByteArray("p a 9 > -"));
+    QCOMPARE(told(ops::difference({}, now())), QByteArray("p a - > 9"));
 }
 
 void TestStore::nothingToDoIsNoBatch()
@@ -140,13 +237,14 @@ void TestStore::takingBackAndPuttingBack()
     QVERIFY(ops::lastToRedo(history).empty());
 }
 
-// A thousand batches of any kind, each taken back in turn: the plan says beforehand what comes out.
+// Batches of any kind, each taken back in turn: the plan says beforehand what comes out. CORVEL_BATCHES asks
+// for more of them, for a long run by hand.
 void TestStore::randomBatchesGoBackToTheStart()
 {
     ops::Store store;
     std::mt19937 random(3);
     const ops::Snapshot start = now();
-    for (int batch = 0; batch < 1000; ++batch) {
+    for (int batch = qMax(200, qEnvironmentVariableIntValue("CORVEL_BATCHES")); batch > 0; --batch) {
         const ops::Snapshot before = now();
         ops::Draft draft(before);
         for (unsigned change = random() % 4 + 1; change > 0; --change) {
@@ -167,6 +265,29 @@ void TestStore::randomBatchesGoBackToTheStart()
     QVERIFY(ops::difference(now(), start).empty());
 }
 
+// One has begun and not saved when the other writes: each batch is whole all the same, also when few are
+// asked for.
+void TestStore::batchesOfTwoProcessesLieBetweenEachOther()
+{
+    ops::Store store;
+    const auto write = [&store](const char *name, uint32_t value) {
+        return rkCFGValueDword(store.handle(), "p", name, &value, 1) != 0;
+    };
+    QVERIFY(write("a", 1));
+    QVERIFY(byOther({{"p", "other", {}, number(5)}}));
+    QVERIFY(write("b", 2));
+    QVERIFY(store.save());
+    const auto history = *ops::readHistory(store);
+    QCOMPARE(int(history.size()), 2);
+    const bool ownFirst = history[0].changes.size() == 2;
+    QCOMPARE(told(history[ownFirst ? 0 : 1].changes), QByteArray("p a - > 1|p b - > 2"));
+    QCOMPARE(told(history[ownFirst ? 1 : 0].changes), QByteArray("p other - > 5"));
+    QCOMPARE(history[ownFirst ? 1 : 0].label, QByteArray("other"));
+    const auto last = *ops::readHistory(store, 1);
+    QCOMPARE(int(last.size()), 1);
+    QCOMPARE(told(last[0].changes), told(history[0].changes));
+}
+
 void TestStore::followingTheHistory()
 {
     ops::Store store;
@@ -180,85 +301,6 @@ void TestStore::followingTheHistory()
         ops::followHistory(store, newest, [&](const ops::Batch &one) { seen.append(told(one.changes)); });
     QCOMPARE(seen.join(' '), QByteArray("p a 1 > 2 p b - > 3"));
     QCOMPARE(*last, *ops::newestChange(store));
-}
-
-void TestStore::configurations()
-{
-    QVERIFY(apply({{"p", "a", {}, number(1)}}));
-    QCOMPARE(ops::configurationNames(), QByteArrayList{"default"});
-    QVERIFY(ops::newConfiguration("day"));
-    QVERIFY(!ops::newConfiguration("day"));
-    QVERIFY(ops::renameConfiguration("day", "night"));
-    QVERIFY(!ops::renameConfiguration("day", "late"));
-    QVERIFY(!ops::renameConfiguration("default", "late"));
-    QVERIFY(!ops::deleteConfiguration("default"));
-    QCOMPARE(ops::configurationNames(), QByteArrayList({"default", "night"}));
-    QVERIFY(ops::useConfiguration("night"));
-    QVERIFY(now().empty());
-    QVERIFY(!ops::useConfiguration("nowhere"));
-    QCOMPARE(ops::defaultConfiguration(), QByteArray("night"));
-    QVERIFY(ops::deleteConfiguration("default"));
-    QCOMPARE(ops::configurationNames(), QByteArrayList{"night"});
-    QVERIFY(!ops::Store::open("nowhere"));
-}
-
-void TestStore::wrongNames_data()
-{
-    QTest::addColumn<QByteArray>("name");
-    for (const char *name : {"", ".hidden", "a/b", "../a", "a\nb", "\x7f"})
-        QTest::newRow(*name ? name : "empty") << QByteArray(name);
-    QTest::newRow("65 bytes") << QByteArray(65, 'x');
-}
-
-void TestStore::wrongNames()
-{
-    QFETCH(QByteArray, name);
-    QVERIFY(!ops::newConfiguration(name));
-    QVERIFY(!ops::copyConfiguration("default", name));
-    QCOMPARE(ops::configurationNames(), QByteArrayList{"default"});
-}
-
-void TestStore::aCopyIsExact()
-{
-    QVERIFY(apply(ops::difference({}, RandomStore(5).anything())));
-    QVERIFY(ops::copyConfiguration("default", "copy"));
-    QVERIFY(ops::difference(now(), *ops::Store::open("copy")->read(), ops::Spelling::Exact).empty());
-    QVERIFY(!ops::copyConfiguration("nowhere", "other"));
-    QVERIFY(!ops::copyConfiguration("default", "copy"));
-}
-
-void TestStore::operands()
-{
-    QVERIFY(apply({{channel(0), "ClockDomain", {}, number(1)}, {channel(1), "ClockDomain", {}, number(2)}}));
-    QVERIFY(ops::copyConfiguration("default", "night"));
-    const QByteArray dump = file("a.json", ops::writeDump({{"default", now()}}));
-    const QByteArray two = file("b.json", ops::writeDump({{"one", now()}, {"two", ops::Snapshot()}}));
-    const QByteArray settings = file("c.ipp", ops::exportSettings(now()));
-    const ops::Store store;
-    const auto differs = [&store](const QByteArray &left, const QByteArray &right) {
-        return told(ops::compare(*ops::readOperand(left, store), *ops::readOperand(right, store)));
-    };
-    for (const QByteArray &same :
-         {QByteArray("store"), QByteArray("night"), QByteArray("config:night"), dump, two + "#one", settings})
-        QCOMPARE(differs("store", same), QByteArray());
-    QCOMPARE(differs("0", "1"), channel(0) + " ClockDomain 1 > 2");
-    QCOMPARE(differs("1", two + "#two"), channel(1) + " ClockDomain 2 > -");
-    QCOMPARE(differs(settings, "0"), QByteArray());
-}
-
-void TestStore::operandsThatAreNone_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    for (const char *text : {"", "nowhere", "config:nowhere", "/dev/null", "/", "2/video", "no.json"})
-        QTest::newRow(*text ? text : "empty") << QByteArray(text);
-}
-
-void TestStore::operandsThatAreNone()
-{
-    QFETCH(QByteArray, text);
-    const auto operand = ops::readOperand(text, ops::Store());
-    QVERIFY(!operand);
-    QCOMPARE(operand.failure().kind, ops::Failure::Input);
 }
 
 QTEST_GUILESS_MAIN(TestStore)

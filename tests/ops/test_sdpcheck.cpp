@@ -139,6 +139,69 @@ const Broken brokenTexts[] = {
     {"stream-twice",      Anc,         "m=video 20020 RTP/AVP 98\nc=IN IP4 239.1.1.3/64",
                                        "m=video 20010 RTP/AVP 98\nc=IN IP4 239.1.1.2/64"},
 };
+
+// What comes near to a trouble and is none: the rule must not tell it, whatever others say.
+const Broken narrowTexts[] = {
+    {"line-form",         0,           "s=Studio 1",                         "s=-"},
+    {"line-form",         0,           "s=Studio 1",                         "s=Studio = 1"},
+    {"unknown-type",      0,           "t=0 0\n",                            "t=0 0\nk=prompt\n"},
+    {"version",           0,           "s=Studio 1",                         "s=v=1"},
+    {"line-order",        0,           "t=0 0\n",                            "b=AS:1\nt=0 0\n"},
+    {"missing-line",      0,           "a=group:DUP red blue\n",             ""},
+    {"origin",            0,           "o=- 1 1 IN IP4 10.0.0.5",            "o=- 0 18446744073709551615 IN IP6 ::1"},
+    {"media-line",        0,           "m=video 20000 RTP/AVP 96",           "m=video 20000/2 RTP/AVP 96 97"},
+    {"media-line",        0,           "m=video 20000 RTP/AVP 96",           "m=video 65535 RTP/AVP 96"},
+    {"port-zero",         0,           "m=video 20000",                      "m=video 2"},
+    {"port-odd",          0,           "m=video 20000",                      "m=video 0"},
+    {"payload-type",      0,           "RTP/AVP 96",                         "RTP/AVP 127"},
+    {"rtpmap",            0,           "rtpmap:97 L24/48000/8",              "rtpmap:97 l24/48000/8"},
+    {"connection",        0,           "c=IN IP4 239.1.1.3/64",              "c=IN IP6 ff02::1"},
+    {"connection",        0,           "t=0 0\n",                            "c=IN IP4 239.1.1.9/64\nt=0 0\n"},
+    {"ttl",               0,           "239.1.1.1/64",                       "239.1.1.1/255"},
+    {"ttl",               0,           "239.1.1.1/64",                       "239.1.1.1/0"},
+    {"ttl-unicast",       0,           "c=IN IP4 239.1.1.3/64",              "c=IN IP4 10.1.1.3"},
+    {"several-groups",    0,           "c=IN IP4 239.1.1.3/64",              "c=IN IP4 10.1.1.3/64/2"},
+    {"control-group",     0,           "239.1.1.3/64",                       "224.0.2.1/64"},
+    {"ssm-source",        0,           "c=IN IP4 239.1.1.3/64",              "c=IN IP4 233.0.0.1/64"},
+    {"filter-form",       0,           " incl IN IP4 239.1.1.3",             " excl IN IP4 239.1.1.3"},
+    {"filter-form",       0,           "239.1.1.3 10.0.0.5",                 "239.1.1.3 10.0.0.5 10.0.0.6"},
+    {"filter-destination", 0,          "IP4 239.1.1.3 10.0.0.5",             "IP4 * 10.0.0.5"},
+    {"filter-source",     0,           "IP4 239.1.1.3 10.0.0.5",             "IP4 239.1.1.3 223.255.255.255"},
+    {"filter-source",     0,           "IN IP4 239.1.1.3 10.0.0.5",          "IN IP6 239.1.1.3 fe80::1"},
+    {"video-word",        0,           "raw/90000",                          "H264/90000"},
+    {"fmtp-form",         0,           "TP=2110TPN; interlace;",             "TP=2110TPN; interlace"},
+    {"fmtp-form",         0,           "SSN=ST2110-40:2018;",                "DID_SDID={0x61,0x02}; DID_SDID={0x41,0x05};"},
+    {"video-parameters",  0,           "TP=2110TPN; ",                       ""},
+    {"video-values",      0,           "sampling=YCbCr-4:2:2",               "sampling=ICtCp-4:4:4"},
+    {"video-values",      0,           "depth=10",                           "depth=16f"},
+    {"video-values",      0,           "TP=2110TPN;",                        "TP=2110TPNL;"},
+    {"video-size",        0,           "width=1920",                         "width=32767"},
+    {"video-size",        0,           "width=1920",                         "width=1"},
+    {"video-rate",        0,           "exactframerate=25;",                 "exactframerate=30000/1001;"},
+    {"interlace-rate",    0,           "exactframerate=25;",                 "exactframerate=30;"},
+    {"interlace-form",    0,           "interlace;",                         "interlace; segmented;"},
+    {"framerate-form",    0,           "a=framerate:25",                     "a=framerate:25.00"},
+    {"framerate-differs", 0,           "a=framerate:25",                     "a=framerate:25.01"},
+    {"audio-encoding",    0,           "L24/48000/8",                        "AM824/48000/8"},
+    {"audio-rate",        0,           "L24/48000/8",                        "L24/96000/4"},
+    {"ptime-unit",        0,           "a=ptime:1\n",                        "a=ptime:4\n"},
+    {"ptime-unit",        0,           "a=ptime:1\n",                        "a=ptime:126\n"},
+    {"ptime-value",       0,           "a=ptime:1\n",                        "a=ptime:0.33\n"},
+    {"audio-packet-size", 0,           "L24/48000/8",                        "L24/48000/10"},
+    {"audio-level",       0,           "L24/48000/8\na=ptime:1\n",           "L24/48000/64\na=ptime:0.125\n"},
+    {"audio-level-c",     0,           "L24/48000/8\na=ptime:1\n",           "L24/48000/8\na=ptime:0.125\n"},
+    {"refclk-form",       0,           "2008:AC-DE-48-FF-FE-23-45-67:127",   "2008:traceable"},
+    {"refclk-domain",     0,           "45-67:127",                          "45-67:0"},
+    {"refclk-domain",     0,           "45-67:127",                          "45-67:domain-name=studio"},
+    {"refclk-no-domain",  0,           "2008:AC-DE-48-FF-FE-23-45-67:127",   "2008:traceable"},
+    {"mediaclk-form",     0,           "45-67\na=mediaclk:direct=0\n",       "45-67\na=mediaclk:direct=5 rate=90000\n"},
+    {"mediaclk-offset",   0,           "45-67\na=mediaclk:direct=0\n",       "45-67\na=mediaclk:direct=5\n"},
+    {"leg-missing",       0,           "a=group:DUP red blue",               "a=group:LS red green"},
+    {"legs-differ",       0,           "a=framerate:25",                     "a=framerate:25.00"},
+    {"legs-share",        0,           "239.1.1.1 10.0.0.5",                 "239.1.1.1 10.0.0.6"},
+    {"stream-twice",      0,           "m=video 20020 RTP/AVP 98\nc=IN IP4 239.1.1.3/64",
+                                       "m=video 20012 RTP/AVP 98\nc=IN IP4 239.1.1.2/64"},
+};
 // clang-format on
 
 QStringList told(const ops::Findings &findings)
@@ -163,6 +226,8 @@ private slots:
     void theFaultlessTextIsAccepted();
     void eachTroubleIsToldAtItsLine_data();
     void eachTroubleIsToldAtItsLine();
+    void whatIsNearIsNotTold_data();
+    void whatIsNearIsNotTold();
     void everyRuleHasATextThatBreaksIt();
     void everyRuleHasANameOfItsOwn();
     void theManualNamesEveryRule();
@@ -205,6 +270,25 @@ void TestSdpCheck::eachTroubleIsToldAtItsLine()
     const QStringList found = check(edited(faultless(), broken.from, broken.to));
     QVERIFY2(found.contains(expected),
              qPrintable(expected + QLatin1String(" not in: ") + found.join(QLatin1String("; "))));
+}
+
+void TestSdpCheck::whatIsNearIsNotTold_data()
+{
+    QTest::addColumn<int>("row");
+    int row = 0;
+    for (const Broken &one : narrowTexts)
+        QTest::addRow("%s: %s", one.rule, QByteArray(one.to).replace('\n', '|').left(60).constData())
+            << row++;
+}
+
+void TestSdpCheck::whatIsNearIsNotTold()
+{
+    QFETCH(int, row);
+    const Broken &one = narrowTexts[row];
+    const QStringList found = check(edited(faultless(), one.from, one.to));
+    QVERIFY2(found.filter(QRegularExpression(QLatin1Char('^') + QLatin1String(one.rule) + QLatin1Char(' ')))
+                 .isEmpty(),
+             qPrintable(found.join(QLatin1String("; "))));
 }
 
 void TestSdpCheck::everyRuleHasATextThatBreaksIt()

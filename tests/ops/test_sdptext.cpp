@@ -16,11 +16,6 @@ private slots:
     void addresses_data();
     void addresses();
     void blocksOfAddresses();
-    void rates_data();
-    void rates();
-    void streamsAreTakenApart();
-    void kindsAreToldByTheEncoding_data();
-    void kindsAreToldByTheEncoding();
 };
 
 void TestSdpText::linesAreCountedAndCut()
@@ -95,74 +90,6 @@ void TestSdpText::blocksOfAddresses()
             !ops::isUsableSource(at("255.255.255.255")));
     QCOMPARE(ops::ethernetBits(at("239.129.1.1")), ops::ethernetBits(at("224.1.1.1")));
     QVERIFY(ops::ethernetBits(at("239.1.1.1")) != ops::ethernetBits(at("239.1.1.2")));
-}
-
-void TestSdpText::rates_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QByteArray>("again"); // empty: no rate
-    const auto row = [](const char *text, const char *again) {
-        QTest::newRow(text) << QByteArray(text) << QByteArray(again);
-    };
-    row("50", "50");
-    row("60000/1001", "60000/1001");
-    row("50/2", "25");
-    row("25.0", "25");
-    row("0.125", "1/8");
-    row("29.97", "2997/100");
-    for (const char *wrong :
-         {"", "0", "x", "1/0", "-1", "1e3", "1/2/3", "1.", ".5", "1.2.3", " 1", "99999999999"})
-        row(wrong, "");
-}
-
-void TestSdpText::rates()
-{
-    QFETCH(QByteArray, text);
-    QFETCH(QByteArray, again);
-    const auto rate = ops::parseRate(text);
-    QCOMPARE(rate ? rate->text() : QByteArray(), again);
-}
-
-void TestSdpText::streamsAreTakenApart()
-{
-    const ops::SdpText text = parsed(faultless());
-    const auto streams = ops::streamsOf(text);
-    QCOMPARE(int(streams.size()), 4);
-    QCOMPARE(streams[0].destination(), QByteArray("239.1.1.1:20000"));
-    QCOMPARE(streams[0].source(), QByteArray("10.0.0.5"));
-    QCOMPARE(streams[0].fmtp.value("height"), QByteArray("1080"));
-    QVERIFY(streams[0].fmtp.find("interlace") && !streams[0].fmtp.find("interlace")->hasValue);
-    QVERIFY(streams[2].kind == ops::SdpKind::Audio && streams[2].map->channels == 8);
-    QCOMPARE(streams[2].line(), 26);
-    QCOMPARE(int(streams[2].direction), int(ops::Sends));
-    const ops::SdpText bare = parsed("m=audio 1 RTP/AVP 97\n");
-    QCOMPARE(int(ops::streamsOf(bare)[0].direction), int(ops::Both));
-    QCOMPARE(ops::streamsOf(bare)[0].destination(), QByteArray());
-}
-
-void TestSdpText::kindsAreToldByTheEncoding_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<int>("kind");
-    const auto row = [](const char *text, ops::SdpKind kind) {
-        QTest::newRow(text) << QByteArray(text) << int(kind);
-    };
-    row("m=video 1 RTP/AVP 96\na=rtpmap:96 raw/90000\n", ops::SdpKind::Video);
-    row("m=video 1 RTP/AVP 96\n", ops::SdpKind::Video);
-    row("m=video 1 RTP/AVP 96\na=rtpmap:96 smpte291/90000\n", ops::SdpKind::Anc);
-    row("m=data 1 RTP/AVP 96\na=rtpmap:96 smpte291/90000\n", ops::SdpKind::Anc);
-    row("m=video 1 RTP/AVP 96\na=rtpmap:96 jxsv/90000\n", ops::SdpKind::Other);
-    row("m=audio 1 RTP/AVP 96\n", ops::SdpKind::Audio);
-    row("m=data 1 RTP/AVP 96\n", ops::SdpKind::Other);
-    row("m=\n", ops::SdpKind::Other);
-}
-
-void TestSdpText::kindsAreToldByTheEncoding()
-{
-    QFETCH(QByteArray, text);
-    QFETCH(int, kind);
-    const ops::SdpText whole = parsed(text);
-    QCOMPARE(int(ops::streamsOf(whole)[0].kind), kind);
 }
 
 QTEST_GUILESS_MAIN(TestSdpText)

@@ -68,6 +68,16 @@ std::unique_ptr<QProcess> startCommand(const QString &program, const QStringList
     return process;
 }
 
+ToolResult runTool(const char *name, const QString &arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral(CORVEL_BIN_DIR "/") + QLatin1String(name),
+                  arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
+    if (!process.waitForFinished(90000))
+        return {};
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
 std::vector<pid_t> childrenNamed(pid_t parent, const QByteArray &name)
 {
     struct Entry {

@@ -20,6 +20,16 @@ QByteArray runCommand(const QString &program, const QStringList &arguments);
 std::unique_ptr<QProcess> startCommand(const QString &program, const QStringList &arguments,
                                        const QString &output = QProcess::nullDevice());
 
+/* What a tool of ours answered. */
+struct ToolResult {
+    int code = -1;
+    QByteArray text;
+    QByteArray complaint;
+};
+
+/* Runs one of the built tools with arguments that are separated by blanks. */
+ToolResult runTool(const char *name, const QString &arguments);
+
 /* Numbers of the living processes named `name` below process `parent`, at any depth. */
 std::vector<pid_t> childrenNamed(pid_t parent, const QByteArray &name);
 

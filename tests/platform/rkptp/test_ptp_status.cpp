@@ -9,20 +9,9 @@
 
 namespace {
 
-struct Outcome {
-    int code = -1;
-    QByteArray text;
-    QByteArray complaint;
-};
-
-Outcome ptpstatus(const QString &arguments)
+ToolResult ptpstatus(const QString &arguments)
 {
-    QProcess process;
-    process.start(QStringLiteral(CORVEL_BIN_DIR "/ptpstatus"),
-                  arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
-    if (!process.waitForFinished(60000))
-        return {};
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+    return runTool("ptpstatus", arguments);
 }
 
 } // namespace
@@ -46,7 +35,7 @@ private slots:
         const auto master = m_net->startMaster(QStringLiteral("v0"), 0, QStringLiteral("001dc1.fffe.000001"),
                                                {QStringLiteral("--logAnnounceInterval=1")});
         master->waitUntilActive();
-        const Outcome outcome = ptpstatus(QStringLiteral("-i v0 -d 127"));
+        const ToolResult outcome = ptpstatus(QStringLiteral("-i v0 -d 127"));
         QCOMPARE(outcome.code, 1);
         QVERIFY2(outcome.text.startsWith("no master seen\n"), outcome.text.constData());
         QVERIFY2(outcome.text.contains(
@@ -64,7 +53,7 @@ private slots:
         const auto second = m_net->startMaster(QStringLiteral("v0"), 4, QStringLiteral("001dc1.fffe.000004"));
         first->waitUntilActive();
         second->waitUntilActive();
-        const Outcome outcome = ptpstatus(QStringLiteral("-a -i 10.9.0.1 -d 4"));
+        const ToolResult outcome = ptpstatus(QStringLiteral("-a -i 10.9.0.1 -d 4"));
         QCOMPARE(outcome.code, 0);
         const QByteArrayList lines = outcome.text.split('\n');
         QVERIFY2(lines.size() == 4 && lines[0].startsWith("locked to 00-1D-C1-FF-FE-00-00-04 (port "),
@@ -78,7 +67,7 @@ private slots:
     {
         const auto master = m_net->startMaster(QStringLiteral("v0"), 5, QStringLiteral("001dc1.fffe.000005"));
         master->waitUntilActive();
-        const Outcome outcome = ptpstatus(QStringLiteral("--json --all --interface v0 --domain 5"));
+        const ToolResult outcome = ptpstatus(QStringLiteral("--json --all --interface v0 --domain 5"));
         QCOMPARE(outcome.code, 0);
         QCOMPARE(outcome.text.count('\n'), 1);
         const QJsonObject object = QJsonDocument::fromJson(outcome.text).object();
@@ -99,7 +88,7 @@ private slots:
 
     void jsonWithoutAMasterIsJsonAsWell()
     {
-        const Outcome outcome = ptpstatus(QStringLiteral("-J -i v0 -d 99 -t 1"));
+        const ToolResult outcome = ptpstatus(QStringLiteral("-J -i v0 -d 99 -t 1"));
         QCOMPARE(outcome.code, 1);
         const QJsonObject object = QJsonDocument::fromJson(outcome.text).object();
         QVERIFY(object.value(QLatin1String("offsetNs")).isNull());
@@ -129,7 +118,7 @@ private slots:
         QFETCH(QString, arguments);
         QFETCH(int, code);
         QFETCH(QByteArray, reason);
-        const Outcome outcome = ptpstatus(arguments);
+        const ToolResult outcome = ptpstatus(arguments);
         QCOMPARE(outcome.code, code);
         QVERIFY2(outcome.complaint.contains(reason), outcome.complaint.constData());
     }

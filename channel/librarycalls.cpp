@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "ops/storecalls.h"
+#include "channel/librarycalls.h"
 
 #include <dlfcn.h>
-
-namespace ops {
 
 namespace {
 
@@ -13,9 +11,9 @@ void look(Function *&call, const char *name)
     call = reinterpret_cast<Function *>(dlsym(RTLD_DEFAULT, name));
 }
 
-StoreCalls lookAll()
+LibraryCalls lookAll()
 {
-    StoreCalls calls{};
+    LibraryCalls calls{};
     look(calls.forEach, "rkCFGForEach");
     look(calls.open, "rkCFGOpen");
     look(calls.changed, "rkCFGChanged");
@@ -34,10 +32,8 @@ StoreCalls lookAll()
 
 } // namespace
 
-const StoreCalls &storeCalls()
+const LibraryCalls &libraryCalls()
 {
-    static const StoreCalls calls = lookAll();
+    static const LibraryCalls calls = lookAll();
     return calls;
 }
-
-} // namespace ops
