@@ -82,12 +82,6 @@ StoreTransaction::~StoreTransaction()
         libraryCalls().end(m_store, 0);
 }
 
-// Asks for a save, which is put off to the end and refused for any other configuration.
-bool StoreTransaction::isOf(const QString &configuration) const
-{
-    return m_open && rkCFGSave(m_store, configuration.toUtf8().constData(), 0) == 0;
-}
-
 bool StoreTransaction::keep()
 {
     if (!m_open)
