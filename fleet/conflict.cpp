@@ -5,6 +5,8 @@
 
 #include <QCryptographicHash>
 
+#include <nlohmann/json.hpp>
+
 namespace fleet {
 
 namespace {

@@ -3,6 +3,8 @@
 
 #include "fleet/documentjson.h"
 
+#include <nlohmann/json.hpp>
+
 namespace fleet {
 
 namespace {

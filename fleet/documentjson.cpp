@@ -5,6 +5,8 @@
 
 #include <limits>
 
+#include <nlohmann/json.hpp>
+
 namespace fleet {
 
 namespace {

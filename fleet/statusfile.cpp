@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QSaveFile>
 
+#include <nlohmann/json.hpp>
+
 namespace fleet {
 
 namespace {

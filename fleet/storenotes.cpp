@@ -4,6 +4,8 @@
 #include "channel/librarycalls.h"
 #include "fleet/documentjson.h"
 
+#include <nlohmann/json.hpp>
+
 namespace fleet {
 
 namespace {

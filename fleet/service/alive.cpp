@@ -4,6 +4,8 @@
 #include "fleet/documentjson.h"
 #include "ops/ipv4.h"
 
+#include <nlohmann/json.hpp>
+
 namespace fleet {
 
 namespace {

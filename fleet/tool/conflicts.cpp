@@ -4,6 +4,8 @@
 #include "fleet/tool/fleetcontext.h"
 #include "fleet/tool/siteedit.h"
 
+#include <nlohmann/json.hpp>
+
 namespace {
 
 struct ListOptions {

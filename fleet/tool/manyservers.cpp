@@ -6,6 +6,8 @@
 #include "ops/batch.h"
 #include "ops/sitepreflight.h"
 
+#include <nlohmann/json.hpp>
+
 namespace {
 
 struct DiffOptions {

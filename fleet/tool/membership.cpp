@@ -15,6 +15,8 @@
 
 #include <csignal>
 
+#include <nlohmann/json.hpp>
+
 namespace {
 
 constexpr int kStopMs = 10000;

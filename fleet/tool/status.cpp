@@ -2,6 +2,8 @@
 // corvel-fleet status: every server in a line.
 #include "fleet/tool/fleetcontext.h"
 
+#include <nlohmann/json.hpp>
+
 namespace {
 
 struct StatusOptions {
