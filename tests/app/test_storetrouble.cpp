@@ -14,6 +14,47 @@
 using namespace DialogTest;
 using namespace StoreTest;
 
+namespace {
+
+// Another program that has begun to write and does not end, until it is let go.
+class Holder {
+public:
+    Holder()
+    {
+        if (pipe(m_held) != 0 || pipe(m_release) != 0)
+            qFatal("no pipe");
+        m_pid = fork();
+        if (m_pid != 0)
+            return;
+        close(m_release[1]); // or it would never hear that the test has gone
+        char byte = rkCFGBegin(RKCFG_DEFAULT_STORE) == 0;
+        const bool done = write(m_held[1], &byte, 1) == 1 && read(m_release[0], &byte, 1) == 1;
+        rkCFGEnd(RKCFG_DEFAULT_STORE, 0);
+        _exit(done ? 0 : 1);
+    }
+    ~Holder()
+    {
+        for (const int end : {m_held[0], m_held[1], m_release[0], m_release[1]})
+            close(end);
+    }
+    bool holds() const
+    {
+        char byte = 0;
+        return read(m_held[0], &byte, 1) == 1 && byte == 1;
+    }
+    bool letGo() const
+    {
+        int status = 0;
+        return write(m_release[1], "", 1) == 1 && waitpid(m_pid, &status, 0) == m_pid && status == 0;
+    }
+
+private:
+    int m_held[2], m_release[2];
+    pid_t m_pid;
+};
+
+} // namespace
+
 class TestStoreTrouble : public QObject {
     Q_OBJECT
 
@@ -23,6 +64,7 @@ private slots:
     void cleanup();
     void allIsWell();
     void heldByAnotherProgram();
+    void aLoadIntoAHeldStoreIsNone();
     void aSecondDialog();
     void aSecondDialogOnAnotherStore();
 
@@ -55,33 +97,30 @@ void TestStoreTrouble::allIsWell()
 
 void TestStoreTrouble::heldByAnotherProgram()
 {
-    int held[2], release[2];
-    QCOMPARE(pipe(held), 0);
-    QCOMPARE(pipe(release), 0);
-    const pid_t other = fork();
-    if (other == 0) {
-        char byte = rkCFGBegin(RKCFG_DEFAULT_STORE) == 0;
-        const bool done = write(held[1], &byte, 1) == 1 && read(release[0], &byte, 1) == 1;
-        rkCFGEnd(RKCFG_DEFAULT_STORE, 0);
-        _exit(done ? 0 : 1);
-    }
-    char byte = 0;
-    QCOMPARE(read(held[0], &byte, 1), ssize_t(1));
-    QCOMPARE(int(byte), 1);
+    const Holder holder;
+    QVERIFY(holder.holds());
     typeText(m_fixture->dialog->m_pEditRecDstPort, QStringLiteral("5004"));
     const QString path = storePath();
     QCOMPARE(shown("storeBar"), path + QStringLiteral(": held by another program; edits are not kept"));
-    QCOMPARE(write(release[1], &byte, 1), ssize_t(1));
-    int status = 0;
-    waitpid(other, &status, 0);
-    QCOMPARE(status, 0);
+    QVERIFY(holder.letGo());
     QTRY_COMPARE(shown("storeBar"), QString());
     // What is shown is what is stored.
     QCOMPARE(m_fixture->dialog->m_pEditRecDstPort->text(), QStringLiteral("0"));
     typeText(m_fixture->dialog->m_pEditRecDstPort, QStringLiteral("5005"));
     QCOMPARE(OtherProgram::stored("ReceiveDestinationPort"), QStringLiteral("5005"));
-    for (const int end : {held[0], held[1], release[0], release[1]})
-        close(end);
+}
+
+void TestStoreTrouble::aLoadIntoAHeldStoreIsNone()
+{
+    m_fixture->write(QStringLiteral("x.ipp"), "[HalvectIpConfig]\n[channel0]\nTransmitSourcePort=5\n");
+    const Holder holder;
+    QVERIFY(holder.holds());
+    QVERIFY(m_fixture->load(QStringLiteral("x.ipp")));
+    QCOMPARE(shown("statusLine"), QStringLiteral("Nothing loaded from x.ipp: the store could not take it"));
+    QVERIFY(holder.letGo());
+    QCOMPARE(OtherProgram::stored("TransmitSourcePort"), QString());
+    QVERIFY(m_fixture->load(QStringLiteral("x.ipp")));
+    QCOMPARE(shown("statusLine"), QStringLiteral("Loaded x.ipp: 1 channel, 1 value"));
 }
 
 // The second one is killed, so that it cannot say goodbye. Both write to one log.
