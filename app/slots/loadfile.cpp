@@ -168,6 +168,7 @@ void QCorvelPrivate::loadFile(const QString &path)
         alone.emplace();
     const bool isOneStep = step.isOneStep() || alone->isOpen();
     FileLoad load(this, work, path, file, isOneStep);
+    stored = true; // of this load
     write([&] {
         setCfgValue(FirstChannelValue::LastConfigPath, QFileInfo(path).absoluteDir().absolutePath(), true, 0);
         load.read();
@@ -179,7 +180,9 @@ void QCorvelPrivate::loadFile(const QString &path)
         step.drop();
         alone.reset();
     }
-    const bool isStored = !load.isCancelled() && step.keep() && (!alone || alone->keep());
+    // A library without news need not mean by its results what ours does.
+    const bool isWritten = stored || !storeTellsNews();
+    const bool isStored = !load.isCancelled() && step.keep() && (!alone || alone->keep()) && isWritten;
     if (load.endedEarly())
         q->loadData();
     else
