@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "files/settingsfile.h"
 
-#include <QVector>
+#include "files/settingskeys.h"
 
 #include <algorithm>
 #include <cstring>
 #include <string_view>
-#include <vector>
 
 namespace {
 
@@ -105,111 +104,85 @@ const WrittenLine writtenLines[] = {
     {"ReceiveAncInterface",       nullptr,             Form::Text,   nullptr},
     {"ReceiveAncFlags",           nullptr,             Form::Number, nullptr},
 };
-
-enum class Kind { Text, Number, TextFlow, NumberFlow, Global };
-
-// The keys the reader accepts, in the order in which it tries them. The interface keys are missing: a
-// file never changes which network interface a channel uses.
-const struct {
-    const char *key;
-    Kind kind;
-} acceptedKeys[] = {
-    {"nmosoverride",               Kind::Global},
-    {"ClockGrandMaster",           Kind::Text},
-    {"SfpTopIPAddress",            Kind::Text},
-    {"SfpBottomIPAddress",         Kind::Text},
-    {"SfpSubnetMask",              Kind::Text},
-    {"SfpGateway",                 Kind::Text},
-    {"TransmitIp",                 Kind::Text},
-    {"TransmitDestinationIp",      Kind::Text},
-    {"TransmitSourcePort",         Kind::Number},
-    {"TransmitRemotePort",         Kind::Number},
-    {"TransmitFlags",              Kind::Number},
-    {"TransmitAudIp",              Kind::TextFlow},
-    {"TransmitAudDestinationIp",   Kind::TextFlow},
-    {"TransmitAudSourcePort",      Kind::NumberFlow},
-    {"TransmitAudRemotePort",      Kind::NumberFlow},
-    {"TransmitAudFlags",           Kind::NumberFlow},
-    {"TransmitAudPacketLength",    Kind::Number},
-    {"TransmitAudChannels",        Kind::Number},
-    {"TransmitAudTotalChannels",   Kind::Number},
-    {"TransmitAncIp",              Kind::Text},
-    {"TransmitAncDestinationIp",   Kind::Text},
-    {"TransmitAncSourcePort",      Kind::Number},
-    {"TransmitAncRemotePort",      Kind::Number},
-    {"TransmitAncFlags",           Kind::Number},
-    {"VideoType",                  Kind::Number},
-    {"ClockType",                  Kind::Number},
-    {"ClockSettings",              Kind::Number},
-    {"ClockDomain",                Kind::Number},
-    {"J2KTransmitUllMode",         Kind::Number},
-    {"J2KTransmitBitDepth",        Kind::Number},
-    {"J2KTransmitChromaSubSample", Kind::Number},
-    {"J2KTransmitDataRate",        Kind::Number},
-    {"J2KTransmitStreamType",      Kind::Number},
-    {"J2KTransmitPmtPid",          Kind::Number},
-    {"J2KTransmitVideoPid",        Kind::Number},
-    {"J2KTransmitPcrPid",          Kind::Number},
-    {"J2KTransmitAudioPid",        Kind::Number},
-    {"J2KReceiveSelectMode",       Kind::Number},
-    {"J2kReceiveProgramNumber",    Kind::Number},
-    {"J2kReceiveProgramPid",       Kind::Number},
-    {"J2kReceiveAudioNumber",      Kind::Number},
-    {"ReceiveSourceIp",            Kind::Text},
-    {"ReceiveDestinationIp",       Kind::Text},
-    {"ReceiveSourcePort",          Kind::Number},
-    {"ReceiveDestinationPort",     Kind::Number},
-    {"ReceiveFlags",               Kind::Number},
-    {"ReceiveAudSourceIp",         Kind::TextFlow},
-    {"ReceiveAudDestinationIp",    Kind::TextFlow},
-    {"ReceiveAudSourcePort",       Kind::NumberFlow},
-    {"ReceiveAudDestinationPort",  Kind::NumberFlow},
-    {"ReceiveAudFlags",            Kind::NumberFlow},
-    {"ReceiveAudPacketLength",     Kind::Number},
-    {"ReceiveAudChannels",         Kind::Number},
-    {"ReceiveAudTotalChannels",    Kind::Number},
-    {"ReceiveAncSourceIp",         Kind::Text},
-    {"ReceiveAncDestinationIp",    Kind::Text},
-    {"ReceiveAncSourcePort",       Kind::Number},
-    {"ReceiveAncDestinationPort",  Kind::Number},
-    {"ReceiveAncFlags",            Kind::Number},
-};
 // clang-format on
+
+bool isAscii(char16_t character)
+{
+    return character < 0x80;
+}
+
+// What is stored is nearly always ASCII, and needs no conversion then.
+void appendUtf8(QByteArray &out, const QString &text)
+{
+    const auto *from = reinterpret_cast<const char16_t *>(text.utf16());
+    const int before = out.size();
+    if (!std::all_of(from, from + text.size(), isAscii)) {
+        out += text.toUtf8();
+        return;
+    }
+    out.resize(before + text.size());
+    std::transform(from, from + text.size(), out.begin() + before,
+                   [](char16_t character) { return static_cast<char>(character); });
+}
+
+// Nine digits always fit, and without a zero before them they are written as they stand.
+bool isNormalNumber(const QString &text)
+{
+    const bool plain = std::all_of(text.begin(), text.end(), [](QChar character) {
+        return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+    });
+    return plain && !text.isEmpty() && text.size() <= 9 && (text.size() == 1 || text[0] != QLatin1Char('0'));
+}
 
 class Writer {
 public:
-    Writer(const SettingsValueSource &value, int flows) : m_value(value), m_flows(flows) {}
+    Writer(const SettingsValueSource &value, int flows) : m_value(value), m_flows(flows)
+    {
+        m_text.reserve(8192);
+        m_key.reserve(64);
+    }
     void section(int channel);
     QByteArray m_text;
 
 private:
     void flows(const FlowLine *lines, int channel);
-    void line(const QByteArray &key, const char *name, Form form, int channel);
-    QByteArray text(const char *name, Form form, int channel) const;
+    void line(string_view key, const char *name, Form form, int channel);
+    void value(const char *name, Form form, int channel);
 
     const SettingsValueSource &m_value;
     int m_flows;
+    QByteArray m_key; // of a flow; a member only to keep its memory
 };
 
-QByteArray Writer::text(const char *name, Form form, int channel) const
+void Writer::value(const char *name, Form form, int channel)
 {
-    if (form == Form::Zero)
-        return QByteArrayLiteral("0");
+    if (form == Form::Zero) {
+        m_text += '0';
+        return;
+    }
     const QString stored = m_value(name, form == Form::Text, channel);
-    return form == Form::Number ? QByteArray::number(settingsNumber(stored)) : stored.toUtf8();
+    if (form == Form::Number && !isNormalNumber(stored))
+        m_text += QByteArray::number(settingsNumber(stored));
+    else
+        appendUtf8(m_text, stored);
 }
 
-void Writer::line(const QByteArray &key, const char *name, Form form, int channel)
+void Writer::line(string_view key, const char *name, Form form, int channel)
 {
-    m_text += key + '=' + text(name, form, channel) + '\n';
+    m_text.append(key.data(), int(key.size()));
+    m_text += '=';
+    value(name, form, channel);
+    m_text += '\n';
 }
 
 void Writer::flows(const FlowLine *lines, int channel)
 {
     for (int flow = 0; flow < m_flows; ++flow) {
+        const QByteArray number = QByteArray::number(flow);
         for (const FlowLine *row = lines; row->stem; ++row) {
-            const QByteArray key = row->stem + QByteArray::number(flow);
-            line(key, key.constData(), row->form, channel);
+            m_key.resize(0);
+            m_key.append(row->stem).append(number);
+            line({m_key.constData(), size_t(m_key.size())}, m_key.constData(), row->form, channel);
         }
     }
 }
@@ -221,64 +194,21 @@ void Writer::section(int channel)
         if (row.form == Form::Flows)
             flows(row.flows, channel);
         else
-            line(QByteArray(row.key), row.value ? row.value : row.key, row.form, channel);
+            line(row.key, row.value ? row.value : row.key, row.form, channel);
     }
     m_text += '\n';
 }
 
-// Keys are ASCII; other letters have no case here.
-char lower(char c)
+// The other way round, with the same reason; the text keeps its memory.
+void assignUtf8(QString &out, string_view text)
 {
-    return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
-}
-
-void lowerInto(std::string &out, string_view text)
-{
-    out.resize(text.size());
-    std::transform(text.begin(), text.end(), out.begin(), lower);
-}
-
-struct AcceptedKey {
-    std::string lowered;
-    QByteArray name;
-    Kind kind;
-
-    bool isFlow() const { return kind == Kind::TextFlow || kind == Kind::NumberFlow; }
-    bool matches(const std::string &key) const
-    {
-        return isFlow() ? key.find(lowered) != std::string::npos : key == lowered;
+    if (!std::all_of(text.begin(), text.end(),
+                     [](char c) { return isAscii(static_cast<unsigned char>(c)); })) {
+        out = QString::fromUtf8(text.data(), int(text.size()));
+        return;
     }
-};
-
-const std::vector<AcceptedKey> &accepted()
-{
-    static const std::vector<AcceptedKey> keys = [] {
-        std::vector<AcceptedKey> rows;
-        for (const auto &row : acceptedKeys) {
-            rows.push_back({std::string(), QByteArray(row.key), row.kind});
-            lowerInto(rows.back().lowered, row.key);
-        }
-        return rows;
-    }();
-    return keys;
-}
-
-// The last character of a key, which may be several bytes.
-QByteArray lastCharacter(string_view key)
-{
-    if (static_cast<unsigned char>(key.back()) < 0x80)
-        return QByteArray(1, key.back());
-    const auto characters = QString::fromUtf8(key.data(), int(key.size())).toUcs4();
-    const uint last = characters.back();
-    return QString::fromUcs4(&last, 1).toUtf8();
-}
-
-// A stem alone means flow 0; else the flow is the key's last character, whatever it is: deliberate.
-QByteArray flowKey(const AcceptedKey &row, string_view key)
-{
-    if (key.size() == row.lowered.size())
-        return row.name + '0';
-    return row.name + lastCharacter(key);
+    out.resize(int(text.size()));
+    std::transform(text.begin(), text.end(), out.begin(), [](char c) { return QLatin1Char(c); });
 }
 
 } // namespace
@@ -361,21 +291,18 @@ SettingsReader::Result SettingsReader::feed(const QByteArray &line, SettingsValu
         return Result::Ignored;
     }
 
-    lowerInto(m_key, key);
-    const auto &keys = accepted();
-    const auto row = std::find_if(keys.begin(), keys.end(),
-                                  [this](const AcceptedKey &candidate) { return candidate.matches(m_key); });
-    if (row == keys.end()) {
+    const SettingsKey meaning = meaningOf(key, m_key);
+    if (meaning.kind == SettingsKey::Kind::None) {
         leaveOut();
         return Result::Ignored;
     }
 
     // A second "=" and what follows it are dropped: deliberate.
     const string_view value = text.substr(equals + 1, text.find('=', equals + 1) - equals - 1);
-    out->key = row->isFlow() ? flowKey(*row, key) : row->name;
-    out->isString = row->kind == Kind::Text || row->kind == Kind::TextFlow;
-    out->text = QString::fromUtf8(value.data(), int(value.size()));
+    out->key = meaning.name;
+    out->isString = meaning.kind == SettingsKey::Kind::Text;
+    assignUtf8(out->text, value);
     out->channel = m_current - m_first;
-    out->global = row->kind == Kind::Global;
+    out->global = meaning.kind == SettingsKey::Kind::Global;
     return Result::Value;
 }
