@@ -12,7 +12,7 @@ namespace {
 
 // A description of a megabyte may name one value fifty thousand times. What is stored in the end is the same:
 // one name has one lock and one box.
-QVector<SdpStore> lastOfEachName(const QList<SdpStore> &values)
+QVector<SdpStore> lastOfEachName(const SdpStores &values)
 {
     QSet<QByteArray> seen;
     QVector<SdpStore> last;
@@ -83,7 +83,7 @@ bool tickedField(SdpTick tick, Field *field)
     Q_UNREACHABLE();
 }
 
-DescriptionLoad storeSessionDescription(const QList<SdpStore> &values, const LockBook &book, int channel)
+DescriptionLoad storeSessionDescription(const SdpStores &values, const LockBook &book, int channel)
 {
     DescriptionLoad load;
     Field field = Field::Flags;

@@ -54,7 +54,7 @@ struct DescriptionLoad {
 // Stores what a session description holds for the channel, but for the values whose lock in the book is set.
 // Of several values for one name only the last is written, at its place. When a stored value ticks a "use"
 // box, the bits are added to the channel's receive flags, last.
-DescriptionLoad storeSessionDescription(const QList<SdpStore> &values, const LockBook &book, int channel);
+DescriptionLoad storeSessionDescription(const SdpStores &values, const LockBook &book, int channel);
 
 // The field whose receive box a tick means; None has none.
 bool tickedField(SdpTick tick, Field *field);

@@ -8,8 +8,8 @@
 #define CORVEL_SDPREADER_H
 
 #include <QByteArray>
-#include <QList>
 #include <QString>
+#include <QVector>
 
 #include <functional>
 
@@ -24,6 +24,9 @@ struct SdpStore {
     QByteArray lockName;  // lock that guards it, without the channel number: always a video value's name
     SdpTick box;          // None for audio and ancillary data
 };
+Q_DECLARE_TYPEINFO(SdpStore, Q_MOVABLE_TYPE);
+
+using SdpStores = QVector<SdpStore>;
 
 // Puts the next line into its argument and returns true, or returns false at the end of the text. A line
 // ends at its first NUL byte, and carriage returns and line feeds left at its end are dropped.
@@ -32,6 +35,6 @@ using SdpLineSource = std::function<bool(QByteArray &line)>;
 // Reads to the end of the source and returns what to store, in the order of the text: per media block
 // the receive side before the send side, and per side destination, source, port. The source may stand
 // before the version line ("v=0") or behind it. Pure apart from calling the source; any thread.
-QList<SdpStore> readSdp(const SdpLineSource &source);
+SdpStores readSdp(const SdpLineSource &source);
 
 #endif

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "files/settingsfile.h"
 
-#include <QVector>
+#include "files/settingskeys.h"
 
 #include <algorithm>
 #include <cstring>
 #include <string_view>
-#include <vector>
 
 namespace {
 
@@ -14,10 +13,10 @@ using std::string_view;
 
 // The second piece has no line end, so that the name line continues a comment. Deliberate, see
 // docs/deliberate.md.
-const char *const kHeader[] = {"[HalvectIpConfig]\n", ";Network Config file", "Name=Quorlex\n",
-                               "Version=1.0\n\n"};
-const char kSignature[] = "[HalvectIpConfig]";
-constexpr string_view kVersionKey = "Version"; // of the header's last piece
+const char *const header[] = {"[HalvectIpConfig]\n", ";Network Config file", "Name=Quorlex\n",
+                              "Version=1.0\n\n"};
+const char signature[] = "[HalvectIpConfig]";
+constexpr string_view versionKey = "Version"; // of the header's last piece
 
 enum class Form {
     Zero,   // the number 0, whatever is stored
@@ -40,7 +39,7 @@ struct WrittenLine {
 };
 
 // clang-format off
-const FlowLine kTransmitFlow[] = {
+const FlowLine transmitFlow[] = {
     {"TransmitAudIp",             Form::Text},
     {"TransmitAudDestinationIp",  Form::Text},
     {"TransmitAudSourcePort",     Form::AsRead},
@@ -48,7 +47,7 @@ const FlowLine kTransmitFlow[] = {
     {"TransmitAudFlags",          Form::AsRead},
     {nullptr,                     Form::Text},
 };
-const FlowLine kReceiveFlow[] = {
+const FlowLine receiveFlow[] = {
     {"ReceiveAudSourceIp",        Form::Text},
     {"ReceiveAudDestinationIp",   Form::Text},
     {"ReceiveAudSourcePort",      Form::AsRead},
@@ -58,7 +57,7 @@ const FlowLine kReceiveFlow[] = {
 };
 
 // The lines of a section in their order. The audio interfaces are those of video: deliberate.
-const WrittenLine kWrittenLines[] = {
+const WrittenLine writtenLines[] = {
     // key                        value                form
     {"nmosoverride",              nullptr,             Form::Zero,   nullptr},
     {"ClockGrandMaster",          nullptr,             Form::Text,   nullptr},
@@ -76,7 +75,7 @@ const WrittenLine kWrittenLines[] = {
     {"TransmitRemotePort",        nullptr,             Form::Number, nullptr},
     {"TransmitInterface",         nullptr,             Form::Text,   nullptr},
     {"TransmitFlags",             nullptr,             Form::Number, nullptr},
-    {nullptr,                     nullptr,             Form::Flows,  kTransmitFlow},
+    {nullptr,                     nullptr,             Form::Flows,  transmitFlow},
     {"TransmitAudInterface",      "TransmitInterface", Form::Text,   nullptr},
     {"TransmitAudPacketLength",   nullptr,             Form::Number, nullptr},
     {"TransmitAncIp",             nullptr,             Form::Text,   nullptr},
@@ -95,7 +94,7 @@ const WrittenLine kWrittenLines[] = {
     {"ReceiveDestinationPort",    nullptr,             Form::Number, nullptr},
     {"ReceiveInterface",          nullptr,             Form::Text,   nullptr},
     {"ReceiveFlags",              nullptr,             Form::Number, nullptr},
-    {nullptr,                     nullptr,             Form::Flows,  kReceiveFlow},
+    {nullptr,                     nullptr,             Form::Flows,  receiveFlow},
     {"ReceiveAudInterface",       "ReceiveInterface",  Form::Text,   nullptr},
     {"ReceiveAudPacketLength",    nullptr,             Form::Number, nullptr},
     {"ReceiveAncSourceIp",        nullptr,             Form::Text,   nullptr},
@@ -105,111 +104,85 @@ const WrittenLine kWrittenLines[] = {
     {"ReceiveAncInterface",       nullptr,             Form::Text,   nullptr},
     {"ReceiveAncFlags",           nullptr,             Form::Number, nullptr},
 };
-
-enum class Kind { Text, Number, TextFlow, NumberFlow, Global };
-
-// The keys the reader accepts, in the order in which it tries them. The interface keys are missing: a
-// file never changes which network interface a channel uses.
-const struct {
-    const char *key;
-    Kind kind;
-} kAcceptedKeys[] = {
-    {"nmosoverride",               Kind::Global},
-    {"ClockGrandMaster",           Kind::Text},
-    {"SfpTopIPAddress",            Kind::Text},
-    {"SfpBottomIPAddress",         Kind::Text},
-    {"SfpSubnetMask",              Kind::Text},
-    {"SfpGateway",                 Kind::Text},
-    {"TransmitIp",                 Kind::Text},
-    {"TransmitDestinationIp",      Kind::Text},
-    {"TransmitSourcePort",         Kind::Number},
-    {"TransmitRemotePort",         Kind::Number},
-    {"TransmitFlags",              Kind::Number},
-    {"TransmitAudIp",              Kind::TextFlow},
-    {"TransmitAudDestinationIp",   Kind::TextFlow},
-    {"TransmitAudSourcePort",      Kind::NumberFlow},
-    {"TransmitAudRemotePort",      Kind::NumberFlow},
-    {"TransmitAudFlags",           Kind::NumberFlow},
-    {"TransmitAudPacketLength",    Kind::Number},
-    {"TransmitAudChannels",        Kind::Number},
-    {"TransmitAudTotalChannels",   Kind::Number},
-    {"TransmitAncIp",              Kind::Text},
-    {"TransmitAncDestinationIp",   Kind::Text},
-    {"TransmitAncSourcePort",      Kind::Number},
-    {"TransmitAncRemotePort",      Kind::Number},
-    {"TransmitAncFlags",           Kind::Number},
-    {"VideoType",                  Kind::Number},
-    {"ClockType",                  Kind::Number},
-    {"ClockSettings",              Kind::Number},
-    {"ClockDomain",                Kind::Number},
-    {"J2KTransmitUllMode",         Kind::Number},
-    {"J2KTransmitBitDepth",        Kind::Number},
-    {"J2KTransmitChromaSubSample", Kind::Number},
-    {"J2KTransmitDataRate",        Kind::Number},
-    {"J2KTransmitStreamType",      Kind::Number},
-    {"J2KTransmitPmtPid",          Kind::Number},
-    {"J2KTransmitVideoPid",        Kind::Number},
-    {"J2KTransmitPcrPid",          Kind::Number},
-    {"J2KTransmitAudioPid",        Kind::Number},
-    {"J2KReceiveSelectMode",       Kind::Number},
-    {"J2kReceiveProgramNumber",    Kind::Number},
-    {"J2kReceiveProgramPid",       Kind::Number},
-    {"J2kReceiveAudioNumber",      Kind::Number},
-    {"ReceiveSourceIp",            Kind::Text},
-    {"ReceiveDestinationIp",       Kind::Text},
-    {"ReceiveSourcePort",          Kind::Number},
-    {"ReceiveDestinationPort",     Kind::Number},
-    {"ReceiveFlags",               Kind::Number},
-    {"ReceiveAudSourceIp",         Kind::TextFlow},
-    {"ReceiveAudDestinationIp",    Kind::TextFlow},
-    {"ReceiveAudSourcePort",       Kind::NumberFlow},
-    {"ReceiveAudDestinationPort",  Kind::NumberFlow},
-    {"ReceiveAudFlags",            Kind::NumberFlow},
-    {"ReceiveAudPacketLength",     Kind::Number},
-    {"ReceiveAudChannels",         Kind::Number},
-    {"ReceiveAudTotalChannels",    Kind::Number},
-    {"ReceiveAncSourceIp",         Kind::Text},
-    {"ReceiveAncDestinationIp",    Kind::Text},
-    {"ReceiveAncSourcePort",       Kind::Number},
-    {"ReceiveAncDestinationPort",  Kind::Number},
-    {"ReceiveAncFlags",            Kind::Number},
-};
 // clang-format on
+
+bool isAscii(char16_t character)
+{
+    return character < 0x80;
+}
+
+// What is stored is nearly always ASCII, and needs no conversion then.
+void appendUtf8(QByteArray &out, const QString &text)
+{
+    const auto *from = reinterpret_cast<const char16_t *>(text.utf16());
+    const int before = out.size();
+    if (!std::all_of(from, from + text.size(), isAscii)) {
+        out += text.toUtf8();
+        return;
+    }
+    out.resize(before + text.size());
+    std::transform(from, from + text.size(), out.begin() + before,
+                   [](char16_t character) { return static_cast<char>(character); });
+}
+
+// Nine digits always fit, and without a zero before them they are written as they stand.
+bool isNormalNumber(const QString &text)
+{
+    const bool plain = std::all_of(text.begin(), text.end(), [](QChar character) {
+        return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+    });
+    return plain && !text.isEmpty() && text.size() <= 9 && (text.size() == 1 || text[0] != QLatin1Char('0'));
+}
 
 class Writer {
 public:
-    Writer(const SettingsValueSource &value, int flows) : m_value(value), m_flows(flows) {}
+    Writer(const SettingsValueSource &value, int flows) : m_value(value), m_flows(flows)
+    {
+        m_text.reserve(8192);
+        m_key.reserve(64);
+    }
     void section(int channel);
     QByteArray m_text;
 
 private:
     void flows(const FlowLine *lines, int channel);
-    void line(const QByteArray &key, const char *name, Form form, int channel);
-    QByteArray text(const char *name, Form form, int channel) const;
+    void line(string_view key, const char *name, Form form, int channel);
+    void value(const char *name, Form form, int channel);
 
     const SettingsValueSource &m_value;
     int m_flows;
+    QByteArray m_key; // of a flow; a member only to keep its memory
 };
 
-QByteArray Writer::text(const char *name, Form form, int channel) const
+void Writer::value(const char *name, Form form, int channel)
 {
-    if (form == Form::Zero)
-        return QByteArrayLiteral("0");
+    if (form == Form::Zero) {
+        m_text += '0';
+        return;
+    }
     const QString stored = m_value(name, form == Form::Text, channel);
-    return form == Form::Number ? QByteArray::number(settingsNumber(stored)) : stored.toUtf8();
+    if (form == Form::Number && !isNormalNumber(stored))
+        m_text += QByteArray::number(settingsNumber(stored));
+    else
+        appendUtf8(m_text, stored);
 }
 
-void Writer::line(const QByteArray &key, const char *name, Form form, int channel)
+void Writer::line(string_view key, const char *name, Form form, int channel)
 {
-    m_text += key + '=' + text(name, form, channel) + '\n';
+    m_text.append(key.data(), int(key.size()));
+    m_text += '=';
+    value(name, form, channel);
+    m_text += '\n';
 }
 
 void Writer::flows(const FlowLine *lines, int channel)
 {
     for (int flow = 0; flow < m_flows; ++flow) {
+        const QByteArray number = QByteArray::number(flow);
         for (const FlowLine *row = lines; row->stem; ++row) {
-            const QByteArray key = row->stem + QByteArray::number(flow);
-            line(key, key.constData(), row->form, channel);
+            m_key.resize(0);
+            m_key.append(row->stem).append(number);
+            line({m_key.constData(), size_t(m_key.size())}, m_key.constData(), row->form, channel);
         }
     }
 }
@@ -217,68 +190,25 @@ void Writer::flows(const FlowLine *lines, int channel)
 void Writer::section(int channel)
 {
     m_text += "[channel" + QByteArray::number(channel) + "]\n";
-    for (const WrittenLine &row : kWrittenLines) {
+    for (const WrittenLine &row : writtenLines) {
         if (row.form == Form::Flows)
             flows(row.flows, channel);
         else
-            line(QByteArray(row.key), row.value ? row.value : row.key, row.form, channel);
+            line(row.key, row.value ? row.value : row.key, row.form, channel);
     }
     m_text += '\n';
 }
 
-// Keys are ASCII; other letters have no case here.
-char lower(char c)
+// The other way round, with the same reason; the text keeps its memory.
+void assignUtf8(QString &out, string_view text)
 {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-void lowerInto(std::string &out, string_view text)
-{
-    out.resize(text.size());
-    std::transform(text.begin(), text.end(), out.begin(), lower);
-}
-
-struct AcceptedKey {
-    std::string lowered;
-    QByteArray name;
-    Kind kind;
-
-    bool isFlow() const { return kind == Kind::TextFlow || kind == Kind::NumberFlow; }
-    bool matches(const std::string &key) const
-    {
-        return isFlow() ? key.find(lowered) != std::string::npos : key == lowered;
+    if (!std::all_of(text.begin(), text.end(),
+                     [](char c) { return isAscii(static_cast<unsigned char>(c)); })) {
+        out = QString::fromUtf8(text.data(), int(text.size()));
+        return;
     }
-};
-
-const std::vector<AcceptedKey> &accepted()
-{
-    static const std::vector<AcceptedKey> keys = [] {
-        std::vector<AcceptedKey> rows;
-        for (const auto &row : kAcceptedKeys) {
-            rows.push_back({std::string(), QByteArray(row.key), row.kind});
-            lowerInto(rows.back().lowered, row.key);
-        }
-        return rows;
-    }();
-    return keys;
-}
-
-// The last character of a key, which may be several bytes.
-QByteArray lastCharacter(string_view key)
-{
-    if (static_cast<unsigned char>(key.back()) < 0x80)
-        return QByteArray(1, key.back());
-    const auto characters = QString::fromUtf8(key.data(), static_cast<int>(key.size())).toUcs4();
-    const uint last = characters.back();
-    return QString::fromUcs4(&last, 1).toUtf8();
-}
-
-// A stem alone means flow 0; else the flow is the key's last character, whatever it is: deliberate.
-QByteArray flowKey(const AcceptedKey &row, string_view key)
-{
-    if (key.size() == row.lowered.size())
-        return row.name + '0';
-    return row.name + lastCharacter(key);
+    out.resize(int(text.size()));
+    std::transform(text.begin(), text.end(), out.begin(), [](char c) { return QLatin1Char(c); });
 }
 
 } // namespace
@@ -286,7 +216,7 @@ QByteArray flowKey(const AcceptedKey &row, string_view key)
 QByteArrayList settingsHeader()
 {
     QByteArrayList pieces;
-    for (const char *piece : kHeader)
+    for (const char *piece : header)
         pieces.append(piece);
     return pieces;
 }
@@ -308,18 +238,18 @@ QByteArray writeSettingsFile(const SettingsValueSource &value, int channels, int
 
 bool isSettingsSignature(const QByteArray &firstLine)
 {
-    return qstrnicmp(firstLine.constData(), kSignature, sizeof kSignature - 1) == 0;
+    return qstrnicmp(firstLine.constData(), signature, sizeof signature - 1) == 0;
 }
 
 // Not toUInt(): a number beyond 32 bits keeps its low bits.
 quint32 settingsNumber(const QString &text)
 {
-    return static_cast<quint32>(text.toULongLong());
+    return quint32(text.toULongLong());
 }
 
 quint32 globalSettingsNumber(const QString &text)
 {
-    return static_cast<quint32>(text.toLongLong());
+    return quint32(text.toLongLong());
 }
 
 // Only one digit is ever read, at the place where a plain "[channel3]" has it: deliberate.
@@ -349,33 +279,30 @@ SettingsReader::Result SettingsReader::feed(const QByteArray &line, SettingsValu
 {
     if (m_stopped)
         return Result::Stop;
-    const string_view text(line.constData(), strnlen(line.constData(), static_cast<size_t>(line.size())));
+    const string_view text(line.constData(), strnlen(line.constData(), size_t(line.size())));
     if (text.empty() || text.front() == ';')
         return Result::Ignored;
     const size_t equals = text.find('=');
     if (equals == string_view::npos)
-        return section(QByteArray(text.data(), static_cast<int>(text.size())));
+        return section(QByteArray(text.data(), int(text.size())));
     const string_view key = text.substr(0, equals);
     if (m_current < 0) {
-        m_leftOut.beforeSections += key != kVersionKey; // every file has this one
+        m_leftOut.beforeSections += key != versionKey; // every file has this one
         return Result::Ignored;
     }
 
-    lowerInto(m_key, key);
-    const auto &keys = accepted();
-    const auto row = std::find_if(keys.begin(), keys.end(),
-                                  [this](const AcceptedKey &candidate) { return candidate.matches(m_key); });
-    if (row == keys.end()) {
+    const SettingsKey meaning = meaningOf(key, m_key);
+    if (meaning.kind == SettingsKey::Kind::None) {
         leaveOut();
         return Result::Ignored;
     }
 
     // A second "=" and what follows it are dropped: deliberate.
     const string_view value = text.substr(equals + 1, text.find('=', equals + 1) - equals - 1);
-    out->key = row->isFlow() ? flowKey(*row, key) : row->name;
-    out->isString = row->kind == Kind::Text || row->kind == Kind::TextFlow;
-    out->text = QString::fromUtf8(value.data(), static_cast<int>(value.size()));
+    out->key = meaning.name;
+    out->isString = meaning.kind == SettingsKey::Kind::Text;
+    assignUtf8(out->text, value);
     out->channel = m_current - m_first;
-    out->global = row->kind == Kind::Global;
+    out->global = meaning.kind == SettingsKey::Kind::Global;
     return Result::Value;
 }

@@ -81,7 +81,7 @@ private:
     int m_current = -1;
     bool m_stopped = false;
     SettingsLeftOut m_leftOut;
-    std::string m_key; // in lower case; a member only to keep its memory
+    std::string m_key; // one that is not accepted, in lower case; a member only to keep its memory
 };
 
 #endif

@@ -104,9 +104,7 @@ public:
     SdpLoadPlan take();
 
 private:
-    using Stores = QList<SdpStore>;
-
-    void section(const SdpSection &section, const Stores &stores);
+    void section(const SdpSection &section, const SdpStores &stores);
     void store(int line, const SdpStore &value);
     void session(const SdpText &text, int stores);
     void direction(const SdpStream &stream, int stores);
@@ -131,24 +129,24 @@ private:
 // alone, a section gives as many values, which tells whose they are.
 void Plan::read(const SdpText &text)
 {
-    Stores all = readSdp(sourceOf(text.lines()));
+    SdpStores all = readSdp(sourceOf(text.lines()));
     const auto next = [&all](const SdpSection &section) {
         const int count = qMin(all.size(), readSdp(sourceOf(linesOf(section))).size());
-        const Stores own = all.mid(0, count);
+        const SdpStores own = all.mid(0, count);
         all = all.mid(count);
         return own;
     };
-    const Stores common = next(text.session);
+    const SdpStores common = next(text.session);
     section(text.session, common);
     session(text, common.size());
     for (const SdpSection &media : text.media) {
-        const Stores own = next(media);
+        const SdpStores own = next(media);
         section(media, own);
         direction(streamOf(text, media), own.size());
     }
 }
 
-void Plan::section(const SdpSection &section, const Stores &stores)
+void Plan::section(const SdpSection &section, const SdpStores &stores)
 {
     for (const SdpLine &line : section.lines) {
         if (const char *reason = whyUnread(line))

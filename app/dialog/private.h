@@ -103,7 +103,7 @@ struct QCorvelPrivate {
     // Every write that the user causes: values, one commit. While values runs, a host may delete the dialog.
     void write(const std::function<void()> &values);
     void loadFile(const QString &path);
-    DescriptionLoad storeDescription(const QList<SdpStore> &values);
+    DescriptionLoad storeDescription(const SdpStores &values);
     void saveSettings(const QString &path);
     void saveDescriptions(const QString &path);
     void saveElementDescriptions(const QString &path, int channel);

@@ -102,7 +102,7 @@ void FileLoad::readSettings()
 // Everything is read before anything is stored. The dialog may be gone by then.
 void FileLoad::readDescription()
 {
-    const QList<SdpStore> values = readSdp([this](QByteArray &line) { return nextLine(line); });
+    const SdpStores values = readSdp([this](QByteArray &line) { return nextLine(line); });
     if (isCancelled() || !m_work.isWanted())
         return;
     m_channel = m_dialog->channel();
@@ -192,7 +192,7 @@ void QCorvelPrivate::loadFile(const QString &path)
 
 // A value whose lock is set stays as it is and ticks nothing. What was ticked is stored as well, so that the
 // refresh that follows shows it.
-DescriptionLoad QCorvelPrivate::storeDescription(const QList<SdpStore> &values)
+DescriptionLoad QCorvelPrivate::storeDescription(const SdpStores &values)
 {
     const SignalBracket bracket(q);
     DescriptionLoad load;

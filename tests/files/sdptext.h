@@ -39,14 +39,14 @@ private:
     int m_at = 0;
 };
 
-inline QList<SdpStore> readSdpText(const QByteArray &text)
+inline SdpStores readSdpText(const QByteArray &text)
 {
     TextLines lines(text);
     return readSdp(lines.source());
 }
 
 // "ReceiveSourceIp=10.0.0.5" for each value, in order.
-inline QStringList storedValues(const QList<SdpStore> &stores)
+inline QStringList storedValues(const SdpStores &stores)
 {
     QStringList list;
     for (const SdpStore &store : stores)

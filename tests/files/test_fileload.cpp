@@ -25,7 +25,7 @@ FileLines linesOf(const QByteArrayList &text)
 const QByteArrayList kTwoSections = {"[channel0]", "nmosoverride=-1",     "TransmitIp=10.0.0.1",    "no key",
                                      "[channel1]", "TransmitIp=10.0.1.1", "TransmitSourcePort=5004"};
 
-QList<SdpStore> description(const QByteArray &text)
+SdpStores description(const QByteArray &text)
 {
     return readSdp(linesOf(text.split('\n')));
 }

@@ -110,7 +110,7 @@ void TestSdpLoad::whatTheDialogStoresIsWhatIsPlanned_data()
 void TestSdpLoad::whatTheDialogStoresIsWhatIsPlanned()
 {
     QFETCH(QByteArray, text);
-    const QList<SdpStore> stores = readSdpText(text);
+    const SdpStores stores = readSdpText(text);
     const auto planned = plan(text);
     QCOMPARE(planned.values, stores.size());
     QMap<QByteArray, QString> last;
