@@ -58,6 +58,7 @@ void addFleetCommand(CLI::App &app, Context &context)
 {
     CLI::App *fleet =
         app.add_subcommand("fleet", "Many servers: status, conflicts, set, copy, check, ... (corvel-fleet)");
+    fleet->fallthrough(false); // its words are not ours
     fleet->prefix_command();
     fleet->footer("Example:\n  corvelctl fleet status\n  corvelctl fleet --help is this; corvel-fleet --help "
                   "has the rest");
