@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // corvel-fleet: the service, and its commands for people. docs/corvel-fleet.1 is its manual.
+#include "corvelctl/options.h"
 #include "fleet/service/service.h"
 #include "fleet/tool/fleetcontext.h"
 #include "rkos.h"
@@ -19,19 +20,6 @@ int runIt(Context &context, const RunOptions &)
 }
 
 void declareRun(CLI::App &, RunOptions &) {}
-
-void addOptions(CLI::App &app, FleetContext &context)
-{
-    Output &out = context.out;
-    app.add_option("--file", context.file, "The configuration file, when it is not the usual one");
-    app.add_flag_callback(
-        "--json", [&out] { out.form = Output::Form::Document; }, "One JSON document as result");
-    app.add_flag_callback(
-        "--lines", [&out] { out.form = Output::Form::Lines; }, "One JSON object per line");
-    app.add_flag("-n,--dry-run", context.dryRun, "Only print what would change");
-    app.add_flag("-y,--yes", context.yes, "Do not ask");
-    app.add_flag("-q,--quiet", out.quiet, "No notes, only errors");
-}
 
 void addCommands(CLI::App &app, FleetContext &context)
 {
@@ -67,7 +55,8 @@ int main(int argc, char **argv)
     app.set_version_flag("--version", "corvel-fleet " CORVEL_VERSION);
     app.require_subcommand(1);
     app.fallthrough();
-    addOptions(app, context);
+    app.add_option("--file", context.file, "The configuration file, when it is not the usual one");
+    addCommonOptions(app, context);
     addCommands(app, context);
     return run(app, context, argc, argv);
 }
