@@ -3,9 +3,13 @@
 
 #include "fleet/keypath.h"
 
+#include <algorithm>
+
 namespace fleet {
 
 namespace {
+
+constexpr std::size_t kMostFlights = 4;
 
 State stateOf(const std::optional<Document> &document)
 {
@@ -19,15 +23,26 @@ bool identical(const Document &left, const Document &right)
            left.by.program == right.by.program && left.by.pid == right.by.pid && left.atMs == right.atMs;
 }
 
-// Ours has arrived: everything since then was built on it.
-bool hasLanded(const Item &item)
+// Of our documents the one that has arrived: everything since then was built on it.
+const Document *landedOf(const Item &item)
 {
-    return item.flight && (item.flightLanded || (item.remote && identical(*item.flight, *item.remote)));
+    const auto landed = [&](const Flight &flight) { return flight.push == item.landed; };
+    const auto found = std::find_if(item.flights.begin(), item.flights.end(), landed);
+    return found != item.flights.end() ? &found->document : nullptr;
 }
 
-const std::optional<Document> &agreed(const Item &item)
+void noteLanding(Item &item)
 {
-    return hasLanded(item) ? item.flight : item.base;
+    for (const Flight &flight : item.flights) {
+        if (item.remote && identical(flight.document, *item.remote))
+            item.landed = flight.push;
+    }
+}
+
+State agreedOf(const Item &item)
+{
+    const Document *landed = landedOf(item);
+    return landed ? landed : stateOf(item.base);
 }
 
 // With room for the longest author.
@@ -49,8 +64,8 @@ QByteArray joined(const std::set<QByteArray> &names)
 
 } // namespace
 
-Board::Board(Role role, std::string prefix, QByteArray who, const Rules &rules)
-    : m_role(role), m_prefix(std::move(prefix)), m_who(std::move(who)), m_rules(rules)
+Board::Board(Role role, std::string prefix, const Rules &rules)
+    : m_role(role), m_prefix(std::move(prefix)), m_rules(rules)
 {
 }
 
@@ -66,8 +81,8 @@ void Board::recall(const Memory &memory)
 {
     for (const auto &[key, document] : memory.bases)
         item(key).base = document;
-    for (const auto &[key, document] : memory.flights)
-        item(key).flight = document;
+    for (const auto &[key, flights] : memory.flights)
+        item(key).flights = flights;
 }
 
 void Board::setLocal(const Documents &documents)
@@ -132,6 +147,7 @@ void Board::setRemoteState(const std::string &key, Item &item, const Entry *entr
     const bool news = entry && (m_restored || entry->modRevision != item.expected);
     item.expected = entry ? entry->modRevision : Put::kAbsent;
     if (!entry) {
+        item.gone = item.gone || (m_restored && item.base);
         item.remote.reset();
         item.foreign.clear();
     }
@@ -141,16 +157,17 @@ void Board::setRemoteState(const std::string &key, Item &item, const Entry *entr
     item.foreign = document ? QByteArray() : document.failure().text;
     if (document && keyOfPath(document->path) != key)
         item.foreign = "its path belongs to another key";
-    if (item.foreign.isEmpty())
-        item.remote = *document;
-    else
-        tell(QByteArray::fromStdString(entry->key) + " is refused: " + item.foreign);
+    if (!item.foreign.isEmpty())
+        return tell(QByteArray::fromStdString(entry->key) + " is refused: " + item.foreign);
+    item.remote = *document;
+    noteLanding(item);
 }
 
-void Board::flightsLanded()
+void Board::landed(std::uint64_t push)
 {
     for (auto &[key, known] : m_items) {
-        known.flightLanded = known.flight.has_value();
+        for (const Flight &flight : known.flights)
+            known.landed = flight.push == push ? push : known.landed;
         m_dirty.insert(key);
     }
 }
@@ -160,6 +177,7 @@ void Board::pushed(const std::string &key, const Document &document, std::int64_
     Item &known = item(key);
     known.remote = document;
     known.expected = known.seen = revision;
+    noteLanding(known);
 }
 
 // ----------------------------------------------------------------------------------------- what follows
@@ -168,8 +186,9 @@ Action Board::actionOf(const Item &item) const
 {
     if (!item.foreign.isEmpty() || !item.unshared.isEmpty())
         return Action::Nothing;
-    return merge(m_role, stateOf(item.local), stateOf(agreed(item)), stateOf(item.remote), m_restored,
-                 m_rules);
+    const bool orphan = m_serverKept && item.gone && !item.remote;
+    const State agreed = orphan ? nullptr : agreedOf(item);
+    return merge(m_role, stateOf(item.local), agreed, stateOf(item.remote), m_restored || item.gone, m_rules);
 }
 
 Transaction Board::localPart(const std::function<void(Document *)> &sign)
@@ -177,17 +196,21 @@ Transaction Board::localPart(const std::function<void(Document *)> &sign)
     Transaction transaction;
     std::set<QByteArray> authors;
     for (const std::string &key : m_dirty) {
-        const Item &known = m_items[key];
+        Item &known = m_items[key];
+        known.gone = known.gone && !(known.remote && sameContent(stateOf(known.remote), agreedOf(known)));
         Step step;
         step.key = key;
-        step.landed = hasLanded(known);
-        if (step.landed)
-            step.base = known.flight;
+        if (const Document *landed = landedOf(known))
+            step.base = *landed;
         takeRemote(known, actionOf(known), sign, &step);
         if (step.values)
             authors.insert(step.values->by.who);
-        if (step.base)
-            transaction.steps.push_back(std::move(step));
+        if (!step.base)
+            continue;
+        // What is still on its way compares with a revision that is over.
+        if (!known.flights.empty())
+            step.flights = Flights();
+        transaction.steps.push_back(std::move(step));
     }
     m_dirty.clear();
     transaction.label = joined(authors);
@@ -206,24 +229,26 @@ void Board::takeRemote(const Item &item, Action action, const std::function<void
         step->values = item.remote;
     if (action != Action::Overrule && action != Action::Yield)
         return;
-    Document own = pushedState(item);
-    sign(&own);
+    Document own = ownState(item);
+    if (own.by.who.isEmpty())
+        sign(&own);
     step->conflict = action == Action::Yield ? Conflict{own, item.remote->by, item.remote->atMs}
                                              : Conflict{*item.remote, own.by, own.atMs};
 }
 
-// What the store has, as a document: a path that has no values any more was deleted.
-Document Board::pushedState(const Item &item) const
+// What the store has, as a document: a path that has no values any more was deleted. What nobody has changed
+// here is still its author's.
+Document Board::ownState(const Item &item) const
 {
-    Document document;
+    const State agreed = agreedOf(item);
+    if (agreed && sameContent(stateOf(item.local), agreed))
+        return *agreed;
     if (item.local)
-        document = *item.local;
-    else if (agreed(item))
-        document.path = agreed(item)->path;
-    else if (item.remote)
-        document.path = item.remote->path;
-    document.by.who = m_who;
-    return document;
+        return *item.local;
+    Document deleted;
+    if (agreed || item.remote)
+        deleted.path = agreed ? agreed->path : item.remote->path;
+    return deleted;
 }
 
 void Board::applied(const Transaction &transaction)
@@ -236,9 +261,9 @@ void Board::applied(const Transaction &transaction)
             known.local = step.values;
         if (step.base)
             known.base = step.base;
-        if (step.landed || step.flight)
-            known.flight = step.flight;
-        known.flightLanded = false;
+        if (step.flights)
+            known.flights = *step.flights;
+        known.gone = known.gone && !step.base;
     }
 }
 
@@ -248,18 +273,18 @@ void Board::notApplied(const Transaction &transaction)
         m_dirty.insert(step.key);
 }
 
-std::vector<Step> Board::flightSteps(const Documents &documents) const
+// Earlier ones are kept: what the network held back may arrive late, as long as nothing else did.
+std::vector<Step> Board::flightSteps(const Documents &documents, std::uint64_t push) const
 {
     std::vector<Step> steps;
-    for (const auto &[key, item] : m_items) {
-        const auto flying = documents.find(key);
-        if (!item.flight && flying == documents.end())
-            continue;
+    for (const auto &[key, document] : documents) {
+        const auto known = m_items.find(key);
         Step step;
         step.key = key;
-        step.landed = flying == documents.end();
-        if (!step.landed)
-            step.flight = flying->second;
+        step.flights = known != m_items.end() ? known->second.flights : Flights();
+        step.flights->push_back({push, document});
+        if (step.flights->size() > kMostFlights)
+            step.flights->erase(step.flights->begin());
         steps.push_back(std::move(step));
     }
     return steps;
@@ -270,7 +295,7 @@ Documents Board::pushes(std::size_t most) const
     Documents documents;
     for (const auto &[key, item] : m_items) {
         if (documents.size() < most && item.unshared.isEmpty() && actionOf(item) == Action::Push)
-            documents[key] = pushedState(item);
+            documents[key] = ownState(item);
     }
     return documents;
 }
@@ -279,6 +304,17 @@ std::int64_t Board::expectedRevision(const std::string &key) const
 {
     const auto known = m_items.find(key);
     return known != m_items.end() ? known->second.expected : Put::kAbsent;
+}
+
+void Board::setServerKept(bool kept)
+{
+    m_serverKept = kept;
+}
+
+bool Board::gone() const
+{
+    const auto isGone = [](const auto &known) { return known.second.gone; };
+    return std::any_of(m_items.begin(), m_items.end(), isGone);
 }
 
 int Board::waiting() const

@@ -17,18 +17,19 @@ namespace fleet {
 struct Item {
     std::optional<Document> local;
     std::optional<Document> base;
-    std::optional<Document> flight;
+    Flights flights;
     std::optional<Document> remote;
     std::int64_t expected = 0; // the revision that a push has to find
     std::int64_t seen = 0;     // the newest revision that was heard of
-    bool flightLanded = false; // the flight is known to have arrived
+    std::uint64_t landed = 0;  // the push that is known to have arrived
+    bool gone = false;         // the cluster lost it: what it has next may be older than base
     QByteArray foreign;        // why the cluster's document is not taken
     QByteArray unshared;       // why the store's is not
 };
 
 class Board {
 public:
-    Board(Role role, std::string prefix, QByteArray who, const Rules &rules);
+    Board(Role role, std::string prefix, const Rules &rules);
 
     // Called with one line for people when a document is refused.
     void onRefusal(std::function<void(const QByteArray &line)> tell) { m_tell = std::move(tell); }
@@ -37,8 +38,8 @@ public:
     void setLocal(const Documents &documents);
     void setRemote(const Range &range, bool restored);
     void takeEvent(const Entry &entry);
-    // The last push has arrived.
-    void flightsLanded();
+    // This push has arrived, whatever the cluster has by now.
+    void landed(std::uint64_t push);
 
     // What has to change in the store: nothing when there are no steps. sign fills in who left a path as it
     // is here.
@@ -46,17 +47,21 @@ public:
     // Takes over what was applied, or keeps in mind what was not.
     void applied(const Transaction &transaction);
     void notApplied(const Transaction &transaction);
-    // The documents to be pushed, unsigned, at most so many.
+    // The documents to be pushed, at most so many. Those that were changed here name nobody yet.
     Documents pushes(std::size_t most) const;
-    // Steps that note these as being on their way, and forget all earlier ones.
-    std::vector<Step> flightSteps(const Documents &documents) const;
+    // Steps that note these as being on their way.
+    std::vector<Step> flightSteps(const Documents &documents, std::uint64_t push) const;
     void pushed(const std::string &key, const Document &document, std::int64_t revision);
 
     std::int64_t expectedRevision(const std::string &key) const;
+    // The server has put back all it has: what is still gone, only desks have left.
+    void setServerKept(bool kept);
     // The cluster's memory loss is dealt with.
     void setRestored(bool restored) { m_restored = restored; }
     bool restored() const { return m_restored; }
     bool dirty() const { return !m_dirty.empty(); }
+    // The cluster lost documents that are here, and whoever may put them back has not done so yet.
+    bool gone() const;
     int waiting() const; // paths that the cluster does not have yet as the store has them
     int refused() const;
     const std::map<std::string, Item> &items() const { return m_items; }
@@ -68,13 +73,13 @@ private:
     Action actionOf(const Item &item) const;
     void takeRemote(const Item &item, Action action, const std::function<void(Document *)> &sign,
                     Step *step) const;
-    Document pushedState(const Item &item) const;
+    Document ownState(const Item &item) const;
 
     const Role m_role;
     const std::string m_prefix;
-    const QByteArray m_who;
     const Rules &m_rules;
     bool m_restored = false;
+    bool m_serverKept = false;
     std::map<std::string, Item> m_items;
     std::set<std::string> m_dirty; // paths to be looked at
     std::function<void(const QByteArray &)> m_tell;

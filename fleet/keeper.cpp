@@ -34,8 +34,8 @@ Keeper::Keeper(KeeperSettings settings, Replica &replica, Cluster &cluster, Surr
                const Rules &rules)
     : m_settings(std::move(settings)), m_replica(replica), m_cluster(cluster),
       m_surroundings(std::move(surroundings)),
-      m_board(m_settings.role, documentPrefix(m_settings.place), m_settings.who, rules),
-      m_inbox(m_surroundings.wake), m_pauses(m_surroundings.random)
+      m_board(m_settings.role, documentPrefix(m_settings.place), rules), m_inbox(m_surroundings.wake),
+      m_pauses(m_surroundings.random)
 {
     m_board.onRefusal(m_surroundings.log);
     m_nowMs = m_surroundings.steadyMs();
@@ -64,6 +64,7 @@ qint64 Keeper::work()
     if (known && settle() && m_status.connected && m_nowMs >= m_pushMs) {
         push();
         uploadConflicts();
+        tellKept();
     }
     askAlive();
     return pause();
@@ -154,6 +155,8 @@ void Keeper::resync()
     if (m_cluster.range(documentPrefix(m_settings.place), &range) != Outcome::Done)
         return unreachable();
     takeRange(range);
+    if (!askKept())
+        return;
     present();
     m_syncMs = m_nowMs + kResyncMs / 2 + m_pauses.upTo(kResyncMs);
 }
@@ -168,8 +171,10 @@ bool Keeper::askReceipt()
             return false;
         }
     }
-    if (!range.entries.empty() && receiptMark(range.entries.front().value) == m_mark.receipt)
-        m_board.flightsLanded();
+    if (!range.entries.empty() && receiptMark(range.entries.front().value) == m_mark.receipt) {
+        m_board.landed(m_mark.pushes);
+        m_remoteKnown = false; // what was heard of before the push would look like an answer to it
+    }
     m_receiptOpen = false;
     return true;
 }
@@ -177,11 +182,16 @@ bool Keeper::askReceipt()
 void Keeper::takeRange(const Range &range)
 {
     const bool another = m_mark.cluster != range.cluster;
+    if (!m_board.gone()) {
+        m_agreedCluster = m_mark.cluster;
+        m_agreedRevision = m_mark.revision;
+    }
     const bool restored = m_mark.cluster != 0 && (another || range.revision < m_mark.revision);
     if (restored)
         m_surroundings.log("the cluster was set up again: what is here is compared with what it has");
     m_board.setRemote(range, restored);
     m_markDirty = m_markDirty || another || restored;
+    m_keptDue = m_keptDue || another || restored;
     m_mark.cluster = range.cluster;
     m_mark.revision = range.revision;
     m_remoteKnown = true;
@@ -252,6 +262,10 @@ bool Keeper::settle()
 bool Keeper::apply(Transaction transaction)
 {
     transaction.mark = m_mark;
+    if (m_board.gone()) { // still to be compared as with another cluster after a start
+        transaction.mark.cluster = m_agreedCluster;
+        transaction.mark.revision = m_agreedRevision;
+    }
     switch (m_replica.apply(transaction)) {
     case Applied::Done:
         remember(transaction);

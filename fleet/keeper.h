@@ -89,6 +89,8 @@ private:
     void resync();
     bool askReceipt();
     void takeRange(const Range &range);
+    bool askKept();
+    void tellKept();
     void askAlive();
     void away(const QByteArray &reason);
     void present();
@@ -116,6 +118,8 @@ private:
     Pauses m_pauses;
     std::unique_ptr<Watch> m_watch; // before the inbox goes, the watch goes
     Mark m_mark;
+    std::uint64_t m_agreedCluster = 0; // before it lost documents that are still to come back
+    std::int64_t m_agreedRevision = 0;
     std::map<std::string, Conflict> m_conflicts;
     KeeperStatus m_status;
     qint64 m_nowMs = 0;
@@ -130,6 +134,7 @@ private:
     bool m_remoteKnown = false;
     bool m_markDirty = false;  // what the remembered states belong to is not stored yet
     bool m_receiptOpen = true; // whether the last push arrived is not known
+    bool m_keptDue = true;     // at a server: the cluster may not know yet that it has everything
     bool m_oneByOne = false;   // a push was too large as a whole
 };
 

@@ -33,8 +33,10 @@ Keeper::Parcel Keeper::nextParcel()
     Parcel parcel;
     Documents documents = m_board.pushes(m_oneByOne ? 1 : kMaxPuts - 1);
     std::vector<Document *> unsignedOnes;
-    for (auto &[key, document] : documents)
-        unsignedOnes.push_back(&document);
+    for (auto &[key, document] : documents) {
+        if (document.by.who.isEmpty())
+            unsignedOnes.push_back(&document);
+    }
     if (documents.empty())
         return parcel;
     sign(unsignedOnes);
@@ -65,7 +67,7 @@ bool Keeper::launch(const Parcel &parcel)
     ++m_mark.pushes;
     m_mark.receipt = receiptMark(parcel.receipt.value);
     Transaction transaction;
-    transaction.steps = m_board.flightSteps(parcel.documents);
+    transaction.steps = m_board.flightSteps(parcel.documents, m_mark.pushes);
     if (apply(std::move(transaction)))
         return true;
     m_mark = before;

@@ -118,4 +118,9 @@ std::string historyPrefix(const QByteArray &site, const QByteArray &server)
     return sitePrefix(site) + "history/" + keyPart(server) + '/';
 }
 
+std::string keptKey(const Place &place)
+{
+    return historyPrefix(place.site, place.server) + "KEPT/" + keyPart(place.configuration);
+}
+
 } // namespace fleet

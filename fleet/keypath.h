@@ -37,6 +37,8 @@ std::string documentPrefix(const Place &place);
 std::string conflictPrefix(const Place &place);
 // Below it one key for each of the last pushes of a machine, see fleet/push.h.
 std::string historyPrefix(const QByteArray &site, const QByteArray &server);
+// Holds the identity of the cluster that has everything of the server's configuration. No name has capitals.
+std::string keptKey(const Place &place);
 
 } // namespace fleet
 

@@ -4,13 +4,14 @@
 namespace fleet {
 
 // A document that the cluster lost comes back from its server. A desk waits for that: its own copy may be
-// older than what the server has by now, and putting it there would look like an edit.
+// older than what the server has by now, and putting it there would look like an edit. What comes back, or
+// what a restored cluster has, may lack an edit that only this side has left: so that is kept.
 const Rules kRules = {
     // Equal, LocalOnly, RemoteOnly, BothSame, BothDiffer, Gone, Older
     {Action::Nothing, Action::Push, Action::Apply, Action::Note, Action::Overrule, Action::Push,
      Action::Overrule},
     {Action::Nothing, Action::Push, Action::Apply, Action::Note, Action::Yield, Action::Nothing,
-     Action::Apply},
+     Action::Yield},
 };
 
 namespace {

@@ -30,11 +30,18 @@ struct Mark {
     std::string receipt;      // what the last push left in the cluster, see fleet/push.h
 };
 
+// A document on its way, with the number of its push.
+struct Flight {
+    std::uint64_t push = 0;
+    Document document;
+};
+using Flights = std::vector<Flight>; // of one path, oldest first
+
 // Everything that is remembered.
 struct Memory {
     Mark mark;
     Documents bases;                           // what both sides last agreed on
-    Documents flights;                         // pushed, without knowing yet whether it arrived
+    std::map<std::string, Flights> flights;    // pushed, without knowing yet whether they arrived
     std::map<std::string, Conflict> conflicts; // by id: not yet in the cluster
 };
 
@@ -43,8 +50,7 @@ struct Step {
     std::string key;
     std::optional<Document> values; // the state that the path is to have
     std::optional<Document> base;
-    std::optional<Document> flight;
-    bool landed = false; // forget the flight
+    std::optional<Flights> flights;
     std::optional<Conflict> conflict;
     bool compare = false;             // refuse everything unless the store still has `expected`
     std::optional<Document> expected; // nothing: no values

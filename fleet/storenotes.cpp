@@ -4,6 +4,8 @@
 #include "fleet/documentjson.h"
 #include "ops/storecalls.h"
 
+#include <sstream>
+
 namespace fleet {
 
 namespace {
@@ -50,17 +52,44 @@ Mark markOf(const std::string &text)
     return mark;
 }
 
+// A line for each: the number of the push and the document, which has no line ends of its own.
+std::string flightsText(const Flights &flights)
+{
+    std::string text;
+    for (const Flight &flight : flights) {
+        const ops::Outcome<std::string> document = writeDocument(flight.document);
+        if (document)
+            text += std::to_string(flight.push) + ' ' + *document + '\n';
+    }
+    return text;
+}
+
+Flights flightsOf(const std::string &text)
+{
+    Flights flights;
+    std::istringstream lines(text);
+    Flight flight;
+    for (std::string line; lines >> flight.push && lines.get() && std::getline(lines, line);) {
+        const ops::Outcome<Document> document = readDocument(line);
+        if (!document)
+            continue;
+        flight.document = *document;
+        flights.push_back(flight);
+    }
+    return flights;
+}
+
 void recallOne(const std::string &key, const std::string &data, Memory *memory)
 {
     if (key == kMark)
         memory->mark = markOf(data);
-    for (const auto &[prefix, documents] :
-         {std::pair(kBase, &memory->bases), std::pair(kFlight, &memory->flights)}) {
-        const std::optional<std::string> path = behind(key, prefix);
-        const ops::Outcome<Document> document = path ? readDocument(data) : ops::wrong("");
-        if (path && document)
-            documents->emplace(*path, *document);
+    if (const std::optional<std::string> path = behind(key, kBase)) {
+        const ops::Outcome<Document> document = readDocument(data);
+        if (document)
+            memory->bases.emplace(*path, *document);
     }
+    if (const std::optional<std::string> path = behind(key, kFlight))
+        memory->flights.emplace(*path, flightsOf(data));
     const std::optional<std::string> id = behind(key, kConflict);
     const ops::Outcome<Conflict> conflict = id ? readConflict(data) : ops::wrong("");
     if (id && conflict)
@@ -102,14 +131,12 @@ bool StoreNotes::rememberMark(const Mark &mark) const
 bool StoreNotes::rememberStep(const Step &step) const
 {
     bool done = true;
-    const auto setDocument = [&](const char *prefix, const std::optional<Document> &document) {
-        const ops::Outcome<std::string> text = document ? writeDocument(*document) : std::string();
-        done = done && text && set(prefix + step.key, *text);
-    };
-    if (step.base)
-        setDocument(kBase, step.base);
-    if (step.flight || step.landed)
-        setDocument(kFlight, step.flight);
+    if (step.base) {
+        const ops::Outcome<std::string> text = writeDocument(*step.base);
+        done = text && set(kBase + step.key, *text);
+    }
+    if (step.flights)
+        done = done && set(kFlight + step.key, flightsText(*step.flights));
     if (!step.conflict)
         return done;
     const ops::Outcome<std::string> text = writeConflict(*step.conflict);
