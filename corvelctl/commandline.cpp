@@ -88,6 +88,7 @@ void Command::addHandedOn(const char *name, const char *does, const char *exampl
                           const std::function<void(const std::vector<std::string> &)> &run)
 {
     CLI::App *command = add(name, does, example).m_app;
+    command->fallthrough(false); // its words are not ours
     command->prefix_command();
     command->callback([command, run] { run(command->remaining()); });
 }

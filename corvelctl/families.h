@@ -18,6 +18,6 @@ void addManyCommands(Command &app, Context &context);   // copy, flows, table ex
 void addTimeCommands(Command &app, Context &context);   // history, undo, redo, blame
 void addWatchCommand(Command &app, Context &context);   // watch
 void addClockCommands(Command &app, Context &context);  // ptp, ptp doctor
-void addFleetCommand(Command &app, Context &context);    // fleet
+void addFleetCommand(Command &app, Context &context);   // fleet
 
 #endif

@@ -3,6 +3,7 @@
 #include "corvelctl/complete.h"
 #include "corvelctl/context.h"
 #include "corvelctl/families.h"
+#include "corvelctl/options.h"
 #include "ops/suggest.h"
 
 #include <QTextCodec>
@@ -19,18 +20,11 @@ constexpr char kFooter[] =
     "Exit status: 0 done, 1 something was found or differs, 2 wrong use, 3 the store or the "
     "system refused,\n4 partly done, 5 nothing to do (with --fail-if-none).";
 
-void addCommonOptions(CLI::App &app, Context &context)
+void addOptions(CLI::App &app, Context &context)
 {
-    Output &out = context.out;
     app.add_option("-c,--config", context.configuration,
                    "Work on this configuration; the server keeps its own");
-    app.add_flag_callback(
-        "--json", [&out] { out.form = Output::Form::Document; }, "One JSON document as result");
-    app.add_flag_callback(
-        "--lines", [&out] { out.form = Output::Form::Lines; }, "One JSON object per line");
-    app.add_flag("-n,--dry-run", context.dryRun, "Only print what would change");
-    app.add_flag("-y,--yes", context.yes, "Do not ask");
-    app.add_flag("-q,--quiet", out.quiet, "No notes, only errors");
+    addCommonOptions(app, context);
     app.add_flag("--fail-if-none", context.failIfNone, "Exit status 5 when there is nothing to do");
 }
 
@@ -144,7 +138,7 @@ int main(int argc, char **argv)
     app.set_version_flag("--version", "corvelctl " CORVELCTL_VERSION);
     app.require_subcommand(1);
     app.fallthrough();
-    addCommonOptions(app, context);
+    addOptions(app, context);
     addFamilies(Command(app), context);
     giveExamples(app);
     app.footer(kFooter); // after the others, which would inherit it

@@ -41,7 +41,7 @@ Outcome Gate::commit(const std::vector<Put> &puts, std::int64_t *revision)
 
 std::unique_ptr<Watch> Gate::watch(const std::string &prefix, std::int64_t fromRevision, WatchSink *sink)
 {
-    return m_cluster.watch(prefix, fromRevision, sink); // does not block
+    return m_cluster.watch(prefix, fromRevision, sink);
 }
 
 Outcome Gate::keepAlive(const std::string &key, const std::string &value, int seconds)

@@ -18,15 +18,17 @@ public:
 
     Gate(EtcdCluster &cluster, std::function<std::int64_t()> steadyMs);
 
-    Outcome range(const std::string &prefix, Range *range) override;
-    Outcome get(const std::string &key, Range *range) override;
-    Outcome keys(const std::string &prefix, std::vector<std::string> *keys) override;
-    Outcome commit(const std::vector<Put> &puts, std::int64_t *revision) override;
+    std::string reason() const override { return m_cluster.reason(); }
+    // Does not block, so it always passes.
     std::unique_ptr<Watch> watch(const std::string &prefix, std::int64_t fromRevision,
                                  WatchSink *sink) override;
+
+    Outcome keys(const std::string &prefix, std::vector<std::string> *keys) override;
+    Outcome range(const std::string &prefix, Range *range) override;
+    Outcome get(const std::string &key, Range *range) override;
     Outcome keepAlive(const std::string &key, const std::string &value, int seconds) override;
     Outcome endLease() override;
-    std::string reason() const override { return m_cluster.reason(); }
+    Outcome commit(const std::vector<Put> &puts, std::int64_t *revision) override;
 
 private:
     template<class Call>

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // corvel-fleet: the service, and its commands for people. docs/corvel-fleet.1 is its manual.
+#include "corvelctl/options.h"
 #include "fleet/service/service.h"
 #include "fleet/tool/fleetcontext.h"
 #include "rkos.h"
 
 #include <QCoreApplication>
+
+#include <CLI/CLI.hpp>
 
 namespace {
 
@@ -18,22 +21,9 @@ int runIt(Context &context, const RunOptions &)
     return fleet::runService(configFile(context));
 }
 
-void declareRun(CLI::App &, RunOptions &) {}
+void declareRun(Command &, RunOptions &) {}
 
-void addOptions(CLI::App &app, FleetContext &context)
-{
-    Output &out = context.out;
-    app.add_option("--file", context.file, "The configuration file, when it is not the usual one");
-    app.add_flag_callback(
-        "--json", [&out] { out.form = Output::Form::Document; }, "One JSON document as result");
-    app.add_flag_callback(
-        "--lines", [&out] { out.form = Output::Form::Lines; }, "One JSON object per line");
-    app.add_flag("-n,--dry-run", context.dryRun, "Only print what would change");
-    app.add_flag("-y,--yes", context.yes, "Do not ask");
-    app.add_flag("-q,--quiet", out.quiet, "No notes, only errors");
-}
-
-void addCommands(CLI::App &app, FleetContext &context)
+void addCommands(Command app, FleetContext &context)
 {
     addCommand<RunOptions>(app, context, "run", "The service itself, until SIGTERM", "corvel-fleet run",
                            declareRun, runIt);
@@ -67,7 +57,8 @@ int main(int argc, char **argv)
     app.set_version_flag("--version", "corvel-fleet " CORVEL_VERSION);
     app.require_subcommand(1);
     app.fallthrough();
-    addOptions(app, context);
-    addCommands(app, context);
+    app.add_option("--file", context.file, "The configuration file, when it is not the usual one");
+    addCommonOptions(app, context);
+    addCommands(Command(app), context);
     return run(app, context, argc, argv);
 }

@@ -46,7 +46,8 @@ std::string inUseKey(const QByteArray &site, const QByteArray &server)
 
 Assignments serverAssignments(const Config &config)
 {
-    QByteArrayList names{ops::defaultConfiguration()};
+    const QByteArray inUse = ops::defaultConfiguration();
+    QByteArrayList names{inUse};
     for (const QByteArray &name : config.configurations) {
         if (!names.contains(name))
             names.append(name);
@@ -54,7 +55,7 @@ Assignments serverAssignments(const Config &config)
     Assignments assignments;
     for (const QByteArray &name : names) {
         if (!name.isEmpty())
-            assignments.push_back({name, {config.site, config.name, name}, false});
+            assignments.push_back({name, {config.site, config.name, name}, name == inUse});
     }
     return assignments;
 }

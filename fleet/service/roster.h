@@ -18,7 +18,7 @@ namespace fleet {
 struct Assignment {
     QByteArray configuration; // on this machine
     Place place;
-    bool create = false; // a desk makes its copies
+    bool create = false; // a desk makes its copies, a server the one in use when it is not made yet
 };
 
 bool operator==(const Assignment &left, const Assignment &right);

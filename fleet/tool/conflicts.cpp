@@ -132,27 +132,25 @@ int take(Context &context, const OneOptions &options)
                         });
 }
 
-void declareList(CLI::App &command, ListOptions &options)
+void declareList(Command &command, ListOptions &options)
 {
-    command.add_option("servers", options.servers, "Names with * and ?; all of them when left out");
+    command.option("servers", options.servers, "Names with * and ?; all of them when left out");
 }
 
-void declareOne(CLI::App &command, OneOptions &options)
+void declareOne(Command &command, OneOptions &options)
 {
-    command.add_option("id", options.id, "As listed; its beginning is enough")->required();
+    command.option("id", options.id, "As listed; its beginning is enough").required();
 }
 
 } // namespace
 
-void addConflictCommands(CLI::App &app, Context &context)
+void addConflictCommands(Command &app, Context &context)
 {
-    CLI::App *conflicts =
-        app.add_subcommand("conflicts", "What was overruled when two sides changed the same");
-    conflicts->require_subcommand(1);
-    addCommand<ListOptions>(*conflicts, context, "list", "List them", "corvel-fleet conflicts list",
+    Command conflicts = app.addGroup("conflicts", "What was overruled when two sides changed the same");
+    addCommand<ListOptions>(conflicts, context, "list", "List them", "corvel-fleet conflicts list",
                             declareList, list);
-    addCommand<OneOptions>(*conflicts, context, "show", "Show one, and what taking it would change",
+    addCommand<OneOptions>(conflicts, context, "show", "Show one, and what taking it would change",
                            "corvel-fleet conflicts show 3f2a", declareOne, show);
-    addCommand<OneOptions>(*conflicts, context, "take", "Let it stand after all",
+    addCommand<OneOptions>(conflicts, context, "take", "Let it stand after all",
                            "corvel-fleet conflicts take 3f2a", declareOne, take);
 }

@@ -34,9 +34,9 @@ int withSite(const Context &context, const QByteArrayList &patterns, const Work 
 QByteArrayList listOf(const std::vector<std::string> &words);
 
 // Each one file.
-void addStatusCommand(CLI::App &app, Context &context);       // status
-void addConflictCommands(CLI::App &app, Context &context);    // conflicts list, show, take
-void addMembershipCommands(CLI::App &app, Context &context);  // join, leave
-void addManyServersCommands(CLI::App &app, Context &context); // diff, set, copy, check
+void addStatusCommand(Command &app, Context &context);       // status
+void addConflictCommands(Command &app, Context &context);    // conflicts list, show, take
+void addMembershipCommands(Command &app, Context &context);  // join, leave
+void addManyServersCommands(Command &app, Context &context); // diff, set, copy, check
 
 #endif

@@ -117,46 +117,43 @@ int check(Context &context, const CheckOptions &options)
     });
 }
 
-void declareWaves(CLI::App &command, WaveOptions &waves)
+void declareWaves(Command &command, WaveOptions &waves)
 {
-    command.add_option("--where", waves.where, "Names of servers with * and ?")->required()->delimiter(',');
-    command.add_option("--canary", waves.canary,
-                       "So many first, each waited for; the rest only when all took it");
-    command.add_flag("--wait", waves.wait,
-                     "Wait for every server to take it; the first that does not ends it");
+    command.option("--where", waves.where, "Names of servers with * and ?").required().withCommas();
+    command.option("--canary", waves.canary,
+                   "So many first, each waited for; the rest only when all took it");
+    command.flag("--wait", waves.wait, "Wait for every server to take it; the first that does not ends it");
 }
 
-void declareDiff(CLI::App &command, DiffOptions &options)
+void declareDiff(Command &command, DiffOptions &options)
 {
-    command.add_option("server", options.left, "A server")->required();
-    command.add_option("other", options.right, "Another one")->required();
+    command.option("server", options.left, "A server").required();
+    command.option("other", options.right, "Another one").required();
 }
 
-void declareSet(CLI::App &command, SetOptions &options)
+void declareSet(Command &command, SetOptions &options)
 {
-    command.add_option("place", options.place, "As for corvelctl set: 2/video, 0-7/audio/*, server")
-        ->required();
-    command.add_option("assignments", options.words, "WORD=VALUE")->required();
-    command.add_flag("--force", options.force, "Also names of a site's own");
+    command.option("place", options.place, "As for corvelctl set: 2/video, 0-7/audio/*, server").required();
+    command.option("assignments", options.words, "WORD=VALUE").required();
+    command.flag("--force", options.force, "Also names of a site's own");
     declareWaves(command, options.waves);
 }
 
-void declareCopy(CLI::App &command, CopyOptions &options)
+void declareCopy(Command &command, CopyOptions &options)
 {
-    command.add_option("from", options.from, "The server to copy")->required();
-    command.add_option("place", options.place, "Only this: 0-3, 2/video; everything when left out");
+    command.option("from", options.from, "The server to copy").required();
+    command.option("place", options.place, "Only this: 0-3, 2/video; everything when left out");
     declareWaves(command, options.waves);
 }
 
-void declareCheck(CLI::App &command, CheckOptions &options)
+void declareCheck(Command &command, CheckOptions &options)
 {
-    command.add_option("--where", options.where, "Names of servers with * and ?; all when left out")
-        ->delimiter(',');
+    command.option("--where", options.where, "Names of servers with * and ?; all when left out").withCommas();
 }
 
 } // namespace
 
-void addManyServersCommands(CLI::App &app, Context &context)
+void addManyServersCommands(Command &app, Context &context)
 {
     addCommand<DiffOptions>(app, context, "diff", "What differs between two servers",
                             "corvel-fleet diff lon-1 lon-2", declareDiff, diff);

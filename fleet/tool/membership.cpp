@@ -146,17 +146,17 @@ int leave(Context &context, const LeaveOptions &)
     return Done;
 }
 
-void declareJoin(CLI::App &command, JoinOptions &options)
+void declareJoin(Command &command, JoinOptions &options)
 {
-    command.add_option("--take", options.take, "Where both have settings: which are to stand")
-        ->check(CLI::IsMember({"cluster", "local"}));
+    command.option("--take", options.take, "Where both have settings: which are to stand")
+        .oneOf({"cluster", "local"});
 }
 
-void declareLeave(CLI::App &, LeaveOptions &) {}
+void declareLeave(Command &, LeaveOptions &) {}
 
 } // namespace
 
-void addMembershipCommands(CLI::App &app, Context &context)
+void addMembershipCommands(Command &app, Context &context)
 {
     addCommand<JoinOptions>(app, context, "join",
                             "Look at what joining would mean, before the service is started",

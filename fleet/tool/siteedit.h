@@ -5,6 +5,7 @@
 #ifndef CORVEL_FLEET_TOOL_SITEEDIT_H
 #define CORVEL_FLEET_TOOL_SITEEDIT_H
 
+#include "fleet/keypath.h"
 #include "fleet/tool/siteview.h"
 
 namespace fleet {

@@ -61,14 +61,14 @@ int status(Context &context, const StatusOptions &options)
     });
 }
 
-void declareStatus(CLI::App &command, StatusOptions &options)
+void declareStatus(Command &command, StatusOptions &options)
 {
-    command.add_option("servers", options.servers, "Names with * and ?; all of them when left out");
+    command.option("servers", options.servers, "Names with * and ?; all of them when left out");
 }
 
 } // namespace
 
-void addStatusCommand(CLI::App &app, Context &context)
+void addStatusCommand(Command &app, Context &context)
 {
     addCommand<StatusOptions>(app, context, "status", "Every server: alive, last change, by whom, conflicts",
                               "corvel-fleet status 'lon-*'", declareStatus, status);
