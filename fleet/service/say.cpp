@@ -2,6 +2,7 @@
 #include "fleet/service/say.h"
 
 #include "ops/findings.h"
+#include "ops/printable.h"
 #include "rkos.h"
 
 #include <cstdio>
