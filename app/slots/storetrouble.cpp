@@ -37,11 +37,11 @@ void QCorvelPrivate::noteResult(bool good)
 }
 
 // When it is over, what is shown is what is stored again: what was typed meanwhile either is by now, or is
-// not at all.
+// not at all. A load that runs the event loop holds the store itself.
 void QCorvelPrivate::watchTrouble()
 {
     const int between = backlogSize() > 0 ? kTicksBetweenTries : kTicksBetweenLooks;
-    if (ticksOfTrouble == 0 || ticksOfTrouble++ % between != 0)
+    if (steps > 0 || ticksOfTrouble == 0 || ticksOfTrouble++ % between != 0)
         return;
     const QString path = storePath();
     const QString obstacle = storeObstacle(path);
