@@ -16,6 +16,9 @@ namespace {
 // Programs of the next versions; any other number is damage.
 constexpr int64_t newestVersion = schemaVersion + 8;
 
+// A store up to this size is looked at as a whole each time it is opened; some milliseconds.
+constexpr off_t checkedWhole = 1 << 20;
+
 constexpr off_t writeVersionOffset = 18;
 constexpr unsigned char newestWriteVersion = 2;
 
@@ -45,14 +48,18 @@ bool writeVersionUnknown(const std::string &path)
 
 Result Connection::check(const std::string &path)
 {
-    // The settings alone: a long history would make each start slow.
-    Result result = checked("PRAGMA quick_check('setting')");
+    // The settings first: they may be sound when something else is not.
+    Result result = checked("PRAGMA integrity_check('setting')");
     if (result.ok())
         result = checkLength(path);
     if (result.ok())
         result = checkHeader();
+    // A long history would make each start slow. But only the look at all of it finds pages that nothing
+    // leads to.
     if (result.ok() && m_manner.thorough)
-        result = checkAround();
+        result = checkAround("PRAGMA integrity_check(1)");
+    else if (result.ok() && m_manner.whole && fileState(path).size() <= checkedWhole)
+        result = checkAround("PRAGMA quick_check(1)");
     return result;
 }
 
@@ -67,9 +74,9 @@ Result Connection::checked(const char *sql)
 }
 
 // The settings are sound when this is asked for.
-Result Connection::checkAround()
+Result Connection::checkAround(const char *sql)
 {
-    Result result = checked("PRAGMA quick_check(1)");
+    Result result = checked(sql);
     for (const Shape &shape : shapes) {
         int64_t tables = 0;
         Statement columns;

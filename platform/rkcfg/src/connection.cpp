@@ -87,7 +87,9 @@ bool refusesWriting(int code)
 
 bool Result::damage() const
 {
-    return primary(code) == SQLITE_CORRUPT || primary(code) == SQLITE_NOTADB;
+    // What we write fits the tables, so one that refuses it has lost its order.
+    return primary(code) == SQLITE_CORRUPT || primary(code) == SQLITE_NOTADB ||
+           primary(code) == SQLITE_CONSTRAINT;
 }
 
 bool Result::busy() const

@@ -21,7 +21,8 @@ struct Manner {
     Journal journal = Journal::Wal;
     bool scratch = false;  // under a temporary name: whoever gives it its name syncs it once before
     bool create = true;    // whether a missing configuration is made
-    bool thorough = false; // check what lies beside the settings as well
+    bool thorough = false; // check what lies beside the settings as well, and all indexes
+    bool whole = false;    // check it where that is quick
 };
 
 // A result code and what to say about it.
@@ -41,6 +42,9 @@ public:
     // Opens an existing database, sets it up and checks all of it. Falls back to reading alone where
     // neither file nor directory can be written. A null pointer and the reason in result otherwise.
     static std::unique_ptr<Connection> open(const std::string &path, const Manner &manner, Result &result);
+
+    // Checks all tables, not the settings alone.
+    Result checkAll() { return checked("PRAGMA quick_check(1)"); }
 
     // Counts the values of a database that nobody writes to.
     static Result countValues(const std::string &path, int64_t &count);
@@ -98,7 +102,7 @@ private:
     Result checkLength(const std::string &path);
     Result checkHeader();
     Result checkWritable(const std::string &path);
-    Result checkAround();
+    Result checkAround(const char *sql);
     Result checked(const char *sql);
     int execute(const char *sql);
     int apply(const Key &key, const Value &before, const Value &after, Batch &batch);

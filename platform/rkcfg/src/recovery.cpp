@@ -91,12 +91,13 @@ Result makeEmpty(const std::string &fresh, const Manner &manner)
     return createPrivateFile(fresh) ? Connection::create(fresh, manner) : diskRefused("making a file");
 }
 
-// Of a database whose values can be read its own content, unless a good copy is younger.
+// Of a database whose values can be read its own content, unless a good copy is younger or has more: then a
+// part of the values is no longer found.
 Result fillWithSalvage(const Paths &paths, const std::string &fresh, const Manner &manner, bool &filled)
 {
     removeWithSidecars(fresh);
     const Result result = salvage(paths.database, fresh, manner);
-    filled = result.ok() && !younger(paths.goodCopy, fresh);
+    filled = result.ok() && !younger(paths.goodCopy, fresh) && !holdsMore(paths.goodCopy, fresh);
     return result.damage() ? Result() : result;
 }
 

@@ -72,7 +72,11 @@ int64_t oldestReadable(sqlite3 *db)
 // Block by block: what cannot be read costs its block and no more.
 void copyHistory(sqlite3 *db)
 {
-    sqlite3_exec(db, "INSERT INTO main.writer SELECT * FROM damaged.writer", nullptr, nullptr, nullptr);
+    // Value by value: SQLite copies the bytes of whole rows otherwise, whatever they hold.
+    sqlite3_exec(db,
+                 "INSERT OR IGNORE INTO main.writer"
+                 " SELECT id, CAST(program AS TEXT), CAST(user AS TEXT) FROM damaged.writer",
+                 nullptr, nullptr, nullptr);
     int misses = 0;
     for (int64_t first = oldestReadable(db); misses < maxMisses; first += blockRows)
         misses = copyBlock(db, first) ? 0 : misses + 1;
@@ -96,12 +100,18 @@ Result salvage(const std::string &path, const std::string &fresh, const Manner &
     const std::unique_ptr<Connection> target = Connection::open(fresh, {manner.journal, true}, result);
     if (target)
         result = target->takeOver(path, copyAround);
-    return result;
+    // What is damaged still would be set aside at every start.
+    return result.ok() ? target->checkAll() : result;
 }
 
 bool younger(const std::string &one, const std::string &other)
 {
     return ageOf(one) > ageOf(other);
+}
+
+bool holdsMore(const std::string &one, const std::string &other)
+{
+    return ageOf(one).second > ageOf(other).second;
 }
 
 } // namespace rkcfg

@@ -15,6 +15,9 @@ Result salvage(const std::string &path, const std::string &fresh, const Manner &
 // in either, whether it has more values. False when it cannot be read.
 bool younger(const std::string &one, const std::string &other);
 
+// Whether one database has more values than another one. False when it cannot be read.
+bool holdsMore(const std::string &one, const std::string &other);
+
 } // namespace rkcfg
 
 #endif // RKCFG_SALVAGE_H

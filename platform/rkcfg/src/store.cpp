@@ -176,7 +176,7 @@ int Store::reopen(const std::string &name, Result &result)
 {
     const Paths paths(m_folder, name);
     FileState identity;
-    const Manner manner{journalOf(m_folder), false, m_create, m_suspect};
+    const Manner manner{journalOf(m_folder), false, m_create, m_suspect, true};
     std::unique_ptr<Connection> connection = openConfiguration(paths, m_lock, manner, identity, result);
     if (!connection) {
         result.text = paths.database + ": " + result.text;

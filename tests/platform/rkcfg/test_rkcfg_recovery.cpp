@@ -69,6 +69,8 @@ private slots:
     void damagedHistoryKeepsTheSettings_data();
     void damagedHistoryKeepsTheSettings();
     void strangeHistoryTable();
+    void pageOfAnother_data();
+    void pageOfAnother();
     void linksAreNotFollowed_data();
     void linksAreNotFollowed();
     void hardLinkedDatabaseIsLeftAlone();
@@ -378,6 +380,37 @@ void TestRkcfgRecovery::strangeHistoryTable()
     QVERIFY(putNumber("p", "n", 1));
     QCOMPARE(countSound(), 20);
     QCOMPARE(m_home->quarantined().size(), 1);
+}
+
+void TestRkcfgRecovery::pageOfAnother_data()
+{
+    QTest::addColumn<char>("kind"); // of the pages
+    QTest::newRow("of the settings") << char(10);
+    QTest::newRow("of the history") << char(13);
+}
+
+// A disk that wrote a sound page to the place of another one: each page by itself is as it should be.
+void TestRkcfgRecovery::pageOfAnother()
+{
+    QFETCH(char, kind);
+    fill(200);
+    QCOMPARE(rkCFGClose(store, 1), 0);
+    const QByteArray sound = content(m_home->database());
+    QList<int> leaves;
+    for (int at = pageBytes; at < sound.size(); at += pageBytes) {
+        if (sound.at(at) == kind)
+            leaves << at;
+    }
+    QVERIFY(leaves.size() > 5);
+    // The roots of all tables, and a leaf.
+    for (const int at : {1, 2, 4, leaves.last() / pageBytes}) {
+        QByteArray damaged = sound;
+        overwrite(m_home->database(),
+                  damaged.replace(at * pageBytes, pageBytes, sound.mid(leaves.first(), pageBytes)));
+        QVERIFY2(putNumber("p", "n", uint32_t(at)), qPrintable(takeLog().join(QLatin1Char('\n'))));
+        QCOMPARE(countSound(), 200);
+        QCOMPARE(rkCFGClose(store, 1), 0);
+    }
 }
 
 void TestRkcfgRecovery::linksAreNotFollowed_data()

@@ -6,8 +6,12 @@
 
 #include <QtTest>
 
+#include <atomic>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -44,6 +48,12 @@ private slots:
     void refusesFoldersOfOthers();
     void refusesWhatIsNoSocket();
     void preloadDoesNotReachPtp4l();
+    void environmentIsDropped_data();
+    void environmentIsDropped();
+    void surroundingsOpenNothing_data();
+    void surroundingsOpenNothing();
+    void noArgumentsAtAll();
+    void folderThatChanges();
     void descriptorsAreClosed();
     void missingPtp4l();
     void missingCapability();
@@ -198,6 +208,134 @@ void TestPtpLauncher::preloadDoesNotReachPtp4l()
     // Once at most, in the launcher itself when it runs without its file capability.
     QVERIFY(outcome.text.count("preloaded") <= 1);
     QVERIFY(outcome.text.lastIndexOf("preloaded") < outcome.text.indexOf("argument "));
+}
+
+void TestPtpLauncher::environmentIsDropped_data()
+{
+    QTest::addColumn<QStringList>("environment");
+    for (const char *variable : {"LD_LIBRARY_PATH=/tmp",
+                                 "LD_BIND_NOT=1",
+                                 "LD_DEBUG=all",
+                                 "LD_PROFILE=libc.so.6",
+                                 "GCONV_PATH=/tmp",
+                                 "GLIBC_TUNABLES=glibc.malloc.check=3",
+                                 "MALLOC_TRACE=/tmp/trace",
+                                 "LOCPATH=/tmp",
+                                 "NLSPATH=/tmp/%N",
+                                 "RES_OPTIONS=debug",
+                                 "HOSTALIASES=/tmp/hosts",
+                                 "TZDIR=/tmp",
+                                 "TMPDIR=/tmp",
+                                 "PATH=/tmp",
+                                 "IFS=/",
+                                 "LC_ALL=xx_XX",
+                                 "LANGUAGE=../../tmp",
+                                 "PTP4L=/tmp/ptp4l",
+                                 "=",
+                                 "no equals sign"})
+        QTest::newRow(variable) << QStringList(QString::fromLatin1(variable));
+    QTest::newRow("two of a name") << QStringList{QStringLiteral("PATH=/a"), QStringLiteral("PATH=/b")};
+    QStringList many;
+    for (int i = 0; i < 3000; ++i)
+        many << QStringLiteral("V%1=x").arg(i);
+    QTest::newRow("three thousand") << many;
+    QTest::newRow("a long one") << QStringList(QStringLiteral("V=") + QString(100000, QLatin1Char('x')));
+}
+
+void TestPtpLauncher::environmentIsDropped()
+{
+    QFETCH(QStringList, environment);
+    const Outcome outcome = run(fake, good(), environment);
+    QVERIFY2(outcome.code == 0, outcome.text.left(2000).constData());
+    QCOMPARE(outcome.text.count("environment "), 2);
+    QVERIFY(outcome.text.contains("environment PATH=/usr/sbin:/usr/bin:/sbin:/bin\n"));
+}
+
+void TestPtpLauncher::surroundingsOpenNothing_data()
+{
+    QTest::addColumn<QString>("shell");
+    QTest::newRow("no input") << QStringLiteral("exec \"$@\" <&-");
+    QTest::newRow("no errors") << QStringLiteral("exec \"$@\" 2>&-");
+    QTest::newRow("three descriptors") << QStringLiteral("ulimit -n 3; exec \"$@\"");
+    QTest::newRow("five descriptors") << QStringLiteral("ulimit -n 5; exec \"$@\"");
+    QTest::newRow("no file size") << QStringLiteral("ulimit -f 0; exec \"$@\"");
+    QTest::newRow("little memory") << QStringLiteral("ulimit -v 3000; exec \"$@\"");
+    QTest::newRow("little stack") << QStringLiteral("ulimit -s 100; exec \"$@\"");
+    QTest::newRow("cores") << QStringLiteral("ulimit -c unlimited; exec \"$@\"");
+    QTest::newRow("one second") << QStringLiteral("ulimit -t 1; exec \"$@\"");
+    QTest::newRow("umask") << QStringLiteral("umask 777; exec \"$@\"");
+    QTest::newRow("signals ignored") << QStringLiteral("trap '' HUP INT QUIT TERM PIPE CHLD; exec \"$@\"");
+    QTest::newRow("signals blocked") << QStringLiteral("exec env --block-signal=TERM,CHLD,ALRM \"$@\"");
+    QTest::newRow("folder that is gone")
+        << QStringLiteral("cd \"$(mktemp -d)\" && rmdir \"$PWD\"; exec \"$@\"");
+    QTest::newRow("folder with a ptp4l")
+        << QStringLiteral("cd \"$(mktemp -d)\" && cp /bin/true ptp4l; exec \"$@\"");
+    QTest::newRow("through a link") << QStringLiteral(
+        "l=$(mktemp -u); ln -s \"$1\" $l; shift; exec $l \"$@\"");
+    QTest::newRow("another name") << QStringLiteral(
+        "exec env --argv0=ptp4l \"$@\" 2>/dev/null || exec \"$@\"");
+}
+
+// Either ptp4l starts as it always does, or nothing starts.
+void TestPtpLauncher::surroundingsOpenNothing()
+{
+    QFETCH(QString, shell);
+    const QStringList start = {QStringLiteral("-c"), shell, QStringLiteral("sh"), fake};
+    const Outcome outcome =
+        run(QStringLiteral("/bin/bash"), start + good(),
+            {QStringLiteral("PATH=/usr/bin:/bin"), QStringLiteral("TMPDIR=") + m_folder.path()});
+    QVERIFY2(outcome.code != 0 || outcome.text.contains("CapPrm:\t0000000000000400") ||
+                 outcome.text.isEmpty(),
+             outcome.text.constData());
+    QVERIFY2(!outcome.text.contains("argument ") || outcome.text.contains("argument --free_running=1"),
+             outcome.text.constData());
+    QVERIFY2(!outcome.text.contains("argument ") || outcome.text.contains("NoNewPrivs:\t1"),
+             outcome.text.constData());
+}
+
+// Not even its own name.
+void TestPtpLauncher::noArgumentsAtAll()
+{
+    const QByteArray program = QFile::encodeName(fake);
+    const pid_t child = fork();
+    if (child == 0) {
+        char *const nothing[] = {nullptr};
+        execve(program.constData(), nothing, nothing);
+        _exit(126);
+    }
+    int status = 0;
+    QCOMPARE(waitpid(child, &status, 0), child);
+    QVERIFY(WIFEXITED(status));
+    QCOMPARE(WEXITSTATUS(status), int(LAUNCH_BAD_ARGUMENT));
+}
+
+// While it is looked at, the folder of the socket is another one, a link, and back again: what is not refused
+// is as it always is.
+void TestPtpLauncher::folderThatChanges()
+{
+    const QByteArray own = QFile::encodeName(m_folder.filePath(QStringLiteral("race")));
+    const QByteArray aside = own + ".aside";
+    QCOMPARE(mkdir(own.constData(), 0700), 0);
+    std::atomic<bool> stop{false};
+    std::thread racer([&] {
+        while (!stop) {
+            rename(own.constData(), aside.constData());
+            if (symlink("/tmp", own.constData()) == 0)
+                unlink(own.constData());
+            rename(aside.constData(), own.constData());
+        }
+    });
+    int refused = 0;
+    int others = 0;
+    for (int i = 0; i < 100; ++i) {
+        const Outcome outcome = run(fake, with(3, QFile::decodeName(own) + QStringLiteral("/socket")));
+        refused += outcome.code == int(LAUNCH_BAD_ARGUMENT);
+        others += outcome.code != 0 && outcome.code != int(LAUNCH_BAD_ARGUMENT);
+    }
+    stop = true;
+    racer.join();
+    qInfo("%d of 100 refused", refused);
+    QCOMPARE(others, 0);
 }
 
 void TestPtpLauncher::descriptorsAreClosed()
