@@ -27,10 +27,10 @@ constexpr const char *settings[] = {
 
 constexpr const char *selectSql = "SELECT value FROM setting WHERE path = ?1 AND name = ?2";
 
-// A path keeps the case of its first writing, also when a further name joins it.
+constexpr const char *spellingSql = "SELECT path FROM setting WHERE path = ?1 LIMIT 1";
+
 constexpr const char *upsertSql =
-    "INSERT INTO setting (path, name, type, value)"
-    " VALUES (coalesce((SELECT path FROM setting WHERE path = ?1 LIMIT 1), ?1), ?2, ?3, ?4)"
+    "INSERT INTO setting (path, name, type, value) VALUES (?1, ?2, ?3, ?4)"
     " ON CONFLICT (path, name) DO UPDATE SET type = excluded.type, value = excluded.value"
     " WHERE type IS NOT excluded.type OR value IS NOT excluded.value";
 
@@ -137,7 +137,7 @@ Connection::~Connection()
 {
     m_history.forget();
     for (Statement *statement :
-         {&m_select, &m_upsert, &m_delete, &m_list, &m_begin, &m_commit, &m_dataVersion})
+         {&m_select, &m_spelling, &m_upsert, &m_delete, &m_list, &m_begin, &m_commit, &m_dataVersion})
         statement->finalize();
     sqlite3_close(m_db);
 }
@@ -216,13 +216,10 @@ int Connection::execute(const char *sql)
 Result Connection::prepareAll()
 {
     const std::pair<Statement *, const char *> statements[] = {
-        {&m_select, selectSql},
-        {&m_upsert, upsertSql},
-        {&m_delete, deleteSql},
-        {&m_list, listSql},
-        {&m_begin, "BEGIN IMMEDIATE"},
-        {&m_commit, "COMMIT"},
-        {&m_dataVersion, "PRAGMA data_version"},
+        {&m_select, selectSql}, {&m_spelling, spellingSql},
+        {&m_upsert, upsertSql}, {&m_delete, deleteSql},
+        {&m_list, listSql},     {&m_begin, "BEGIN IMMEDIATE"},
+        {&m_commit, "COMMIT"},  {&m_dataVersion, "PRAGMA data_version"},
     };
     int code = SQLITE_OK;
     for (const auto &[statement, sql] : statements) {
@@ -269,6 +266,7 @@ int Connection::read(const Key &key, const Reader &reader)
 
 int Connection::begin()
 {
+    m_askedPath.clear();
     return m_readOnly ? SQLITE_READONLY : m_begin.run();
 }
 
@@ -307,14 +305,33 @@ int Connection::change(const Key &key, const Value &value, Batch &batch, bool &c
     return code;
 }
 
-// The record takes the path's case from the value's row, so it is written while the row is there.
+// A path keeps the case of its first writing, also when a further name joins it, and the record has the same.
+// Within a transaction many values of one path follow each other, so the last answer is kept.
+int Connection::spell(const char *path)
+{
+    if (m_askedPath == path && !m_askedPath.empty())
+        return SQLITE_OK;
+    m_askedPath.clear();
+    const Use use(m_spelling);
+    m_spelling.bind(1, path);
+    const int code = m_spelling.step();
+    if (code != SQLITE_ROW && code != SQLITE_DONE)
+        return code;
+    m_storedPath = code == SQLITE_ROW ? std::string(m_spelling.text(0)) : path;
+    m_askedPath = path;
+    return SQLITE_OK;
+}
+
 int Connection::apply(const Key &key, const Value &before, const Value &after, Batch &batch)
 {
-    int code = after.type == Type::Absent ? SQLITE_OK : put(key, after);
+    int code = spell(key.path);
+    const Key own{m_storedPath.c_str(), key.name};
+    if (code == SQLITE_OK && after.type != Type::Absent)
+        code = put(own, after);
     if (code == SQLITE_OK)
-        code = m_history.record(key, before, after, batch);
+        code = m_history.record(own, before, after, batch);
     if (code == SQLITE_OK && after.type == Type::Absent)
-        code = remove(key);
+        code = remove(own);
     return code;
 }
 
@@ -329,6 +346,7 @@ int Connection::put(const Key &key, const Value &value)
 
 int Connection::remove(const Key &key)
 {
+    m_askedPath.clear(); // it may have been the last value with this path
     m_delete.bind(1, key.path);
     m_delete.bind(2, key.name);
     return m_delete.run();

@@ -106,6 +106,7 @@ private:
     Result checked(const char *sql);
     int execute(const char *sql);
     int apply(const Key &key, const Value &before, const Value &after, Batch &batch);
+    int spell(const char *path);
     int put(const Key &key, const Value &value);
     int remove(const Key &key);
     Result prepareAll();
@@ -119,12 +120,15 @@ private:
     History m_history;
     Notes m_notes;
     Statement m_select;
+    Statement m_spelling;
     Statement m_upsert;
     Statement m_delete;
     Statement m_list;
     Statement m_begin;
     Statement m_commit;
     Statement m_dataVersion;
+    std::string m_askedPath; // the last one written in this transaction; empty: none
+    std::string m_storedPath;
 };
 
 } // namespace rkcfg

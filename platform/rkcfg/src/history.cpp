@@ -15,12 +15,11 @@ namespace {
 
 constexpr int64_t pageRows = 500;
 
-// The path as the store keeps it.
+// Without an id the row gets the one after the largest. The first row of a batch has to know it.
 constexpr const char *insertSql =
     "INSERT INTO history (id, batch, time, writer, pid, path, name, old_value, new_value, label, undoes)"
-    " SELECT next, coalesce(?1, next), ?2, ?3, ?4,"
-    " coalesce((SELECT path FROM setting WHERE path = ?5 LIMIT 1), ?5), ?6, ?7, ?8, ?9, ?10"
-    " FROM (SELECT coalesce(max(id), 0) + 1 AS next FROM history)";
+    " VALUES (?11, ?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)";
+constexpr const char *nextSql = "SELECT coalesce(max(id), 0) + 1 FROM history";
 
 #define RKCFG_CHANGE_ROWS                                                                                    \
     "SELECT h.id, h.batch, h.time, w.program, h.pid, w.user, f.label, h.path, h.name, h.old_value,"          \
@@ -64,6 +63,7 @@ int asContent(int code)
 void History::forget()
 {
     m_insert.finalize();
+    m_next.finalize();
 }
 
 int History::make()
@@ -73,13 +73,24 @@ int History::make()
     int code = sqlite3_exec(m_db, historySql, nullptr, nullptr, nullptr);
     if (code == SQLITE_OK)
         code = m_insert.prepare(m_db, insertSql);
+    if (code == SQLITE_OK)
+        code = m_next.prepare(m_db, nextSql);
     return asContent(code);
+}
+
+int History::nextId(int64_t &id)
+{
+    const Use use(m_next);
+    const int code = m_next.step();
+    id = code == SQLITE_ROW ? m_next.number(0) : 0;
+    return code == SQLITE_ROW ? SQLITE_OK : code;
 }
 
 int History::findWriter(Batch &batch)
 {
     if (batch.writer != 0)
         return SQLITE_OK;
+    batch.pid = getpid(); // a child opens the store anew, and looks for its writer
     const std::string program = programName();
     const std::string user = userName();
     Statement insert;
@@ -106,29 +117,39 @@ int History::record(const Key &key, const Value &before, const Value &after, Bat
     int code = make();
     if (code == SQLITE_OK)
         code = findWriter(batch);
+    int64_t id = batch.id;
+    const bool first = id == 0;
+    if (code == SQLITE_OK && first)
+        code = nextId(id);
     if (code != SQLITE_OK)
         return code;
     --m_untilLook;
     if (strcasecmp(key.path, boundsPath) == 0)
         m_untilLook = 0;
-    const bool first = batch.id == 0;
-    if (!first)
-        m_insert.bind(1, batch.id);
+    bind(key, before, after, batch);
+    m_insert.bind(1, id);
+    if (first)
+        m_insert.bind(11, id);
+    code = m_insert.run();
+    if (code == SQLITE_OK && first)
+        batch.begin(id);
+    return asContent(code);
+}
+
+// Label and undoes stand in the batch's first row.
+void History::bind(const Key &key, const Value &before, const Value &after, const Batch &batch)
+{
     m_insert.bind(2, nowMicroseconds());
     m_insert.bind(3, batch.writer);
-    m_insert.bind(4, int64_t(getpid()));
+    m_insert.bind(4, batch.pid);
     m_insert.bind(5, key.path);
     m_insert.bind(6, key.name);
     m_insert.bind(7, before);
     m_insert.bind(8, after);
-    if (first && !batch.label.empty())
+    if (batch.id == 0 && !batch.label.empty())
         m_insert.bind(9, batch.label);
-    if (first && batch.undoes != 0)
+    if (batch.id == 0 && batch.undoes != 0)
         m_insert.bind(10, batch.undoes);
-    code = m_insert.run();
-    if (code == SQLITE_OK && first)
-        batch.begin(sqlite3_last_insert_rowid(m_db));
-    return asContent(code);
 }
 
 // A store from before history has none until its next change.

@@ -16,6 +16,7 @@ namespace rkcfg {
 struct Batch {
     int64_t id = 0;
     int64_t writer = 0; // row of this process' program and user, 0: not known yet
+    int64_t pid = 0;    // found with the writer
     int64_t undoes = 0; // what the next batch takes back
     std::string label;  // of the next batch
 
@@ -81,6 +82,8 @@ private:
 
     int make();
     int findWriter(Batch &batch);
+    int nextId(int64_t &id);
+    void bind(const Key &key, const Value &before, const Value &after, const Batch &batch);
     int rows(Statement &statement, std::vector<Change> &changes);
     void begin(Walk &walk);
     Extent extent();
@@ -89,6 +92,7 @@ private:
 
     sqlite3 *m_db = nullptr;
     Statement m_insert;
+    Statement m_next;
     int64_t m_untilLook = 0; // changes to come before the bounds are looked at again
 };
 

@@ -18,6 +18,7 @@ private slots:
     void othersSeeItAtTheEndOnly();
     void takenBackLeavesNothing();
     void isOneBatch();
+    void pathsKeepTheirFirstCase();
     void nestingIsRefused();
     void endWithoutBeginIsRefused();
     void busyWhileAnotherWrites();
@@ -101,6 +102,26 @@ void TestRkcfgTransactions::isOneBatch()
     QCOMPARE(newestBatch(), 2);
     putNumber("p", "a", 3);
     QCOMPARE(newestBatch(), 4);
+}
+
+// In the values as in the history; a path that is gone may come back in another case.
+void TestRkcfgTransactions::pathsKeepTheirFirstCase()
+{
+    putNumber("Old", "a", 1);
+    rkCFGBegin(store);
+    putNumber("OLD", "b", 2);
+    putNumber("old", "c", 3);
+    putNumber("New", "a", 4);
+    putNumber("NEW", "b", 5);
+    rkCFGRemove(store, "new", "a");
+    rkCFGRemove(store, "new", "b");
+    putNumber("new", "c", 6);
+    rkCFGEnd(store, 1);
+    QCOMPARE(Direct(m_home->database()).ask("SELECT group_concat(path) FROM setting"),
+             QByteArray("new,Old,Old,Old"));
+    QCOMPARE(Direct(m_home->database())
+                 .ask("SELECT group_concat(path) FROM (SELECT path FROM history ORDER BY id)"),
+             QByteArray("Old,Old,Old,New,New,New,New,new"));
 }
 
 void TestRkcfgTransactions::nestingIsRefused()
