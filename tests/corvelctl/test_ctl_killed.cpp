@@ -21,7 +21,8 @@ private slots:
 
 namespace {
 
-// Of each command; CORVEL_KILLS asks for more, for a long run by hand.
+// Of each command; CORVEL_KILLS asks for more, for a long run by hand, and QTEST_FUNCTION_TIMEOUT for more
+// time.
 int kills()
 {
     const int wanted = qEnvironmentVariableIntValue("CORVEL_KILLS");

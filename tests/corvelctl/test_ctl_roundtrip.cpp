@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Whatever stands in a store comes back from a dump, and whatever stands in its channels from a table:
-// compared row by row in the database itself. CORVEL_ROUNDS asks for more stores, for a long run by hand.
+// compared row by row in the database itself. CORVEL_ROUNDS asks for more stores, for a long run by hand
+// (and QTEST_FUNCTION_TIMEOUT for more than five minutes).
 #include "ctlhome.h"
 
 #include "../ops/randomstore.h"

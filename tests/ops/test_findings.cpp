@@ -29,6 +29,8 @@ private slots:
     void notesAreNoTrouble();
     void controlBytesDoNotReachTheTerminal();
     void junit();
+    void junitOfAnyBytes_data();
+    void junitOfAnyBytes();
 };
 
 void TestFindings::linesForPeople()
@@ -76,11 +78,55 @@ void TestFindings::junit()
     QCOMPARE(cases, QStringList({QStringLiteral("testcase ttl"), QStringLiteral("failure "),
                                  QStringLiteral("testcase port-odd"), QStringLiteral("failure "),
                                  QStringLiteral("testcase protocol")}));
-    const Findings odd = {{Severity::Error, "ttl", "a\x1b<&>", "\x01", "", ""}};
-    QXmlStreamReader oddXml(ops::findingsJunit(odd, "x", {"ttl"}));
-    while (!oddXml.atEnd())
-        oddXml.readNext();
-    QVERIFY(!oddXml.hasError());
+}
+
+void TestFindings::junitOfAnyBytes_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QByteArray>("shown");
+    const auto row = [](const char *name, const QByteArray &bytes, const char *shown) {
+        QTest::newRow(name) << bytes << QByteArray(shown);
+    };
+    row("plain", "abc", "abc");
+    row("marks of XML", "a<b>&\"'c", "a<b>&\"'c");
+    row("the end of a section", "]]>", "]]>");
+    row("an entity", "&lt;&#0;", "&lt;&#0;");
+    row("letters beyond ASCII",
+        "Stra\xc3\x9f"
+        "e",
+        "Stra\xc3\x9f"
+        "e");
+    row("latin-1",
+        "Stra\xdf"
+        "e",
+        "Stra\\xdfe");
+    row("escape", "\x1b[2J", "\\x1b[2J");
+    row("zero", QByteArray("a\0b", 3), "a\\x00b");
+    row("line end", "a\nb", "a\\x0ab");
+    row("every control character", "\x01\x02\x08\x0b\x0c\x0e\x1f\x7f",
+        "\\x01\\x02\\x08\\x0b\\x0c\\x0e\\x1f\\x7f");
+}
+
+// Whatever stands in a file or the store: the report can be read, and the text says what lines for people
+// say.
+void TestFindings::junitOfAnyBytes()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QByteArray, shown);
+    const Findings findings = {{Severity::Error, "ttl", bytes, bytes, bytes, ""}};
+    QXmlStreamReader xml(ops::findingsJunit(findings, "x", {"ttl"}));
+    QString text, message;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (xml.name() == QLatin1String("failure") && xml.isStartElement())
+            message = xml.attributes().value(QLatin1String("message")).toString();
+        if (xml.isCharacters() && !xml.isWhitespace())
+            text += xml.text();
+    }
+    QVERIFY2(!xml.hasError(), qPrintable(xml.errorString()));
+    QCOMPARE(message.toUtf8(), shown);
+    QCOMPARE(text.toUtf8(), ops::findingsText(findings));
+    QVERIFY(text.toUtf8().startsWith(shown + ": error: " + shown + " [ttl]\n    " + shown));
 }
 
 QTEST_GUILESS_MAIN(TestFindings)
