@@ -29,13 +29,17 @@ struct JoinOptions {
 struct LeaveOptions {};
 
 // A server's service takes from here on what differs, as edits made here; so people hear of it first.
-int compare(Context &context, const JoinOptions &options, const ops::Changes &changes, ops::Store &store)
+int compare(Context &context, const JoinOptions &options, const ops::Snapshot &values,
+            const ops::Snapshot &shared, ops::Store &store)
 {
+    const ops::Changes changes = ops::difference(values, shared);
     if (changes.empty())
         return context.nothing(
             "the cluster has nothing else of this server; systemctl --user enable --now corvel-fleet");
     if (options.take == "cluster")
-        return applyChanges(context, store, changes, "fleet join", Ask::Always);
+        return applyPlan(
+            context, store, [&](const ops::Snapshot &now) { return ops::difference(now, shared); },
+            "fleet join", Ask::Always);
     context.out.note("what would change here if the cluster's were taken:");
     printChanges(context.out, changes);
     if (options.take == "local") {
@@ -59,9 +63,8 @@ int joinServer(Context &context, const JoinOptions &options, const Connection &c
     const auto values = store.read();
     if (!values)
         return context.fail(values.failure());
-    if (shared.documents.empty())
-        return compare(context, options, {}, store);
-    return compare(context, options, ops::difference(*values, shared.snapshot()), store);
+    const bool isShared = !shared.documents.empty();
+    return compare(context, options, *values, isShared ? shared.snapshot() : *values, store);
 }
 
 int joinDesk(Context &context, const Connection &connection, const fleet::SiteView &site)
