@@ -52,6 +52,7 @@ MergeModel::MergeModel(quint64 seed, const Breakage &breakage) : m_random(seed),
         m_rules[static_cast<int>(breakage.role)][static_cast<int>(breakage.situation)] = breakage.action;
     m_deletes = chance(500);
     m_copies = chance(300);
+    m_restores = chance(300);
     m_plain = !m_deletes;
     m_cluster.onPut = [this](const Entry &entry) { share(entry); };
     for (int at = 0; at < kMachines; ++at)
@@ -258,7 +259,7 @@ void MergeModel::step()
 void MergeModel::disturb(int at)
 {
     MemoryLink &link = *m_machines[static_cast<std::size_t>(at)].link;
-    const int dice = below(100);
+    const int dice = below(m_restores ? 160 : 92);
     if (dice < 25)
         link.cut = !link.cut;
     else if (dice < 40)

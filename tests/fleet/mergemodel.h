@@ -99,9 +99,10 @@ private:
     std::array<Machine, kMachines> m_machines;
     std::vector<Node> m_nodes{1}; // node 0: nothing was ever there
     std::map<std::string, fleet::Conflict> m_conflicts;
-    bool m_storm = true;   // things go wrong
-    bool m_deletes = true; // somebody also deletes
-    bool m_copies = true;  // somebody sets what another has
+    bool m_storm = true;    // things go wrong
+    bool m_deletes = true;  // somebody also deletes
+    bool m_restores = true; // the cluster goes back to an older state
+    bool m_copies = true;   // somebody sets what another has
     // Each state was made once and by one machine only, and the cluster lost nothing: then a conflict tells
     // of what is really lost. Two who delete the same at the same time agree, though one may have been
     // overruled.
