@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
 // The program against a bare Qt dialog with the same widgets, side by side in one run: time from exec to
-// the first paint, processor time at rest, anonymous memory. Prints medians and the ratio. Needs a
-// display; without one it starts Xvfb.
+// the first paint, processor time at rest, anonymous memory. Prints medians, and the median of the ratios of
+// neighbouring starts. Needs a display; without one it starts Xvfb, unless QT_QPA_PLATFORM is offscreen.
 //
-//   desktop_bench [STARTS] [SECONDS AT REST]
+//   desktop_bench [STARTS] [SECONDS AT REST; 0: not measured]
 #include "measure.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTextStream>
 #include <QThread>
 #include <QVector>
 
@@ -24,7 +23,6 @@
 namespace {
 
 struct Program {
-    const char *name;
     QByteArray path;
     QVector<double> startMs;
     double cpuPercent = 0;
@@ -90,6 +88,55 @@ void measureRest(Program &program, int seconds)
     waitpid(pid, nullptr, 0);
 }
 
+double startMs(const Program &program)
+{
+    int answer = -1;
+    const pid_t pid = start(program.path, true, &answer);
+    const double ms = readAnswerMs(answer);
+    waitpid(pid, nullptr, 0);
+    return ms;
+}
+
+void startServer(QProcess &server)
+{
+    server.setProcessChannelMode(QProcess::SeparateChannels);
+    server.start(QStringLiteral("Xvfb"),
+                 {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                  QStringLiteral("0"), QStringLiteral("1280x1024x24"), QStringLiteral("-noreset"),
+                  QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+    server.waitForReadyRead();
+    qputenv("DISPLAY", ':' + server.readAllStandardOutput().trimmed());
+}
+
+void measureStarts(Program &bare, Program &ours, int starts)
+{
+    QVector<double> ratios;
+    for (int i = 0; i < starts + 2; ++i) {
+        const double alone = startMs(bare);
+        const double own = startMs(ours);
+        if (i < 2) // the first rounds fill the caches
+            continue;
+        bare.startMs.append(alone);
+        ours.startMs.append(own);
+        ratios.append(own / alone);
+    }
+    tell("start.ms", median(ours.startMs));
+    tell("start.peer", median(bare.startMs));
+    tell("start.ratio", median(ratios));
+}
+
+void measureRests(Program &bare, Program &ours, int seconds)
+{
+    measureRest(bare, seconds);
+    measureRest(ours, seconds);
+    tell("rest.cpu", ours.cpuPercent);
+    tell("rest.peer", bare.cpuPercent);
+    tell("rest.ratio", ours.cpuPercent / bare.cpuPercent);
+    tell("memory.kib", ours.anonKiB);
+    tell("memory.peer", bare.anonKiB);
+    tell("memory.more", (ours.anonKiB - bare.anonKiB) / 1024);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -101,37 +148,13 @@ int main(int argc, char **argv)
     for (const char *name : {"XDG_CONFIG_HOME", "XDG_STATE_HOME"})
         qputenv(name, home.path().toLocal8Bit());
     QProcess server;
-    if (qEnvironmentVariableIsEmpty("DISPLAY")) {
-        server.setProcessChannelMode(QProcess::SeparateChannels);
-        server.start(QStringLiteral("Xvfb"),
-                     {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                      QStringLiteral("0"), QStringLiteral("1280x1024x24"), QStringLiteral("-noreset"),
-                      QStringLiteral("-nolisten"), QStringLiteral("tcp")});
-        server.waitForReadyRead();
-        qputenv("DISPLAY", ':' + server.readAllStandardOutput().trimmed());
-    }
-    Program programs[] = {{"bare dialog", CORVEL_BARE_DIALOG, {}}, {"corvel", CORVEL_BIN_DIR "/corvel", {}}};
-    for (int i = 0; i < starts + 2; ++i) {
-        for (Program &program : programs) {
-            int answer = -1;
-            const pid_t pid = start(program.path, true, &answer);
-            const double ms = readAnswerMs(answer);
-            waitpid(pid, nullptr, 0);
-            if (i >= 2) // the first rounds fill the caches
-                program.startMs.append(ms);
-        }
-    }
-    QTextStream out(stdout);
-    out << "                 start ms   cpu %   anonymous KiB\n";
-    for (Program &program : programs) {
-        measureRest(program, seconds);
-        out << QString::asprintf("%-14s %10.1f %7.2f %15.0f\n", program.name, median(program.startMs),
-                                 program.cpuPercent, program.anonKiB);
-    }
-    out << QString::asprintf(
-        "ratio, more    %10.2f %7.2f %+15.0f\n", median(programs[1].startMs) / median(programs[0].startMs),
-        programs[1].cpuPercent / programs[0].cpuPercent, programs[1].anonKiB - programs[0].anonKiB);
-    out.flush();
+    if (qEnvironmentVariableIsEmpty("DISPLAY") && qgetenv("QT_QPA_PLATFORM") != "offscreen")
+        startServer(server);
+    Program bare = {CORVEL_BARE_DIALOG, {}};
+    Program ours = {CORVEL_BIN_DIR "/corvel", {}};
+    measureStarts(bare, ours, starts);
+    if (seconds > 0)
+        measureRests(bare, ours, seconds);
     if (server.state() == QProcess::Running) {
         server.terminate();
         server.waitForFinished();

@@ -1,14 +1,22 @@
 // SPDX-License-Identifier: MIT
 //
-// What a process has used so far, from /proc.
+// What a process has used so far, from /proc; and how a benchmark tells its figures.
 #ifndef CORVEL_BENCH_MEASURE_H
 #define CORVEL_BENCH_MEASURE_H
 
 #include <QFile>
 #include <QList>
 
+#include <cstdio>
 #include <sys/types.h>
 #include <unistd.h>
+
+// A line that bench/report reads.
+inline void tell(const QByteArray &key, double value)
+{
+    printf("= %s %.6g\n", key.constData(), value);
+    fflush(stdout);
+}
 
 // Processor time of all its threads, in seconds (steps of a clock tick); 0 when it is gone.
 inline double cpuSeconds(pid_t pid)

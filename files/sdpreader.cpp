@@ -60,17 +60,23 @@ string_view lineText(const QByteArray &line)
     return text;
 }
 
-// Token n, counted from 0, of a line split at single blanks: two blanks in a row enclose an empty token.
+// The line from its token n on, counted from 0. Tokens are split at single blanks: two blanks in a row
+// enclose an empty one.
+string_view fromToken(string_view line, int n)
+{
+    for (; n > 0; --n) {
+        const size_t blank = line.find(' ');
+        if (blank == string_view::npos)
+            return {};
+        line.remove_prefix(blank + 1);
+    }
+    return line;
+}
+
 string_view token(string_view line, int n)
 {
-    size_t start = 0;
-    for (; n > 0; --n) {
-        start = line.find(' ', start);
-        if (start == string_view::npos)
-            return {};
-        ++start;
-    }
-    return line.substr(start, line.find(' ', start) - start);
+    const string_view rest = fromToken(line, n);
+    return rest.substr(0, rest.find(' '));
 }
 
 string_view lastToken(string_view line)
@@ -183,8 +189,9 @@ void Reader::attributeLine(string_view text)
 // A "*" is no address, so it leaves the destination of the connection line in place.
 void Reader::sourceFilter(string_view text)
 {
-    const string_view destination = token(text, 4), source = token(text, 5);
-    if (isIpv4(destination))
+    const string_view addresses = fromToken(text, 4);
+    const string_view destination = token(addresses, 0), source = token(addresses, 1);
+    if (destination != m_destination && isIpv4(destination))
         m_destination = destination;
     if (isIpv4(source))
         m_source = source;
