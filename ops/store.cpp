@@ -68,11 +68,6 @@ Failure notWritten(const Change &change)
     return refused("the store did not take " + change.path + ' ' + change.name + "; nothing was changed");
 }
 
-Failure alone()
-{
-    return refused("this configuration library cannot store several values as one; nothing was changed");
-}
-
 } // namespace
 
 Store::Store() : m_handle(reinterpret_cast<void *>(static_cast<intptr_t>(-1))) {}
@@ -118,24 +113,6 @@ Outcome<Done> Store::save()
     return Done();
 }
 
-// Without transactions in the library, a single value can still be stored safely.
-Outcome<Done> Store::applyIn(StoreTransaction &transaction, const Changes &changes, const QByteArray &label)
-{
-    if (!transaction.isOpen() && libraryCalls().begin)
-        return storeBusy();
-    if (!transaction.isOpen() && changes.size() > 1)
-        return alone();
-    if (libraryCalls().label && !label.isEmpty())
-        libraryCalls().label(m_handle, label.constData());
-    for (const Change &change : changes) {
-        if (!writeOne(m_handle, change))
-            return notWritten(change);
-    }
-    if (!transaction.keep())
-        return refused("the store did not take the change; nothing was changed");
-    return save();
-}
-
 Outcome<Done> Store::write(const Change &change)
 {
     if (!writeOne(m_handle, change))
@@ -143,40 +120,63 @@ Outcome<Done> Store::write(const Change &change)
     return Done();
 }
 
-Outcome<Done> Store::together(const QByteArray &label, const std::function<Outcome<Done>()> &body)
+// The label goes with the first write, or the next batch would get that of one that never was.
+Outcome<Done> Store::writeAll(const Changes &changes, const QByteArray &label)
 {
-    StoreTransaction transaction(m_handle);
-    if (!transaction.isOpen())
-        return libraryCalls().begin ? storeBusy() : alone();
-    if (libraryCalls().label && !label.isEmpty())
+    if (libraryCalls().label && !label.isEmpty() && !changes.empty())
         libraryCalls().label(m_handle, label.constData());
-    if (Outcome<Done> done = body(); !done)
-        return done;
-    if (!transaction.keep())
-        return refused("the store did not take the change; nothing was changed");
+    for (const Change &change : changes) {
+        const Outcome<Done> done = write(change);
+        if (!done)
+            return done;
+    }
     return Done();
 }
 
-Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
-{
-    if (changes.empty())
-        return Done();
-    StoreTransaction transaction(m_handle);
-    return applyIn(transaction, changes, label);
-}
-
-Outcome<Changes> Store::change(const Plan &plan, const QByteArray &label)
+Outcome<Done> Store::together(const QByteArray &label, const std::function<Outcome<Done>()> &body)
 {
     StoreTransaction transaction(m_handle);
     if (!transaction.isOpen() && libraryCalls().begin)
         return storeBusy();
-    const Outcome<Snapshot> now = read();
-    if (!now)
-        return now.failure();
-    Outcome<Changes> changes = plan(*now);
-    if (!changes || changes->empty())
-        return changes;
-    const Outcome<Done> done = applyIn(transaction, *changes, label);
+    if (!transaction.isOpen())
+        return refused("this configuration library cannot store several values as one; nothing was changed");
+    if (libraryCalls().label && !label.isEmpty())
+        libraryCalls().label(m_handle, label.constData());
+    const Outcome<Done> done = body();
+    if (done && !transaction.keep())
+        return refused("the store did not take the change; nothing was changed");
+    return done;
+}
+
+// Without transactions in the library, a single value can still be stored safely.
+Outcome<Done> Store::apply(const Changes &changes, const QByteArray &label)
+{
+    if (changes.empty())
+        return Done();
+    const auto body = [&] { return writeAll(changes, label); };
+    const bool alone = !libraryCalls().begin && changes.size() == 1;
+    const Outcome<Done> done = alone ? body() : together(QByteArray(), body);
+    return done ? save() : done;
+}
+
+Outcome<Changes> Store::change(const Plan &plan, const QByteArray &label)
+{
+    Outcome<Changes> changes = Changes();
+    const auto ask = [&]() -> Outcome<Done> {
+        const Outcome<Snapshot> now = read();
+        if (!now)
+            return now.failure();
+        changes = plan(*now);
+        return changes ? Outcome<Done>(Done()) : changes.failure();
+    };
+    const auto askAndWrite = [&]() -> Outcome<Done> {
+        const Outcome<Done> asked = ask();
+        return asked ? writeAll(*changes, label) : asked;
+    };
+    const bool safe = libraryCalls().begin;
+    Outcome<Done> done = safe ? together(QByteArray(), askAndWrite) : ask();
+    if (done && !changes->empty())
+        done = safe ? save() : apply(*changes, label);
     return done ? std::move(changes) : done.failure();
 }
 

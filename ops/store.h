@@ -10,8 +10,6 @@
 
 #include <functional>
 
-class StoreTransaction;
-
 namespace ops {
 
 // What is to change, seen from the values as they are. Asked at most once for each change; may fail.
@@ -43,7 +41,8 @@ public:
     // The same with changes that are made already: what they say about the value before is not looked at.
     Outcome<Done> apply(const Changes &changes, const QByteArray &label);
 
-    // All that body writes is one transaction and one batch of the history, or nothing when it fails.
+    // All that body writes is one transaction and one batch of the history, or nothing when it fails. It is
+    // durable after save().
     Outcome<Done> together(const QByteArray &label, const std::function<Outcome<Done>()> &body);
     // One change, for a body.
     Outcome<Done> write(const Change &change);
@@ -53,7 +52,7 @@ public:
 
 private:
     explicit Store(void *handle) : m_handle(handle) {}
-    Outcome<Done> applyIn(StoreTransaction &transaction, const Changes &changes, const QByteArray &label);
+    Outcome<Done> writeAll(const Changes &changes, const QByteArray &label);
 
     void *m_handle;
 };

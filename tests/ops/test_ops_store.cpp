@@ -50,6 +50,7 @@ private slots:
     void aPlanSeesWhatIsThere();
     void aPlanThatFailsChangesNothing();
     void aPlanWithoutChangesIsNoBatch();
+    void togetherIsOneBatchOrNothing();
     void nobodyComesBetweenReadingAndWriting();
     void severalProcessesCountTogether();
     void takingBackSeesWhatIsThere();
@@ -139,6 +140,33 @@ void TestStore::aPlanWithoutChangesIsNoBatch()
     QVERIFY(ops::readHistory(store)->empty());
     QVERIFY(apply({{"p", "a", {}, number(1)}}));
     QCOMPARE(ops::readHistory(store)->front().label, QByteArray());
+}
+
+void TestStore::togetherIsOneBatchOrNothing()
+{
+    ops::Store store;
+    const ops::Change one{"p", "a", {}, number(1)}, other{"p", "b", {}, text("x")};
+    const auto both = [&]() -> ops::Outcome<ops::Done> {
+        const auto done = store.write(one);
+        return done ? store.write(other) : done;
+    };
+    QVERIFY(store.together("both", both));
+    QVERIFY(store.save());
+    QCOMPARE(told(ops::difference({}, now())), QByteArray("p a - > 1|p b - > \"x\""));
+    auto history = *ops::readHistory(store);
+    QCOMPARE(int(history.size()), 1);
+    QCOMPARE(history[0].label, QByteArray("both"));
+    const auto half = [&]() -> ops::Outcome<ops::Done> {
+        const auto done = store.write({"p", "a", {}, number(2)});
+        return done ? ops::Outcome<ops::Done>(ops::wrong("enough")) : done;
+    };
+    const auto failed = store.together("half", half);
+    QVERIFY(!failed);
+    QCOMPARE(failed.failure().text, QByteArray("enough"));
+    QCOMPARE(now().number("p", "a"), 1u);
+    QCOMPARE(int(ops::readHistory(store)->size()), 1);
+    QVERIFY(!store.together("inside", [&] { return store.together("another", both); }));
+    QCOMPARE(int(ops::readHistory(store)->size()), 1);
 }
 
 // Somebody writes while the plan is being made: he waits in vain, and what was read is still so at the end.
