@@ -108,6 +108,7 @@ public:
 
 private:
     bool isWanted(const KnownName &known) const;
+    Outcome<Done> takeSteps();
     Outcome<Done> copyTo(int channel, int times);
     Outcome<Value> valueFor(const KnownName &known, Value value, int times) const;
 
@@ -153,14 +154,29 @@ Outcome<Done> Copier::copyTo(int channel, int times)
     return Done();
 }
 
-Outcome<Done> Copier::run()
+// A step for what is not copied is a slip: nobody would see that nothing came of it.
+Outcome<Done> Copier::takeSteps()
 {
+    const auto names = channelNames();
     for (const QByteArray &text : m_order.steps) {
         const Outcome<Step> step = parseStep(text);
         if (!step)
             return step.failure();
+        const auto copied = [&](const KnownName *known) {
+            return isWanted(*known) && means(*known, step->token);
+        };
+        if (std::none_of(names.begin(), names.end(), copied))
+            return wrong("the step " + text.left(60) + " is for a field that is not copied");
         m_steps.push_back(*step);
     }
+    return Done();
+}
+
+Outcome<Done> Copier::run()
+{
+    const Outcome<Done> taken = takeSteps();
+    if (!taken)
+        return taken;
     for (const QByteArray &token : m_order.fields) {
         const auto names = channelNames();
         if (std::none_of(names.begin(), names.end(),

@@ -116,6 +116,7 @@ const Case kChanging[] = {
     {"unset server --all",                      2, "", "corvelctl: the server's values are deleted by name only\n"},
     {"copy 0 1 --fields domain,clock",          0, "1 domain: (absent) -> 127\n1 clock: (absent) -> sw-ptp\n", "corvelctl: 2 values would change\n"},
     {"copy 0 1 --fields rx.dst,port --step dst=0.0.1.0 --step port=2", 0, "1/video rx.dst: (absent) -> 239.1.2.1\n1/video rx.dst-port: (absent) -> 20002\n1/audio/1 tx.dst-port: (absent) -> 20012\n1/video tx.dst-port: (absent) -> 20002\n", "corvelctl: 4 values would change\n"},
+    {"copy 0 1 --fields domain --step dst=1",   2, "", "corvelctl: the step dst=1 is for a field that is not copied\n"},
     {"copy 0 1 --fields zebra",                 2, "", "corvelctl: no field \"zebra\"\n"},
     {"copy 0 1 --step port=x",                  2, "", "corvelctl: \"port=x\" is no step such as dst=0.0.1.0 or port=2\n"},
     {"copy 0 1 --step port=50000",              2, "", "corvelctl: 1/video rx.dst-port: port 70000 is none\n"},

@@ -13,6 +13,8 @@ private slots:
     void onlyTheFieldsThatWereNamed();
     void refuses_data();
     void refuses();
+    void steppedFields_data();
+    void steppedFields();
     void addressesStayInTheirClass_data();
     void addressesStayInTheirClass();
     void flowsInARow();
@@ -103,6 +105,9 @@ void TestCopyChannels::refuses_data()
     row("", "format=1", "no field");
     row("", "dst=1.0.0.0", "1/video rx.dst: 239.20.0.1 and 1 step leave the class");
     row("", "dst=-268435456", "leave the class");
+    row("domain", "dst=1", "the step dst=1 is for a field that is not copied");
+    row("rx", "tx.dst=1", "the step tx.dst=1 is for a field that is not copied");
+    row("video", "audio=1", "is for a field that is not copied");
     row("", "port=50000", "1/video rx.dst-port: port 70000 is none");
     row("", "port=-20000", "port 0 is none");
 }
@@ -120,6 +125,45 @@ void TestCopyChannels::refuses()
     QVERIFY(!done);
     QVERIFY2(done.failure().text.contains(says), done.failure().text.constData());
     QVERIFY(!ops::copyChannels({0, {0}, {}, {}}, draft));
+}
+
+void TestCopyChannels::steppedFields_data()
+{
+    QTest::addColumn<QByteArray>("step");
+    QTest::addColumn<QByteArray>("address"); // of the second target: twice the step from 239.20.0.1
+    QTest::addColumn<quint32>("port");       // from 20000
+    const auto row = [](const char *step, const char *address, quint32 port) {
+        QTest::newRow(step) << QByteArray(step) << QByteArray(address) << port;
+    };
+    row("dst=1", "239.20.0.3", 20000);
+    row("dst=0.0.0.1", "239.20.0.3", 20000);
+    row("dst=0.0.1.0", "239.20.2.1", 20000);
+    row("dst=256", "239.20.2.1", 20000);
+    row("dst=-1", "239.19.255.255", 20000);
+    row("dst=0", "239.20.0.1", 20000);
+    row("dst=0.1.0.0", "239.22.0.1", 20000);
+    row("rx.dst=1", "239.20.0.3", 20000);
+    row("tx.dst=1", "239.20.0.1", 20000);
+    row("src=1", "239.20.0.1", 20000);
+    row("port=2", "239.20.0.1", 20004);
+    row("dst-port=2", "239.20.0.1", 20004);
+    row("rx.dst-port=2", "239.20.0.1", 20004);
+    row("tx.dst-port=2", "239.20.0.1", 20000);
+    row("src-port=2", "239.20.0.1", 20000);
+    row("port=-2", "239.20.0.1", 19996);
+    row("port=0", "239.20.0.1", 20000);
+}
+
+void TestCopyChannels::steppedFields()
+{
+    QFETCH(QByteArray, step);
+    QFETCH(QByteArray, address);
+    QFETCH(quint32, port);
+    const ops::Snapshot values = source();
+    ops::Draft draft(values);
+    QVERIFY(ops::copyChannels({0, {1, 2}, {}, {step}}, draft));
+    QCOMPARE(*draft.find(channel(2), "ReceiveDestinationIp"), ops::Value::ofText(address));
+    QCOMPARE(draft.number(channel(2), "ReceiveDestinationPort"), port);
 }
 
 void TestCopyChannels::addressesStayInTheirClass_data()
