@@ -145,7 +145,10 @@ int restoreAll(Context &context, const ops::Dump &dump, const QByteArray &label)
         Output::error("nothing was changed");
         return Usage;
     }
-    return restoreEach(context, dump, label);
+    const int code = restoreEach(context, dump, label);
+    if (code == Done)
+        context.out.note(what + " changed");
+    return code;
 }
 
 int restore(Context &context, const RestoreOptions &options)
