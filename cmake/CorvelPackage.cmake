@@ -53,6 +53,18 @@ set(CPACK_DEBIAN_PLATFORM_PACKAGE_BREAKS "${single}")
 set(CPACK_DEBIAN_PLATFORM_PACKAGE_REPLACES "${single}")
 set(CPACK_DEBIAN_PLATFORM_PACKAGE_CONTROL_EXTRA "${CMAKE_SOURCE_DIR}/packaging/postinst")
 
+# The fleet's service, apart because of what it needs.
+set(CPACK_DEBIAN_FLEET_PACKAGE_NAME corvel-fleet)
+set(CPACK_DEBIAN_FLEET_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_FLEET_DESCRIPTION "settings of many video servers in one replicated store
+${about}
+.
+This package holds the service that keeps the settings of one server, or a
+desk's copies of many, equal with an etcd cluster; its commands for people; and
+a script for the certificates, users and roles of a plant.")
+set(CPACK_DEBIAN_FLEET_PACKAGE_DEPENDS "corvel-platform (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_FLEET_PACKAGE_RECOMMENDS "corvel, etcd-client, openssl")
+
 # The dialog for other applications.
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libcorvel${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)

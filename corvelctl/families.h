@@ -20,5 +20,6 @@ void addManyCommands(CLI::App &app, Context &context);   // copy, flows, table e
 void addTimeCommands(CLI::App &app, Context &context);   // history, undo, redo, blame
 void addWatchCommand(CLI::App &app, Context &context);   // watch
 void addClockCommands(CLI::App &app, Context &context);  // ptp, ptp doctor
+void addFleetCommand(CLI::App &app, Context &context);   // fleet
 
 #endif

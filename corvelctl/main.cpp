@@ -3,6 +3,7 @@
 #include "corvelctl/complete.h"
 #include "corvelctl/context.h"
 #include "corvelctl/families.h"
+#include "corvelctl/options.h"
 #include "ops/suggest.h"
 
 namespace {
@@ -14,18 +15,11 @@ constexpr char kExitCodes[] =
     "Exit status: 0 done, 1 something was found or differs, 2 wrong use, 3 the store or the "
     "system refused,\n4 partly done, 5 nothing to do (with --fail-if-none).";
 
-void addCommonOptions(CLI::App &app, Context &context)
+void addOptions(CLI::App &app, Context &context)
 {
-    Output &out = context.out;
     app.add_option("-c,--config", context.configuration,
                    "Work on this configuration; the server keeps its own");
-    app.add_flag_callback(
-        "--json", [&out] { out.form = Output::Form::Document; }, "One JSON document as result");
-    app.add_flag_callback(
-        "--lines", [&out] { out.form = Output::Form::Lines; }, "One JSON object per line");
-    app.add_flag("-n,--dry-run", context.dryRun, "Only print what would change");
-    app.add_flag("-y,--yes", context.yes, "Do not ask");
-    app.add_flag("-q,--quiet", out.quiet, "No notes, only errors");
+    addCommonOptions(app, context);
     app.add_flag("--fail-if-none", context.failIfNone, "Exit status 5 when there is nothing to do");
 }
 
@@ -42,6 +36,7 @@ void addFamilies(CLI::App &app, Context &context)
     addClockCommands(app, context);
     addSdpCommands(app, context);
     addCheckCommands(app, context);
+    addFleetCommand(app, context);
 }
 
 QByteArrayList commandNames(const CLI::App &app)
@@ -112,7 +107,7 @@ int main(int argc, char **argv)
     app.set_version_flag("--version", "corvelctl " CORVELCTL_VERSION);
     app.require_subcommand(1);
     app.fallthrough();
-    addCommonOptions(app, context);
+    addOptions(app, context);
     addFamilies(app, context);
     if (argc > 1 && qstrcmp(argv[1], "__complete") == 0)
         return complete(app, context, argc, argv);

@@ -312,6 +312,7 @@ KeeperStatus Keeper::status() const
     status.waiting = m_localKnown ? m_board.waiting() : 0;
     status.refused = m_board.refused();
     status.conflicts = static_cast<int>(m_conflicts.size());
+    status.revision = m_mark.revision;
     status.inStep = status.connected && m_localKnown && status.waiting == 0 && status.conflicts == 0;
     return status;
 }

@@ -43,6 +43,7 @@ struct KeeperStatus {
     qint64 pushedMs = 0;     // UTC: when something last went either way
     qint64 appliedMs = 0;
     QByteArray appliedFrom;
+    std::int64_t revision = 0; // of the cluster, as far as this side has heard of it; not compared
 };
 
 bool operator==(const KeeperStatus &left, const KeeperStatus &right);

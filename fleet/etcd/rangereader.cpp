@@ -24,7 +24,7 @@ void take(etcdserverpb::RangeResponse &response, Range *range)
 } // namespace
 
 // Too much for one answer: fewer at a time, at last one without its value.
-grpc::Status RangeReader::page(etcdserverpb::RangeRequest &request,
+grpc::Status RangeReader::page(etcdserverpb::RangeRequest &request, bool values,
                                etcdserverpb::RangeResponse *response) const
 {
     request.set_limit(values ? kPage : kNamePage);

@@ -20,8 +20,9 @@ public:
     explicit RangeReader(Call call) : m_call(std::move(call)) {}
 
     // All keys from `from` up to, but without, `to`; only `from` when `to` is empty. On failure *range is
-    // untouched. A value that is larger than any answer may be is given as an empty one.
-    grpc::Status read(const std::string &from, const std::string &to, Range *range) const;
+    // untouched. A value that is larger than any answer may be is given as an empty one, and without `values`
+    // each of them.
+    grpc::Status read(const std::string &from, const std::string &to, Range *range, bool values) const;
 
 private:
     grpc::Status page(etcdserverpb::RangeRequest &request, bool values,

@@ -5,6 +5,7 @@
 #ifndef CORVEL_FLEET_SERVICE_CONFIG_H
 #define CORVEL_FLEET_SERVICE_CONFIG_H
 
+#include "fleet/merge.h"
 #include "ops/outcome.h"
 
 #include <QByteArrayList>
@@ -12,7 +13,7 @@
 namespace fleet {
 
 struct Config {
-    enum class Role { Server, Desk } role = Role::Server;
+    Role role = Role::Server;
     QByteArray site;
     QByteArray name;
     QByteArrayList endpoints; // "host:port"

@@ -43,7 +43,7 @@ bool isEndpoint(const QByteArray &word)
 
 QByteArray readRole(const QByteArray &value, Config &config)
 {
-    config.role = value == "desk" ? Config::Role::Desk : Config::Role::Server;
+    config.role = value == "desk" ? Role::Desk : Role::Server;
     return value == "desk" || value == "server" ? QByteArray() : "server or desk";
 }
 

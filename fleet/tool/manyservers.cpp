@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: MIT
+// corvel-fleet diff, set, copy, check: many servers at once.
+#include "corvelctl/changes.h"
+#include "fleet/tool/fleetcontext.h"
+#include "fleet/tool/waves.h"
+#include "ops/batch.h"
+#include "ops/sitepreflight.h"
+
+namespace {
+
+struct DiffOptions {
+    std::string left, right;
+};
+
+struct SetOptions {
+    std::string place;
+    std::vector<std::string> words;
+    bool force = false;
+    WaveOptions waves;
+};
+
+struct CopyOptions {
+    std::string from, place;
+    WaveOptions waves;
+};
+
+struct CheckOptions {
+    std::vector<std::string> where;
+};
+
+// The settings of a server that exists and shares some; a failure names it.
+ops::Outcome<ops::Snapshot> settingsOf(const fleet::SiteView &site, const QByteArray &server)
+{
+    const auto found = site.find(server);
+    const fleet::SharedConfiguration *current = found == site.end() ? nullptr : found->second.current();
+    if (!current)
+        return ops::wrong("no server " + server + " shares its settings");
+    return current->snapshot();
+}
+
+int diff(Context &context, const DiffOptions &options)
+{
+    return withSite(context, {}, [&](const Connection &, const fleet::SiteView &site) {
+        const auto left = settingsOf(site, bytes(options.left));
+        const auto right = settingsOf(site, bytes(options.right));
+        if (!left || !right)
+            return context.fail(left ? right.failure() : left.failure());
+        const ops::Changes changes = ops::difference(*left, *right);
+        printChanges(context.out, changes);
+        return static_cast<int>(changes.empty() ? Done : Found);
+    });
+}
+
+int set(Context &context, const SetOptions &options)
+{
+    return changeServers(
+        context, options.waves,
+        [&](const fleet::SiteView &, const ops::Snapshot &values) -> ops::Outcome<ops::Changes> {
+            ops::Draft draft(values);
+            const ops::Rules rules{options.force ? ops::Foreign::Allow : ops::Foreign::Refuse, options.force};
+            const auto filled = ops::setWords(bytes(options.place), listOf(options.words), rules, draft);
+            return filled ? ops::Outcome<ops::Changes>(draft.changes()) : filled.failure();
+        });
+}
+
+// Only the values below the place's key paths.
+ops::Outcome<ops::Snapshot> partOf(const ops::Snapshot &values, const QByteArray &place)
+{
+    if (place.isEmpty())
+        return values;
+    ops::Draft without(values);
+    const auto removed = ops::unsetPlace(place, without);
+    if (!removed)
+        return removed.failure();
+    ops::Snapshot part;
+    for (const ops::Change &change : without.changes())
+        part.set(change.path, change.name, *change.before);
+    return part;
+}
+
+int copy(Context &context, const CopyOptions &options)
+{
+    return changeServers(
+        context, options.waves,
+        [&](const fleet::SiteView &site, const ops::Snapshot &values) -> ops::Outcome<ops::Changes> {
+            const auto source = settingsOf(site, bytes(options.from));
+            const auto from = source ? partOf(*source, bytes(options.place)) : source;
+            const auto here = partOf(values, bytes(options.place));
+            if (!from || !here)
+                return from ? here.failure() : from.failure();
+            return ops::difference(*here, *from);
+        });
+}
+
+int check(Context &context, const CheckOptions &options)
+{
+    return withSite(context, listOf(options.where), [&](const Connection &, const fleet::SiteView &site) {
+        std::vector<ops::ServerSettings> servers;
+        for (const auto &[name, view] : site) {
+            if (const fleet::SharedConfiguration *current = view.current())
+                servers.push_back({name, current->snapshot()});
+        }
+        const ops::Findings findings = ops::runSitePreflight(servers);
+        for (const ops::Finding &finding : findings) {
+            context.out.item([&]() -> Json {
+                return {{"severity", ops::severityName(finding.severity)},
+                        {"rule", finding.rule},
+                        {"place", jsonText(finding.place)},
+                        {"reason", jsonText(finding.reason)}};
+            });
+        }
+        if (context.out.isText() && !findings.empty())
+            context.out.line(ops::findingsText(findings).trimmed());
+        return static_cast<int>(ops::hasTrouble(findings) ? Found : Done);
+    });
+}
+
+void declareWaves(CLI::App &command, WaveOptions &waves)
+{
+    command.add_option("--where", waves.where, "Names of servers with * and ?")->required()->delimiter(',');
+    command.add_option("--canary", waves.canary,
+                       "So many first, each waited for; the rest only when all took it");
+    command.add_flag("--wait", waves.wait,
+                     "Wait for every server to take it; the first that does not ends it");
+}
+
+void declareDiff(CLI::App &command, DiffOptions &options)
+{
+    command.add_option("server", options.left, "A server")->required();
+    command.add_option("other", options.right, "Another one")->required();
+}
+
+void declareSet(CLI::App &command, SetOptions &options)
+{
+    command.add_option("place", options.place, "As for corvelctl set: 2/video, 0-7/audio/*, server")
+        ->required();
+    command.add_option("assignments", options.words, "WORD=VALUE")->required();
+    command.add_flag("--force", options.force, "Also names of a site's own");
+    declareWaves(command, options.waves);
+}
+
+void declareCopy(CLI::App &command, CopyOptions &options)
+{
+    command.add_option("from", options.from, "The server to copy")->required();
+    command.add_option("place", options.place, "Only this: 0-3, 2/video; everything when left out");
+    declareWaves(command, options.waves);
+}
+
+void declareCheck(CLI::App &command, CheckOptions &options)
+{
+    command.add_option("--where", options.where, "Names of servers with * and ?; all when left out")
+        ->delimiter(',');
+}
+
+} // namespace
+
+void addManyServersCommands(CLI::App &app, Context &context)
+{
+    addCommand<DiffOptions>(app, context, "diff", "What differs between two servers",
+                            "corvel-fleet diff lon-1 lon-2", declareDiff, diff);
+    addCommand<SetOptions>(app, context, "set", "Change values on many servers",
+                           "corvel-fleet set 0/video tx.ttl=16 --where 'lon-*' --canary 3", declareSet, set);
+    addCommand<CopyOptions>(app, context, "copy", "Give servers what another one has",
+                            "corvel-fleet copy lon-1 server --where 'lon-*'", declareCopy, copy);
+    addCommand<CheckOptions>(app, context, "check", "Look at the whole plant before it goes on air",
+                             "corvel-fleet check --where 'lon-*'", declareCheck, check);
+}
