@@ -19,7 +19,7 @@ namespace fleet {
 
 // What one transaction may hold. The cluster's own limits are higher (128 keys, 1.5 MiB).
 constexpr std::size_t kMaxPuts = 60;
-constexpr std::size_t kMaxCommitBytes = 1024 * 1024;
+constexpr std::size_t kMaxCommitBytes = std::size_t(1024) * 1024;
 
 struct Entry {
     std::string key;

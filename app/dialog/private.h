@@ -112,6 +112,8 @@ struct QCorvelPrivate {
     void listConfigs(); // in the header, as they are on disk now
     void watchStore();
     void meetNeighbours();
+    void showFleet(); // what the fleet's service tells of the shown configuration
+    void showStandingLines();
     void followStore(); // at each tick
     void takeOver();    // shows what others wrote
     void followSwitches(quint32 nmosOverride);
@@ -175,6 +177,7 @@ struct QCorvelPrivate {
 
     StoreWatch storeWatch;
     std::unique_ptr<Neighbours> neighbours;
+    QString neighbourLine, fleetLine;
     quint64 mark = 0;         // of what is shown, see storeNews
     quint32 nmosOverride = 0; // as last read or written
     bool takingOver = false;

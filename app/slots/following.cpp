@@ -60,6 +60,7 @@ void QCorvelPrivate::watchStore()
     const QFileInfo file(storePath());
     storeWatch.watch(file.path(), file.fileName());
     noteResult(storeObstacle(file.filePath()).isEmpty());
+    showFleet();
 }
 
 void QCorvelPrivate::noteStore()
@@ -72,8 +73,10 @@ void QCorvelPrivate::followStore()
 {
     if (fileWorkRuns || !storeWatch.tick())
         return;
-    if (storeWatch.takeFolderTouched())
+    if (storeWatch.takeFolderTouched()) {
         listConfigs();
+        showFleet();
+    }
     const StoreNews news = storeNews(&mark);
     if (news == StoreNews::Others) {
         takeOver();

@@ -89,7 +89,8 @@ void QCorvelPrivate::meetNeighbours()
         return;
     neighbours = std::make_unique<Neighbours>([this](int pid) {
         const QString text = QCorvel::tr("A second IP Video Setup (process %1) is open on this store");
-        showStanding(pid ? text.arg(pid) : QString());
+        neighbourLine = pid ? text.arg(pid) : QString();
+        showStandingLines();
         if (pid)
             ErrOut("a second dialog, process %d, is open on this store", pid);
         else
