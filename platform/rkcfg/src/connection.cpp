@@ -47,23 +47,6 @@ int primary(int code)
     return code & 0xFF;
 }
 
-// A path as a URI that no character of the path can break out of.
-std::string fileUri(const std::string &path, const char *query)
-{
-    static const char digits[] = "0123456789ABCDEF";
-    std::string uri("file:");
-    for (const char c : path) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool plain = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
-                           (byte >= '0' && byte <= '9') || byte == '/' || byte == '.' || byte == '-';
-        if (plain)
-            uri += c;
-        else
-            uri.append({'%', digits[byte >> 4], digits[byte & 15]});
-    }
-    return uri + query;
-}
-
 // With a log one sync at rkCFGSave is enough; without, each commit has to be whole by itself.
 const char *syncSetting(const Manner &manner)
 {

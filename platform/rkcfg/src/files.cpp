@@ -169,6 +169,22 @@ bool onNetwork(const std::string &folder)
     return std::find(std::begin(networkTypes), std::end(networkTypes), type) != std::end(networkTypes);
 }
 
+std::string fileUri(const std::string &path, const char *query)
+{
+    static const char digits[] = "0123456789ABCDEF";
+    std::string uri("file:");
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool plain = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+                           (byte >= '0' && byte <= '9') || byte == '/' || byte == '.' || byte == '-';
+        if (plain)
+            uri += c;
+        else
+            uri.append({'%', digits[byte >> 4], digits[byte & 15]});
+    }
+    return uri + query;
+}
+
 bool FolderLock::open(const std::string &folder)
 {
     const std::string path = folder + lockName;

@@ -57,6 +57,9 @@ bool readable(const std::string &path);
 bool syncFile(const std::string &path);
 bool syncFolder(const std::string &path);
 
+// A path as a URI that no character of the path can break out of.
+std::string fileUri(const std::string &path, const char *query);
+
 // Whether memory cannot be shared through a file of this directory with another machine's processes.
 bool onNetwork(const std::string &folder);
 
