@@ -56,7 +56,8 @@ void writeCase(QXmlStreamWriter &xml, const char *suite, const char *rule, const
         const bool failed = hasTrouble(findings);
         xml.writeStartElement(failed ? QStringLiteral("failure") : QStringLiteral("system-out"));
         if (failed)
-            xml.writeAttribute(QStringLiteral("message"), xmlText(findings.front().reason));
+            xml.writeAttribute(QStringLiteral("message"),
+                               QString::fromUtf8(printable(findings.front().reason)));
         xml.writeCharacters(xmlText(findingsText(findings)));
         xml.writeEndElement();
     }
