@@ -36,7 +36,7 @@ function(corvel_test_flags name)
   target_compile_options(${name} PRIVATE "$<$<CONFIG:Release,RelWithDebInfo>:-O1;-g1>")
 endfunction()
 
-# corvel_qt_part(RESULT targets...): the largest part of Qt that a program with these libraries sees.
+# corvel_qt_part(RESULT targets...): the part of Qt beside Core that a program with these libraries sees, Core if none.
 function(corvel_qt_part result)
   set(known "")
   set(left ${ARGN})
@@ -54,7 +54,7 @@ function(corvel_qt_part result)
     endif()
   endwhile()
   set(${result} Core PARENT_SCOPE)
-  foreach(part Gui Widgets)
+  foreach(part Network Gui Widgets)
     if("Qt5::${part}" IN_LIST known)
       set(${result} ${part} PARENT_SCOPE)
     endif()
