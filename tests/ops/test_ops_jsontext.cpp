@@ -7,6 +7,8 @@
 
 #include <random>
 
+#include <nlohmann/json.hpp>
+
 class TestJsonText : public QObject {
     Q_OBJECT
 
