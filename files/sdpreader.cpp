@@ -21,7 +21,7 @@ using std::string_view;
 const struct {
     string_view word;
     Element element;
-} mediaWords[] = {
+} kMediaWords[] = {
     {"video", Element::Video}, {"all", Element::Video}, {"audio", Element::Audio},
     {"text", Element::Anc},    {"data", Element::Anc},
 };
@@ -39,7 +39,7 @@ Part part(Field field, bool isString, SdpTick box)
 {
     Part made{field, isString, box, {}};
     for (const Side side : sideOrder())
-        made.lock[int(side)] = flowValueName(channelKey(Element::Video, side, field), 0);
+        made.lock[static_cast<int>(side)] = flowValueName(channelKey(Element::Video, side, field), 0);
     return made;
 }
 
@@ -101,8 +101,8 @@ QString fromUtf8(const std::string &text)
 {
     const bool ascii =
         std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-    return ascii ? QString::fromLatin1(text.data(), int(text.size()))
-                 : QString::fromUtf8(text.data(), int(text.size()));
+    return ascii ? QString::fromLatin1(text.data(), static_cast<int>(text.size()))
+                 : QString::fromUtf8(text.data(), static_cast<int>(text.size()));
 }
 
 bool isIpv4(string_view text)
@@ -208,7 +208,7 @@ void Reader::startBlock()
 // counted, not recognised. There is no upper bound either.
 void Reader::applyBlock()
 {
-    for (const auto &row : mediaWords) {
+    for (const auto &row : kMediaWords) {
         if (row.word != m_media)
             continue;
         const int flow = row.element == Element::Audio ? m_audioBlocks++ : 0;
@@ -238,7 +238,7 @@ void Reader::applySide(Element element, Side side, int flow)
             continue;
         const SdpTick box = element == Element::Video ? part.box : SdpTick::None;
         m_stores.append({flowValueName(channelKey(element, side, part.field), flow), part.isString,
-                         std::move(stored), part.lock[int(side)], box});
+                         std::move(stored), part.lock[static_cast<int>(side)], box});
     }
 }
 

@@ -57,7 +57,7 @@ const FlowLine receiveFlow[] = {
 };
 
 // The lines of a section in their order. The audio interfaces are those of video: deliberate.
-const WrittenLine writtenLines[] = {
+const WrittenLine kWrittenLines[] = {
     // key                        value                form
     {"nmosoverride",              nullptr,             Form::Zero,   nullptr},
     {"ClockGrandMaster",          nullptr,             Form::Text,   nullptr},
@@ -169,7 +169,7 @@ void Writer::value(const char *name, Form form, int channel)
 
 void Writer::line(string_view key, const char *name, Form form, int channel)
 {
-    m_text.append(key.data(), int(key.size()));
+    m_text.append(key.data(), static_cast<int>(key.size()));
     m_text += '=';
     value(name, form, channel);
     m_text += '\n';
@@ -190,7 +190,7 @@ void Writer::flows(const FlowLine *lines, int channel)
 void Writer::section(int channel)
 {
     m_text += "[channel" + QByteArray::number(channel) + "]\n";
-    for (const WrittenLine &row : writtenLines) {
+    for (const WrittenLine &row : kWrittenLines) {
         if (row.form == Form::Flows)
             flows(row.flows, channel);
         else
@@ -204,10 +204,10 @@ void assignUtf8(QString &out, string_view text)
 {
     if (!std::all_of(text.begin(), text.end(),
                      [](char c) { return isAscii(static_cast<unsigned char>(c)); })) {
-        out = QString::fromUtf8(text.data(), int(text.size()));
+        out = QString::fromUtf8(text.data(), static_cast<int>(text.size()));
         return;
     }
-    out.resize(int(text.size()));
+    out.resize(static_cast<int>(text.size()));
     std::transform(text.begin(), text.end(), out.begin(), [](char c) { return QLatin1Char(c); });
 }
 
@@ -284,7 +284,7 @@ SettingsReader::Result SettingsReader::feed(const QByteArray &line, SettingsValu
         return Result::Ignored;
     const size_t equals = text.find('=');
     if (equals == string_view::npos)
-        return section(QByteArray(text.data(), int(text.size())));
+        return section(QByteArray(text.data(), static_cast<int>(text.size())));
     const string_view key = text.substr(0, equals);
     if (m_current < 0) {
         m_leftOut.beforeSections += key != versionKey; // every file has this one

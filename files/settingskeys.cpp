@@ -24,7 +24,7 @@ const struct {
     const char *key;
     Kind kind;
     Place place;
-} acceptedKeys[] = {
+} kAcceptedKeys[] = {
     {"nmosoverride",               Kind::Global, Place::Whole},
     {"ClockGrandMaster",           Kind::Text,   Place::Whole},
     {"SfpTopIPAddress",            Kind::Text,   Place::Whole},
@@ -114,7 +114,7 @@ struct AcceptedKey {
 std::vector<AcceptedKey> makeAccepted()
 {
     std::vector<AcceptedKey> rows;
-    for (const auto &row : acceptedKeys) {
+    for (const auto &row : kAcceptedKeys) {
         rows.push_back({std::string(), QByteArray(row.key), row.kind, row.place == Place::Flow});
         lowerInto(rows.back().lowered, row.key);
     }
@@ -126,7 +126,7 @@ QByteArray lastCharacter(string_view key)
 {
     if (static_cast<unsigned char>(key.back()) < 0x80)
         return QByteArray(1, key.back());
-    const auto characters = QString::fromUtf8(key.data(), int(key.size())).toUcs4();
+    const auto characters = QString::fromUtf8(key.data(), static_cast<int>(key.size())).toUcs4();
     const uint last = characters.back();
     return QString::fromUcs4(&last, 1).toUtf8();
 }
@@ -159,7 +159,7 @@ UsualKeys makeUsualKeys()
     UsualKeys keys;
     std::string lowered;
     const auto add = [&](const std::string &key) { keys.emplace(key, meaningInTable(key, lowered)); };
-    for (const auto &row : acceptedKeys) {
+    for (const auto &row : kAcceptedKeys) {
         if (row.place == Place::Whole)
             add(row.key);
         for (char flow = '0'; row.place == Place::Flow && flow < '8'; ++flow)
