@@ -158,7 +158,8 @@ void addManyServersCommands(Command &app, Context &context)
     addCommand<DiffOptions>(app, context, "diff", "What differs between two servers",
                             "corvel-fleet diff lon-1 lon-2", declareDiff, diff);
     addCommand<SetOptions>(app, context, "set", "Change values on many servers",
-                           "corvel-fleet set 0/video tx.ttl=16 --where 'lon-*' --canary 3", declareSet, set);
+                           "corvel-fleet set 0/video tx.dst-port=5004 --where 'lon-*' --canary 3", declareSet,
+                           set);
     addCommand<CopyOptions>(app, context, "copy", "Give servers what another one has",
                             "corvel-fleet copy lon-1 server --where 'lon-*'", declareCopy, copy);
     addCommand<CheckOptions>(app, context, "check", "Look at the whole plant before it goes on air",
