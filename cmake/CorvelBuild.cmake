@@ -61,6 +61,9 @@ target_link_options(corvel_options INTERFACE -Wl,--enable-new-dtags -Wl,-z,relro
 if(CORVEL_SANITIZE)
   target_compile_options(corvel_options INTERFACE -fsanitize=${CORVEL_SANITIZE} -fno-omit-frame-pointer
     -fno-sanitize-recover=all)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU") # what the sanitizers insert hides from it that an optional is empty
+    target_compile_options(corvel_options INTERFACE -Wno-maybe-uninitialized)
+  endif()
   target_link_options(corvel_options INTERFACE -fsanitize=${CORVEL_SANITIZE})
 endif()
 
