@@ -92,6 +92,7 @@ public:
         if (m_store == nullptr)
             return 2;
         const uint32_t from = storedIn(m_store).one;
+        put(m_store, "two", from); // where the life before it ended between the two
         for (uint32_t count = from + 1; count <= from + steps; ++count)
             step(count);
         // As often as not it just ends.
