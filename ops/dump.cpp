@@ -17,6 +17,13 @@ namespace {
 constexpr char kFormat[] = "corvel-dump";
 constexpr int kVersion = 1;
 
+// No fuzzer would ever find the checksum of what it made up.
+#ifdef FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION
+constexpr bool kAnyChecksum = true;
+#else
+constexpr bool kAnyChecksum = false;
+#endif
+
 // The length goes before the bytes, so that no two lists of values give the same stream.
 void addBytes(QCryptographicHash &hash, const QByteArray &bytes)
 {
@@ -131,7 +138,8 @@ Outcome<Dump> Reader::finish(const Json &document)
                      document["configurations"].empty();
     if (!m_wrong.isEmpty() || !all)
         return wrong(m_wrong.isEmpty() ? QByteArray("a configuration that is none") : m_wrong);
-    if (!document.contains("sha256") || document["sha256"] != dumpChecksum(m_dump).toStdString())
+    const bool fits = document.contains("sha256") && document["sha256"] == dumpChecksum(m_dump).toStdString();
+    if (!fits && !kAnyChecksum)
         return wrong("the checksum does not fit: the file was changed or damaged after it was written");
     return std::move(m_dump);
 }

@@ -8,9 +8,12 @@
  *     N       the N-th one, of files whose path ends with SUFFIX
  *     KIND    an errno by its number; "short" (half of it), "skip" (nothing done, told as done), "slowMS"
  *     on      that one and all after it
+ *   CAMPAIGN_JOURNAL=FILE  see journal.h
  *   CAMPAIGN_COUNTS=FILE   how many calls of each sort there were, written at the program's end
  */
 #define _GNU_SOURCE
+#include "journal.h"
+
 #include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
@@ -167,7 +170,11 @@ static ssize_t transfer(enum Call call, long number, int fd, void *bytes, size_t
         return (ssize_t)size;
     if (fault == SHORT && size > 1)
         size /= 2;
-    return syscall(number, fd, bytes, size, at);
+    const uint64_t place = number == SYS_write ? (uint64_t)syscall(SYS_lseek, fd, 0, SEEK_CUR) : (uint64_t)at;
+    const ssize_t done = syscall(number, fd, bytes, size, at);
+    if (call == WRITE && done > 0)
+        journalWrite(fd, bytes, (size_t)done, place);
+    return done;
 }
 
 EXPORT ssize_t read(int fd, void *bytes, size_t size)
@@ -203,7 +210,14 @@ EXPORT ssize_t pwrite(int fd, const void *bytes, size_t size, off_t at)
 static int simple(enum Call call, long number, int fd, long argument)
 {
     const int fault = judgeFd(call, fd);
-    return fault == PASS || fault == SHORT ? (int)syscall(number, fd, argument) : fault == SKIP ? 0 : -1;
+    if (fault == SKIP || fault > 0)
+        return fault == SKIP ? 0 : -1;
+    const int result = (int)syscall(number, fd, argument);
+    if (result == 0 && (call == FSYNC || call == FDATASYNC))
+        journalSync(fd);
+    if (result == 0 && call == FTRUNCATE)
+        journalTruncate(fd, (uint64_t)argument);
+    return result;
 }
 
 EXPORT int fsync(int fd)
@@ -284,7 +298,15 @@ EXPORT ssize_t send(int fd, const void *bytes, size_t size, int flags)
 static int openAt(int folder, const char *path, int flags, int mode)
 {
     const int fault = judge(OPEN, path);
-    return fault > 0 ? -1 : (int)syscall(SYS_openat, folder, path, flags, mode);
+    if (fault > 0)
+        return -1;
+    const int made = (flags & O_CREAT) && syscall(SYS_faccessat, folder, path, F_OK) != 0;
+    const int fd = (int)syscall(SYS_openat, folder, path, flags, mode);
+    if (fd >= 0 && made)
+        journalNamed(path);
+    if (fd >= 0 && !made && (flags & O_TRUNC))
+        journalTruncate(fd, 0);
+    return fd;
 }
 
 #define MODE_OF(flags)                                                                                       \
@@ -323,25 +345,43 @@ static int named(enum Call call, const char *path)
 EXPORT int rename(const char *from, const char *to)
 {
     const int fault = named(RENAME, to);
-    return fault == PASS ? (int)syscall(SYS_rename, from, to) : fault == SKIP ? 0 : -1;
+    if (fault != PASS)
+        return fault == SKIP ? 0 : -1;
+    const int result = (int)syscall(SYS_rename, from, to);
+    if (result == 0)
+        journalRenamed(from, to);
+    return result;
 }
 
 EXPORT int renameat2(int fromFolder, const char *from, int toFolder, const char *to, unsigned flags)
 {
     const int fault = named(RENAME, to);
-    return fault == PASS   ? (int)syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags)
-           : fault == SKIP ? 0
-                           : -1;
+    if (fault != PASS)
+        return fault == SKIP ? 0 : -1;
+    const int result = (int)syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags);
+    if (result == 0)
+        journalRenamed(from, to);
+    return result;
 }
 
 EXPORT int link(const char *from, const char *to)
 {
     const int fault = named(LINK, to);
-    return fault == PASS ? (int)syscall(SYS_link, from, to) : fault == SKIP ? 0 : -1;
+    if (fault != PASS)
+        return fault == SKIP ? 0 : -1;
+    const int result = (int)syscall(SYS_link, from, to);
+    if (result == 0)
+        journalNamed(to);
+    return result;
 }
 
 EXPORT int unlink(const char *path)
 {
     const int fault = named(UNLINK, path);
-    return fault == PASS ? (int)syscall(SYS_unlink, path) : fault == SKIP ? 0 : -1;
+    if (fault != PASS)
+        return fault == SKIP ? 0 : -1;
+    const int result = (int)syscall(SYS_unlink, path);
+    if (result == 0)
+        journalUnnamed(path);
+    return result;
 }
