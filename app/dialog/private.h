@@ -116,6 +116,7 @@ struct QCorvelPrivate {
     void showStandingLines();
     void followStore(); // at each tick
     void takeOver();    // shows what others wrote
+    void followNode();  // shows the NMOS switches and settings that no load shows
     void followSwitches(quint32 nmosOverride);
     QString shownConfiguration() const; // empty where none is shown
     bool namesStore() const;            // the header shows the configuration that is written to
