@@ -125,7 +125,8 @@ struct QCorvelPrivate {
     void finishPort();
     void noteResult(bool stored); // of a write
     bool storeKept();             // what waits for the store; false while another program holds it still
-    void leaveKept();             // to the log, at the end
+    QString takeUpKept();         // at the start: from a run that ended before; returns what to tell of it
+    void leaveKept();             // at the end
     void watchTrouble();          // at each tick
     void loadNmosSwitches();
     void lockInterfaces();
