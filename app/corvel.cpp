@@ -25,6 +25,7 @@ static void initResources()
 namespace {
 
 constexpr int kPollIntervalMs = 10;
+constexpr int kTellSeconds = 10;
 
 } // namespace
 
@@ -50,6 +51,7 @@ QCorvel::~QCorvel()
     // Hiding the dialog moves the focus; no slot may run on a dialog that is going away.
     disconnectSignals();
     killTimer(timerId);
+    d->leaveKept();
     rkPTPEnd(hPTP);
     d->watches.clear();
     d->survivors->takeOver(this);
@@ -71,6 +73,7 @@ void QCorvel::init(bool standAlone)
 
     // The controls are sized by the factor, so it is needed before they are made.
     setFontFactor(qMax(1.0, scaleOf(this)));
+    const QString kept = d->takeUpKept();
     m_fontFamily = QApplication::font().family();
     initCtrls();
     d->connectButtons(); // after findConfigs, or filling the list would switch configurations
@@ -97,6 +100,8 @@ void QCorvel::init(bool standAlone)
     checkPTP();
     d->watchStore();
     d->meetNeighbours();
+    if (!kept.isEmpty())
+        d->tell(kept, kTellSeconds);
     timerId = startTimer(kPollIntervalMs, Qt::CoarseTimer);
     if (!m_pNmosOverride->isChecked())
         m_pSwapLayout->setCurrentIndex(1);

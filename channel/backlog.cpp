@@ -3,6 +3,7 @@
 
 #include "channel/channelstore.h"
 #include "channel/configurations.h"
+#include "channel/keptjournal.h"
 #include "rkcfg.h"
 
 #include <algorithm>
@@ -10,14 +11,12 @@
 
 namespace {
 
-struct Step {
-    QString configuration;
-    QVector<StoreChange> writes;
-};
+using Step = KeptWrites;
 
 struct Backlog {
     QVector<Step> steps;
     bool keeps = false; // the last step is being kept
+    KeptJournal journal;
 };
 
 Backlog &backlog()
@@ -84,6 +83,25 @@ auto nextStep()
                         [&inUse](const Step &step) { return step.configuration == inUse; });
 }
 
+// False while the store is held still.
+bool storeSteps(QVector<StoreChange> *left)
+{
+    while (nextStep() != backlog().steps.end()) {
+        StoreTransaction whole;
+        const auto step = nextStep(); // of the configuration that the transaction is in
+        if (!whole.isOpen())
+            return false;
+        if (step == backlog().steps.end())
+            break;
+        const QVector<StoreChange> others = storeStep(*step);
+        if (!whole.keep())
+            return false;
+        left->append(others);
+        backlog().steps.erase(step);
+    }
+    return true;
+}
+
 } // namespace
 
 KeptStep::KeptStep(const QString &configuration)
@@ -97,6 +115,8 @@ KeptStep::~KeptStep()
     backlog().keeps = false;
     if (backlog().steps.last().writes.isEmpty())
         backlog().steps.removeLast();
+    else
+        backlog().journal.save(backlog().steps);
 }
 
 bool writesAreKept()
@@ -148,20 +168,17 @@ bool backlogWaits()
     return nextStep() != backlog().steps.end();
 }
 
+int adoptBacklog()
+{
+    return backlog().journal.adopt(&backlog().steps);
+}
+
+// A step that is stored and still in the journal does no harm: stored once more, nothing changes.
 bool storeBacklog(QVector<StoreChange> *left)
 {
-    while (backlogWaits()) {
-        StoreTransaction whole;
-        const auto step = nextStep(); // of the configuration that the transaction is in
-        if (!whole.isOpen())
-            return false;
-        if (step == backlog().steps.end())
-            break;
-        const QVector<StoreChange> others = storeStep(*step);
-        if (!whole.keep())
-            return false;
-        left->append(others);
-        backlog().steps.erase(step);
-    }
-    return true;
+    const int before = backlog().steps.size();
+    const bool done = storeSteps(left);
+    if (backlog().steps.size() != before)
+        backlog().journal.save(backlog().steps);
+    return done;
 }

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // What could not be stored because another program held the store: kept in order, step by step, until it is
-// free. The functions of channelstore.h write into it while a KeptStep lives, and read what waits in it as if
-// it were stored. One for the whole process, as the default store is. User interface thread.
+// free, and in a file beside the store (keptjournal.h), so that it outlives the process. The functions of
+// channelstore.h write into it while a KeptStep lives, and read what waits in it as if it were stored. One
+// for the whole process, as the default store is. User interface thread.
 #ifndef CORVEL_BACKLOG_H
 #define CORVEL_BACKLOG_H
 
@@ -31,6 +32,9 @@ const StoreChange::Value *keptValue(const char *path, const char *name);
 // How many writes wait, for any configuration, and whether some do for the one in use.
 int backlogSize();
 bool backlogWaits();
+
+// Takes up what processes left that ended while the store was held. Returns how many writes that are.
+int adoptBacklog();
 
 // Stores what waits for the configuration in use, each step as one transaction. What somebody else changed
 // meanwhile stays as it is and is appended to `left`: before is what was there when it was kept, after what

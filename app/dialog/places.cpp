@@ -29,12 +29,14 @@ void QCorvelPrivate::go(const Place &place)
     q->m_pConfig->setCurrentIndex(q->m_pConfig->findData(place.configuration));
 }
 
-// Only what others changed: after "Save File" the box stays checked although the override has ended.
+// Only what others changed, and what another configuration has: after "Save File" the box stays checked
+// although the override has ended.
 void QCorvelPrivate::followSwitches(quint32 value)
 {
     const bool changed = value != nmosOverride;
+    const bool isOtherStore = takingOver || shown.configuration != shownConfiguration();
     nmosOverride = value;
-    if (!changed || !takingOver || view.held().contains(q->m_pNmosOverride))
+    if (!changed || !isOtherStore || view.held().contains(q->m_pNmosOverride))
         return;
     q->m_pNmosOverride->setChecked(value != 0);
     q->m_pSwapLayout->setCurrentIndex(value != 0 ? 0 : 1);

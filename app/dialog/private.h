@@ -116,6 +116,7 @@ struct QCorvelPrivate {
     void showStandingLines();
     void followStore(); // at each tick
     void takeOver();    // shows what others wrote
+    void followNode();  // shows the NMOS switches and settings that no load shows
     void followSwitches(quint32 nmosOverride);
     QString shownConfiguration() const; // empty where none is shown
     bool namesStore() const;            // the header shows the configuration that is written to
@@ -124,7 +125,8 @@ struct QCorvelPrivate {
     void finishPort();
     void noteResult(bool stored); // of a write
     bool storeKept();             // what waits for the store; false while another program holds it still
-    void leaveKept();             // to the log, at the end
+    QString takeUpKept();         // at the start: from a run that ended before; returns what to tell of it
+    void leaveKept();             // at the end
     void watchTrouble();          // at each tick
     void loadNmosSwitches();
     void lockInterfaces();

@@ -35,6 +35,7 @@ void QCorvel::onSetConfig()
     d->noteStore();
     d->watchStore();
     loadData();
+    d->followNode();
 }
 
 // Another program may have switched the configuration. Edits go to the one in use, so that is the one to be

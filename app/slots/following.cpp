@@ -39,16 +39,6 @@ void holdWhatIsInHand(QCorvelPrivate *d)
     }
 }
 
-void followLog(QCorvel *q)
-{
-    const bool on = globalDword(StorePath::Debug, MachineValue::NmosUseLog, q->bNmosUseLog) != 0;
-    if (on == q->bNmosUseLog)
-        return;
-    const SignalBracket bracket(q);
-    q->bNmosUseLog = on;
-    q->m_pNmosOutLog->setChecked(on);
-}
-
 } // namespace
 
 // ------------------------------------------------------------------------------------------------- watching
@@ -114,6 +104,19 @@ void QCorvelPrivate::listConfigs()
 // ------------------------------------------------------------------------------------------------ taking
 // over
 
+// What belongs to no channel. A load does not show it.
+void QCorvelPrivate::followNode()
+{
+    if (q->m_pNmosCfg->isVisible())
+        q->loadNmosCfg();
+    const bool on = globalDword(StorePath::Debug, MachineValue::NmosUseLog, q->bNmosUseLog) != 0;
+    if (on == q->bNmosUseLog)
+        return;
+    const SignalBracket bracket(q);
+    q->bNmosUseLog = on;
+    q->m_pNmosOutLog->setChecked(on);
+}
+
 void QCorvelPrivate::takeOver()
 {
     const SignalBracket bracket(q);
@@ -123,9 +126,7 @@ void QCorvelPrivate::takeOver()
     if (!namesStore())
         listConfigs();
     q->loadDataStandAlone();
-    followLog(q);
-    if (q->m_pNmosCfg->isVisible())
-        q->loadNmosCfg();
+    followNode();
     takingOver = false;
     view.held().putBack();
     if (outermost)

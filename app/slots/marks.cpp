@@ -144,6 +144,10 @@ void QCorvelPrivate::markFields()
 void QCorvelPrivate::tellStored(QWidget *field)
 {
     markFields();
-    if (QCorvel::isStandAlone() && isMarkedInvalid(field))
-        field->setToolTip(QCorvel::tr("%1\nStored is: %2").arg(field->toolTip(), storedIn(field)));
+    if (!QCorvel::isStandAlone() || !isMarkedInvalid(field))
+        return;
+    const QString stored = storedIn(field);
+    const QString words =
+        stored.isEmpty() ? QCorvel::tr("Nothing is stored") : QCorvel::tr("Stored is: %1").arg(stored);
+    field->setToolTip(field->toolTip() + QLatin1Char('\n') + words);
 }

@@ -130,6 +130,8 @@ void QCorvelPrivate::loadNmosSwitches()
             rkCFGValueDword(store, row.path, row.name, &value, 1);
             commitStore();
         }
+        if (const StoreChange::Value *kept = keptValue(row.path, row.name))
+            value = kept->number;
         row.box->setChecked(value != 0);
     }
     q->bNmosUseLog = q->m_pNmosOutLog->isChecked();

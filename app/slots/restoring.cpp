@@ -75,7 +75,10 @@ QString QCorvelPrivate::storedIn(const QWidget *control)
         return q->cfgValue(FirstChannelValue::NmosIp, true, 0);
     if (control == q->m_pEditGmId)
         return q->cfgValue(ChannelValue::ClockDomain, false, channel());
-    return q->cfgValue(ChannelValue::ClockGrandMaster, true, channel());
+    if (control == q->m_pEditGmAddress)
+        return q->cfgValue(ChannelValue::ClockGrandMaster, true, channel());
+    const auto *other = qobject_cast<const QLineEdit *>(control);
+    return other ? other->text() : QString(); // nothing is known of it, so it keeps what it shows
 }
 
 // Nothing is saved: the dialog's signals are disconnected.

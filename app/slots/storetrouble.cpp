@@ -24,6 +24,20 @@ QString told(const QString &path, const QString &obstacle)
     return QCorvel::tr("%1: %2; edits are not kept").arg(path, reason);
 }
 
+void logLeft(const QVector<StoreChange> &left)
+{
+    for (const StoreChange &write : left)
+        ErrOut("%s %s: changed by another program meanwhile, not stored", write.path.constData(),
+               write.name.constData());
+}
+
+QString toldOf(const QVector<StoreChange> &left)
+{
+    const StoreChange &first = left.first();
+    return QCorvel::tr("Changed by another program meanwhile and left so: %1")
+        .arg(ops::keysInWords(first.path, first.name, left.size() - 1));
+}
+
 } // namespace
 
 // A library that cannot tell of news need not give its results the meaning that ours has.
@@ -40,7 +54,7 @@ void QCorvelPrivate::noteResult(bool good)
 // not at all. A load that runs the event loop holds the store itself.
 void QCorvelPrivate::watchTrouble()
 {
-    const int between = backlogSize() > 0 ? kTicksBetweenTries : kTicksBetweenLooks;
+    const int between = backlogWaits() ? kTicksBetweenTries : kTicksBetweenLooks;
     if (steps > 0 || ticksOfTrouble == 0 || ticksOfTrouble++ % between != 0)
         return;
     const QString path = storePath();
@@ -52,7 +66,7 @@ void QCorvelPrivate::watchTrouble()
         showBar(told(path, obstacle));
         return;
     }
-    ticksOfTrouble = backlogSize() > 0 ? 1 : 0; // what is left waits for another configuration
+    ticksOfTrouble = 0; // what is left waits for another configuration
     if (notices.bar().isEmpty())
         return;
     showBar(QString());
@@ -66,21 +80,37 @@ bool QCorvelPrivate::storeKept()
     const bool done = storeBacklog(&left);
     if (left.isEmpty())
         return done;
-    for (const StoreChange &write : left)
-        ErrOut("%s %s: changed by another program meanwhile, not stored", write.path.constData(),
-               write.name.constData());
-    const StoreChange &first = left.first();
-    tell(QCorvel::tr("Changed by another program meanwhile and left so: %1")
-             .arg(ops::keysInWords(first.path, first.name, left.size() - 1)),
-         kTellSeconds);
+    logLeft(left);
+    tell(toldOf(left), kTellSeconds);
     showNews();
     return done;
 }
 
+// Nothing is shown yet.
+QString QCorvelPrivate::takeUpKept()
+{
+    if (!QCorvel::isStandAlone() || !storeHasTransactions())
+        return {};
+    const int values = adoptBacklog();
+    if (values == 0)
+        return {};
+    ErrOut("%d values waited for the store when the program was closed", values);
+    QVector<StoreChange> left;
+    storeBacklog(&left);
+    logLeft(left);
+    if (!left.isEmpty())
+        return toldOf(left);
+    return backlogWaits() ? QString() : QCorvel::tr("Stored now: what waited when the program was closed");
+}
+
+// Nobody is there to be told any more. What is held still waits in the journal.
 void QCorvelPrivate::leaveKept()
 {
-    if (!storeKept() || backlogSize() > 0)
-        ErrOut("%d values were not stored, another program held the store to the end", backlogSize());
+    QVector<StoreChange> left;
+    storeBacklog(&left);
+    logLeft(left);
+    if (backlogSize() > 0)
+        ErrOut("%d values wait for the next start, another program held the store to the end", backlogSize());
 }
 
 void QCorvelPrivate::meetNeighbours()

@@ -78,12 +78,12 @@ QString lockAllTip(QCorvelPrivate *d)
         return QCorvel::tr("Unlock all ten fields. No value changes");
     if (!QCorvel::isStandAlone())
         return QCorvel::tr(
-            "Lock all ten fields. Each is sent to the engine for every element and audio flow");
+            "Lock all ten fields.\nEach is sent to the engine for every element and audio flow");
     Overwritten count;
     for (const FieldStep &step : lockedCopyOrder())
         countField(d, d->networkField(step.side, step.field), count);
-    return QCorvel::tr("Lock all ten fields. The %1 addresses and ports shown are written to video, to each "
-                       "audio flow and to ancillary data of %2: %3 values, of which %4 are different now "
+    return QCorvel::tr("Lock all ten fields.\nThe %1 addresses and ports shown are written to video, to each "
+                       "audio flow\nand to ancillary data of %2: %3 values, of which %4 are different now "
                        "and are lost")
         .arg(lockedCopyOrder().size())
         .arg(q->m_pChannel->currentText())

@@ -53,6 +53,7 @@ private slots:
     void choosingSwitches();
     void aRefusedOneIsNotNamed();
     void whatWasTypedBeforeIsKept();
+    void theOverrideIsThatOfTheOther();
     void theChannelListStays();
     void anotherProgramSwitches();
     void anEmbeddedDialogHasNone();
@@ -170,6 +171,40 @@ void TestConfigs::whatWasTypedBeforeIsKept()
     m_dialog->m_pConfig->setCurrentIndex(m_dialog->m_pConfig->findText(QStringLiteral("studio")));
     tool({QStringLiteral("default"), before});
     QCOMPARE(snapshot().value(QStringLiteral("0:ReceiveSourcePort")), QStringLiteral("4242"));
+}
+
+// As after another program's switch: the box, the page and the log tell of the configuration that is shown.
+void TestConfigs::theOverrideIsThatOfTheOther()
+{
+    makeConfiguration("studio", QStringLiteral("239.2.2.2"));
+    tool({QStringLiteral("default"), QStringLiteral("studio")});
+    setGlobalDword(StorePath::AvHAL, MachineValue::NmosOverride, 1);
+    setGlobalDword(StorePath::Debug, MachineValue::NmosUseLog, 1);
+    put(0, FirstChannelValue::NmosDomain, QStringLiteral("studio.local"));
+    tool({QStringLiteral("default"), QStringLiteral("default")});
+    m_dialog = std::make_unique<QCorvel>(true, nullptr);
+    show(m_dialog.get());
+    QCOMPARE(m_dialog->m_pSwapLayout->currentIndex(), 1);
+    QTest::mouseClick(m_dialog->m_pOpenNmosCfg, Qt::LeftButton);
+
+    const auto choose = [this](Qt::Key key, const char *name) {
+        m_dialog->m_pConfig->setFocus();
+        QTest::keyClick(m_dialog->m_pConfig, key);
+        QCOMPARE(m_dialog->m_pConfig->currentText(), QLatin1String(name));
+    };
+    choose(Qt::Key_End, "studio");
+    QVERIFY(m_dialog->m_pNmosOverride->isChecked());
+    QCOMPARE(m_dialog->m_pSwapLayout->currentIndex(), 0);
+    QVERIFY(m_dialog->m_pNmosOutLog->isChecked());
+    QCOMPARE(m_dialog->m_pEditNmosDmn->text(), QStringLiteral("studio.local"));
+    choose(Qt::Key_Home, "default");
+    QVERIFY(!m_dialog->m_pNmosOverride->isChecked());
+    QCOMPARE(m_dialog->m_pSwapLayout->currentIndex(), 1);
+    QVERIFY(!m_dialog->m_pNmosOutLog->isChecked());
+    // Nothing of it is a change of the user's.
+    QVERIFY(!snapshot().contains(QStringLiteral("0:nmosoverride")));
+    choose(Qt::Key_End, "studio");
+    QVERIFY(!snapshot().contains(QStringLiteral("0:nmosoverride")));
 }
 
 void TestConfigs::theChannelListStays()

@@ -352,6 +352,10 @@ void TestTyping::anAbsentInterfaceIsMarked()
     QVERIFY(!isMarkedInvalid(m_dialog->m_pEditSndIFace));
     typeAddress(address, QStringLiteral("127.0.0.1"));
     QTRY_VERIFY(!isMarkedInvalid(address));
+    choose(m_dialog->m_pChannel, 3); // of which nothing is stored
+    typeAddress(address, QStringLiteral("203.0.113.9"));
+    QTRY_VERIFY(isMarkedInvalid(address));
+    QVERIFY2(tipOf(address).endsWith(QStringLiteral("\nNothing is stored")), qPrintable(address->toolTip()));
 }
 
 void TestTyping::aLoadMarks()

@@ -4,6 +4,7 @@
 #include "channel/storecalls.h"
 #include "support/filefixture.h"
 #include "support/otherprogram.h"
+#include "support/sleepcount.h"
 
 #include <QRandomGenerator>
 
@@ -21,6 +22,8 @@ constexpr int kSwitches = 50;
 // The port that the dialog edits; the other process has the send side to itself.
 constexpr char kOurs[] = "ReceiveDestinationPort";
 constexpr char kTheirs[] = "TransmitRemotePort";
+
+int weWait[2]; // a byte goes through when the dialog waits for the store
 
 // A process of its own that runs until it is let go.
 pid_t inParallel(const std::function<void()> &work)
@@ -185,26 +188,27 @@ void TestWriting::nodeSettingsLeaveWhatOthersWrote()
 void TestWriting::heldWritersAreWaitedFor()
 {
     int ready[2];
-    QCOMPARE(pipe(ready), 0);
+    QVERIFY(pipe(ready) == 0 && pipe(weWait) == 0);
     const pid_t other = inParallel([&ready] {
+        char byte = 1;
         rkCFGBegin(RKCFG_DEFAULT_STORE);
         put(0, kTheirs, 7001);
-        const char byte = 1;
-        if (write(ready[1], &byte, 1) != 1)
+        if (write(ready[1], &byte, 1) != 1 || read(weWait[0], &byte, 1) != 1)
             _exit(1);
-        usleep(100000);
         put(0, "TransmitSourcePort", 7002);
         rkCFGEnd(RKCFG_DEFAULT_STORE, 1);
     });
     char byte = 0;
     QCOMPARE(read(ready[0], &byte, 1), ssize_t(1));
+    SleepCount::whenWaiting = [] { QCOMPARE(write(weWait[1], "", 1), ssize_t(1)); };
     enterPort(m_dialog->m_pEditRecDstPort, QStringLiteral("5004"));
+    QVERIFY(!SleepCount::whenWaiting);
     waitFor(other);
     QCOMPARE(OtherProgram::stored(kOurs), QStringLiteral("5004"));
     QCOMPARE(OtherProgram::stored(kTheirs), QStringLiteral("7001"));
     QCOMPARE(OtherProgram::stored("TransmitSourcePort"), QStringLiteral("7002"));
-    close(ready[0]);
-    close(ready[1]);
+    for (const int end : {ready[0], ready[1], weWait[0], weWait[1]})
+        close(end);
 }
 
 // Two configurations that differ in all that an edit writes: a value that goes astray is one that changes.

@@ -10,16 +10,20 @@
 #include <ctime>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <utility>
 
 namespace SleepCount {
 
 constexpr int64_t mostMs = 1100; // that one call may wait for another process
 
 inline std::atomic<int64_t> sleptUs{0};
+inline void (*whenWaiting)() = nullptr; // called once, before the next sleep
 
 inline void sleep(int64_t microseconds)
 {
     sleptUs += microseconds;
+    if (void (*const call)() = std::exchange(whenWaiting, nullptr))
+        call();
     const timespec pause{time_t(microseconds / 1000000), long(microseconds % 1000000) * 1000};
     syscall(SYS_nanosleep, &pause, nullptr);
 }

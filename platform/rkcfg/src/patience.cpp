@@ -72,10 +72,19 @@ void Patience::begin(int64_t startMs)
 
 void Patience::ended(bool busy, bool writing, bool wrote)
 {
+    if (busy && deadline() != 0)
+        m_spentUntilMs = steadyMs() + callMs;
+    if (wrote)
+        m_spentUntilMs = 0;
     if (busy)
         m_lost = writing && m_lost != Lost::All ? Lost::Writing : Lost::All;
     else if (wrote || m_lost == Lost::All)
         m_lost = Lost::Nothing;
+}
+
+bool Patience::isSpent() const
+{
+    return steadyMs() < m_spentUntilMs;
 }
 
 } // namespace rkcfg

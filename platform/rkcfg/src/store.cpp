@@ -133,6 +133,8 @@ int Store::run(const std::string &what, const Operation &operation)
         m_connection.reset();
     }
     m_patience.ended(Result{code, {}}.busy(), m_writing, m_wrote);
+    if (code == SQLITE_OK && m_reportedHeld && !m_wrote)
+        return code; // what is held can be read: nothing new
     if (code == SQLITE_OK)
         return report(what, SQLITE_OK, {});
     report(what, code, m_connection ? m_connection->message(code) : sqlite3_errstr(code));
@@ -353,6 +355,7 @@ Journal Store::journalOf(const std::string &folder)
 // The same failure again is not told again until something worked.
 int Store::report(const std::string &what, int code, const std::string &text)
 {
+    m_reportedHeld = Result{code, {}}.busy();
     if (code == SQLITE_OK) {
         m_reported.clear();
         return code;

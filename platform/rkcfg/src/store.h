@@ -96,6 +96,7 @@ private:
     DefaultName m_defaultName;
     std::string m_folder;
     std::string m_reported;
+    bool m_reportedHeld = false; // it was that another process holds the store
     int m_fork = 0;           // the process that the connection belongs to
     bool m_suspect = false;   // something was found damaged: the next opening checks all of the file
     bool m_thorough = false;  // the present one was opened so

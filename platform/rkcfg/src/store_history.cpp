@@ -25,7 +25,7 @@ int Store::begin()
     m_transaction = std::move(shared);
     m_batchBefore = m_batch;
     m_poisoned = m_saveAtEnd = false;
-    return SQLITE_OK;
+    return report("beginning", SQLITE_OK, {});
 }
 
 int Store::end(bool keep)

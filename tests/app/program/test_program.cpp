@@ -6,6 +6,7 @@
 #include "app/program/map.h"
 #include "support/dialog.h"
 #include "support/snapshot.h"
+#include "support/storeholder.h"
 
 #include <memory>
 
@@ -44,6 +45,8 @@ private slots:
     void keyboardOnly();
     void simplePage();
     void killLosesNothing();
+    void closedWhileTheStoreIsHeld_data();
+    void closedWhileTheStoreIsHeld();
     void doneByKey();
     void secondRunShowsWhatTheFirstWrote();
     void escapeSavesNothingAndGoesOn();
@@ -182,6 +185,45 @@ void TestProgram::killLosesNothing()
                     .entryList({QStringLiteral("*corrupt*")})
                     .isEmpty());
     }
+}
+
+void TestProgram::closedWhileTheStoreIsHeld_data()
+{
+    QTest::addColumn<bool>("isKilled");
+    QTest::newRow("by Done") << false;
+    QTest::newRow("killed") << true;
+}
+
+// What could not be stored is stored by the next start.
+void TestProgram::closedWhileTheStoreIsHeld()
+{
+    QFETCH(const bool, isKilled);
+    overrideNmos();
+    const QDir folder(m_store->folder() + QStringLiteral("/corvel"));
+    const auto isKept = [&folder] {
+        return !folder.entryList({QStringLiteral(".corvel-kept-*")}, QDir::Files | QDir::Hidden).isEmpty();
+    };
+    {
+        Program program(*m_desktop);
+        QVERIFY(program.waitForWindow());
+        const StoreHolder holder([] {}, false);
+        const Map map;
+        QVERIFY(program.replace(map.of("m_pEditRecDstPort"), QStringLiteral("5004")));
+        QTRY_VERIFY_WITH_TIMEOUT(isKept(), kPatienceMs);
+        if (isKilled) {
+            program.process().kill();
+            QVERIFY(program.process().waitForFinished());
+        } else {
+            program.click(map.of("m_pCmdAccept"));
+            QCOMPARE(program.waitForEnd(), 0);
+        }
+        QCOMPARE(stored(0, "ReceiveDestinationPort"), QStringLiteral("absent"));
+    }
+    QVERIFY(isKept());
+    Program again(*m_desktop);
+    QVERIFY(again.waitForWindow());
+    QVERIFY_STORED(0, "ReceiveDestinationPort", "5004");
+    QVERIFY(!isKept());
 }
 
 void TestProgram::doneByKey()

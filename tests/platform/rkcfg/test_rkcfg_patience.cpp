@@ -44,6 +44,7 @@ private slots:
     void stuckRepairerAtTheStart();
     void stuckReaderAtTheStart();
     void stuckTransactionOfAnother();
+    void heldStoreIsToldOnce();
     void failingUnlock();
     void turnsCountAsWaiting();
 
@@ -182,6 +183,24 @@ void TestRkcfgPatience::stuckTransactionOfAnother()
     QCOMPARE(worker.ask("end 1"), QByteArray("0"));
     QCOMPARE(rkCFGBegin(store), 0);
     QCOMPARE(rkCFGEnd(store, 1), 0);
+}
+
+// However often it is tried, and although reading works in between.
+void TestRkcfgPatience::heldStoreIsToldOnce()
+{
+    Worker worker;
+    for (int turn = 0; turn < 2; ++turn) {
+        QCOMPARE(worker.ask("begin"), QByteArray("0"));
+        takeLog();
+        for (int i = 0; i < 5; ++i) {
+            QVERIFY(rkCFGBegin(store) != 0);
+            number("p", "n");
+        }
+        QCOMPARE(takeLog().size(), 1);
+        QCOMPARE(worker.ask("end 1"), QByteArray("0"));
+        QCOMPARE(rkCFGBegin(store), 0);
+        QCOMPARE(rkCFGEnd(store, 1), 0);
+    }
 }
 
 void TestRkcfgPatience::failingUnlock()

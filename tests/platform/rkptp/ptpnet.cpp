@@ -268,3 +268,18 @@ std::unique_ptr<Master> PtpNet::startMaster(const QString &near, unsigned domain
         qFatal("ptp4l does not answer at %s", qPrintable(socket));
     return std::make_unique<Master>(socket, domain, std::move(process));
 }
+
+std::unique_ptr<PtpNet> PtpNet::withOneLink()
+{
+    auto net = std::make_unique<PtpNet>();
+    net->addLink(QStringLiteral("v0"), 0);
+    return net;
+}
+
+std::unique_ptr<Master> PtpNet::activeMaster(unsigned domain, const QStringList &more)
+{
+    auto master =
+        startMaster(QStringLiteral("v0"), domain, QStringLiteral("001dc1.fffe.00000%1").arg(domain), more);
+    master->waitUntilActive();
+    return master;
+}

@@ -98,6 +98,11 @@ public:
     std::unique_ptr<Master> startMaster(const QString &near, unsigned domain, const QString &identity,
                                         const QStringList &more = {});
 
+    /* With the link "v0", number 0, which most tests of tools take. */
+    static std::unique_ptr<PtpNet> withOneLink();
+    /* A master at its far end that is heard already. The domain, below 10, is the end of its identity. */
+    std::unique_ptr<Master> activeMaster(unsigned domain, const QStringList &more = {});
+
 private:
     QStringList inFar(const QStringList &command) const;
 

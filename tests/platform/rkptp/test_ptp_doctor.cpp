@@ -35,17 +35,11 @@ class TestPtpDoctor : public QObject {
     std::unique_ptr<PtpNet> m_net;
 
 private slots:
-    void initTestCase()
-    {
-        m_net = std::make_unique<PtpNet>();
-        m_net->addLink(QStringLiteral("v0"), 0);
-    }
+    void initTestCase() { m_net = PtpNet::withOneLink(); }
 
     void aLockedClientIsSeen()
     {
-        const auto master = m_net->startMaster(QStringLiteral("v0"), 3, QStringLiteral("001dc1.fffe.000003"),
-                                               {QStringLiteral("--clockClass=6")});
-        master->waitUntilActive();
+        const auto master = m_net->activeMaster(3, {QStringLiteral("--clockClass=6")});
         const ToolResult text = corvelctl(QStringLiteral("ptp --interface 10.9.0.1 --domain 3 --wait 30"));
         QCOMPARE(text.code, 0);
         QVERIFY2(text.text.startsWith("state        locked"), text.text.constData());
@@ -65,9 +59,7 @@ private slots:
 
     void aHealthyClockHasNothingWrong()
     {
-        const auto master = m_net->startMaster(QStringLiteral("v0"), 4, QStringLiteral("001dc1.fffe.000004"),
-                                               {QStringLiteral("--clockClass=6")});
-        master->waitUntilActive();
+        const auto master = m_net->activeMaster(4, {QStringLiteral("--clockClass=6")});
         const ToolResult outcome =
             corvelctl(QStringLiteral("ptp doctor --interface 10.9.0.1 --domain 4 --wait 4"));
         QVERIFY2(outcome.text.isEmpty(), outcome.text.constData());
@@ -78,8 +70,7 @@ private slots:
     // A master that has no reference of its own is heard and followed, and told.
     void theQualityOfTheMasterIsTold()
     {
-        const auto master = m_net->startMaster(QStringLiteral("v0"), 5, QStringLiteral("001dc1.fffe.000005"));
-        master->waitUntilActive();
+        const auto master = m_net->activeMaster(5);
         const ToolResult outcome =
             corvelctl(QStringLiteral("--json ptp doctor --interface 10.9.0.1 --domain 5 --wait 4"));
         QCOMPARE(outcome.code, 1);
@@ -94,8 +85,7 @@ private slots:
 
     void theUsualMistakeIsTheDomain()
     {
-        const auto master = m_net->startMaster(QStringLiteral("v0"), 6, QStringLiteral("001dc1.fffe.000006"));
-        master->waitUntilActive();
+        const auto master = m_net->activeMaster(6);
         const ToolResult outcome =
             corvelctl(QStringLiteral("ptp doctor --interface 10.9.0.1 --domain 99 --wait 5"));
         QCOMPARE(outcome.code, 1);
@@ -126,9 +116,7 @@ private slots:
 
     void anotherGrandmasterThanWanted()
     {
-        const auto master = m_net->startMaster(QStringLiteral("v0"), 7, QStringLiteral("001dc1.fffe.000007"),
-                                               {QStringLiteral("--clockClass=6")});
-        master->waitUntilActive();
+        const auto master = m_net->activeMaster(7, {QStringLiteral("--clockClass=6")});
         const ToolResult outcome = corvelctl(QStringLiteral(
             "--json ptp doctor --interface 10.9.0.1 --domain 7 --gm 00-1D-C1-FF-FE-00-00-99 --wait 5"));
         QCOMPARE(outcome.code, 1);
@@ -138,8 +126,7 @@ private slots:
     // What the channel is set up for is what is looked at.
     void interfaceAndDomainComeFromTheChannel()
     {
-        const auto master = m_net->startMaster(QStringLiteral("v0"), 8, QStringLiteral("001dc1.fffe.000008"));
-        master->waitUntilActive();
+        const auto master = m_net->activeMaster(8);
         QCOMPARE(corvelctl(QStringLiteral("set 2/video rx.if=10.9.0.1 -q")).code, 0);
         QCOMPARE(corvelctl(QStringLiteral("set 2 domain=8 -q")).code, 0);
         const ToolResult outcome = corvelctl(QStringLiteral("ptp --channel 2 --wait 30"));

@@ -23,8 +23,7 @@ class TestPtpStatus : public QObject {
 private slots:
     void initTestCase()
     {
-        m_net = std::make_unique<PtpNet>();
-        m_net->addLink(QStringLiteral("v0"), 0);
+        m_net = PtpNet::withOneLink();
         runCommand(QStringLiteral("ip"),
                    QStringLiteral("link add bare0 type veth peer name bare1").split(QLatin1Char(' ')));
     }
@@ -32,14 +31,12 @@ private slots:
     // Announces come every two seconds where nobody has set anything else.
     void aMasterOfAnotherDomainIsFound()
     {
-        const auto master = m_net->startMaster(QStringLiteral("v0"), 0, QStringLiteral("001dc1.fffe.000001"),
-                                               {QStringLiteral("--logAnnounceInterval=1")});
-        master->waitUntilActive();
+        const auto master = m_net->activeMaster(0, {QStringLiteral("--logAnnounceInterval=1")});
         const ToolResult outcome = ptpstatus(QStringLiteral("-i v0 -d 127"));
         QCOMPARE(outcome.code, 1);
         QVERIFY2(outcome.text.startsWith("no master seen\n"), outcome.text.constData());
         QVERIFY2(outcome.text.contains(
-                     "master: domain 0, 00-1D-C1-FF-FE-00-00-01 on v0, priority 1/128, class 248, "
+                     "master: domain 0, 00-1D-C1-FF-FE-00-00-00 on v0, priority 1/128, class 248, "
                      "accuracy 0xfe, 0 steps away\n"),
                  outcome.text.constData());
         QVERIFY2(outcome.complaint.contains("no master heard on v0, domain 127, for ") &&
@@ -65,8 +62,7 @@ private slots:
 
     void jsonHoldsTheSame()
     {
-        const auto master = m_net->startMaster(QStringLiteral("v0"), 5, QStringLiteral("001dc1.fffe.000005"));
-        master->waitUntilActive();
+        const auto master = m_net->activeMaster(5);
         const ToolResult outcome = ptpstatus(QStringLiteral("--json --all --interface v0 --domain 5"));
         QCOMPARE(outcome.code, 0);
         QCOMPARE(outcome.text.count('\n'), 1);
