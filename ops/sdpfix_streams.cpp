@@ -305,7 +305,7 @@ void mediaClock(SdpFixer &fixer, SdpSection &section)
 }
 
 // clang-format off
-const SdpFixStep steps[] = {
+const SdpFixStep kSteps[] = {
     // name             whole              section
     {"media-word",      nullptr,           mediaWord},
     {"ttl",             sessionTimeToLive, timeToLive},
@@ -334,7 +334,7 @@ QByteArray fixedClock(const QByteArray &value)
 
 TableView<SdpFixStep> sdpStreamSteps()
 {
-    return {steps, sizeof steps / sizeof *steps};
+    return {kSteps, sizeof kSteps / sizeof *kSteps};
 }
 
 } // namespace ops
