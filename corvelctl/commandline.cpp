@@ -80,8 +80,12 @@ Argument Command::flag(const char *name, bool &value, const char *help)
 
 Command Command::add(const char *name, const char *does, const char *example)
 {
+    const CLI::App *program = m_app;
+    while (program->get_parent())
+        program = program->get_parent();
     CLI::App *command = m_app->add_subcommand(name, does);
-    command->footer(std::string("Example:\n  ") + example + "\n\nOptions of all commands: corvelctl --help");
+    command->footer(std::string("Example:\n  ") + example +
+                    "\n\nOptions of all commands: " + program->get_name() + " --help");
     return Command(*command);
 }
 
