@@ -27,6 +27,7 @@ LibraryCalls lookAll()
     look(calls.forEachNote, "rkCFGForEachNote");
     look(calls.deleteConfiguration, "rkCFGDelete");
     look(calls.renameConfiguration, "rkCFGRename");
+    look(calls.copyConfiguration, "rkCFGCopy");
     return calls;
 }
 

@@ -30,6 +30,7 @@ struct LibraryCalls {
     int (*forEachNote)(void *handle, const char *owner, StoreNoteVisitor visitor, void *context);
     int (*deleteConfiguration)(const char *utf8Name);
     int (*renameConfiguration)(const char *utf8Name, const char *newUtf8Name);
+    int (*copyConfiguration)(const char *utf8Name, const char *newUtf8Name);
 };
 
 const LibraryCalls &libraryCalls();

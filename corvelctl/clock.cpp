@@ -5,6 +5,7 @@
 #include "corvelctl/families.h"
 #include "corvelctl/findingsout.h"
 #include "corvelctl/ptpsight.h"
+#include "ops/batch.h"
 #include "ops/legs.h"
 #include "ops/vocabulary.h"
 
@@ -17,15 +18,32 @@ struct PtpOptions {
     int seconds = 8;
 };
 
+// What was typed and can be no address and no identity would only be waited for in vain.
+ops::Outcome<ops::Done> checkTyped(const PtpOptions &options)
+{
+    const auto interface = ops::fromWords(ops::Kind::Interface, bytes(options.interface));
+    if (!interface)
+        return ops::wrong("--interface: " + interface.failure().text);
+    const auto grandmaster = ops::fromWords(ops::Kind::GrandMaster, bytes(options.grandmaster));
+    return grandmaster ? ops::Outcome<ops::Done>(ops::Done())
+                       : ops::wrong("--gm: " + grandmaster.failure().text);
+}
+
 // What the channel is set up for, as far as the command line does not say otherwise.
 ops::Outcome<PtpWish> wishOf(const Context &context, const PtpOptions &options)
 {
+    const auto typed = checkTyped(options);
+    if (!typed)
+        return typed.failure();
     const auto store = context.open();
     if (!store)
         return store.failure();
-    const auto values = store->read(ops::channelPath(options.channel));
+    const auto values = store->read();
     if (!values)
         return values.failure();
+    const auto known = ops::checkChannel(options.channel, *values);
+    if (!known)
+        return known.failure();
     const QByteArray path = ops::channelPath(options.channel);
     const ops::Place video{options.channel, Element::Video, ops::kNoFlow, {}};
     PtpWish wish;

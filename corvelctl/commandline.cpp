@@ -3,6 +3,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <limits>
+
 Argument &Argument::required()
 {
     m_option->required();
@@ -11,8 +13,7 @@ Argument &Argument::required()
 
 Argument &Argument::positive()
 {
-    m_option->check(CLI::PositiveNumber);
-    return *this;
+    return within(1, std::numeric_limits<int>::max());
 }
 
 Argument &Argument::within(int least, int most)
@@ -24,6 +25,13 @@ Argument &Argument::within(int least, int most)
 Argument &Argument::oneOf(const std::vector<std::string> &words)
 {
     m_option->check(CLI::IsMember(words));
+    return *this;
+}
+
+Argument &Argument::notEmpty()
+{
+    m_option->check(
+        [](const std::string &value) { return std::string(value.empty() ? "an empty word" : ""); });
     return *this;
 }
 
@@ -72,8 +80,12 @@ Argument Command::flag(const char *name, bool &value, const char *help)
 
 Command Command::add(const char *name, const char *does, const char *example)
 {
+    const CLI::App *program = m_app;
+    while (program->get_parent())
+        program = program->get_parent();
     CLI::App *command = m_app->add_subcommand(name, does);
-    command->footer(std::string("Example:\n  ") + example);
+    command->footer(std::string("Example:\n  ") + example +
+                    "\n\nOptions of all commands: " + program->get_name() + " --help");
     return Command(*command);
 }
 

@@ -25,6 +25,7 @@ public:
     Argument &positive(); // a number above 0
     Argument &within(int least, int most);
     Argument &oneOf(const std::vector<std::string> &words);
+    Argument &notEmpty();    // a shell variable that was never set is a slip, not "left out"
     Argument &withCommas();  // several values in one word
     Argument &oneEachTime(); // so that other words may follow its value
     Argument &notTogetherWith(const Argument &other);

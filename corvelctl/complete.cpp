@@ -19,7 +19,9 @@ namespace {
 
 // What a word behind a command, or behind an option, is.
 enum class Wanted {
+    Nothing,
     File,
+    Path,
     Place,
     PlaceAndWord,
     Word,
@@ -36,21 +38,31 @@ const struct {
     const char *command;
     Wanted first, others;
 } kArguments[] = {
-    {"show", Wanted::Place, Wanted::Place},
+    {"show", Wanted::Place, Wanted::Nothing},
     {"get", Wanted::Place, Wanted::Word},
     {"set", Wanted::Place, Wanted::Assignment},
     {"unset", Wanted::Place, Wanted::Word},
-    {"history", Wanted::Place, Wanted::Place},
+    {"history", Wanted::Place, Wanted::Nothing},
     {"blame", Wanted::PlaceAndWord, Wanted::Word},
     {"copy", Wanted::Channel, Wanted::Channel},
-    {"flows", Wanted::Channel, Wanted::Channel},
+    {"flows", Wanted::Channel, Wanted::Nothing},
+    {"list", Wanted::Path, Wanted::Nothing},
     {"diff", Wanted::Operand, Wanted::Operand},
-    {"config copy", Wanted::Configuration, Wanted::Configuration},
-    {"config rename", Wanted::Configuration, Wanted::Configuration},
-    {"config delete", Wanted::Configuration, Wanted::Configuration},
-    {"config use", Wanted::Configuration, Wanted::Configuration},
+    {"dump", Wanted::File, Wanted::Nothing},
+    {"restore", Wanted::File, Wanted::Nothing},
+    {"ipp export", Wanted::File, Wanted::Nothing},
+    {"ipp import", Wanted::File, Wanted::Nothing},
+    {"ipp check", Wanted::File, Wanted::Nothing},
+    {"table export", Wanted::File, Wanted::Nothing},
+    {"table import", Wanted::File, Wanted::Nothing},
+    {"sdp check", Wanted::File, Wanted::File},
+    {"sdp fix", Wanted::File, Wanted::Nothing},
+    {"config copy", Wanted::Configuration, Wanted::Nothing},
+    {"config rename", Wanted::Configuration, Wanted::Nothing},
+    {"config delete", Wanted::Configuration, Wanted::Nothing},
+    {"config use", Wanted::Configuration, Wanted::Nothing},
     {"sdp load", Wanted::File, Wanted::Channel},
-    {"sdp write", Wanted::Place, Wanted::Place},
+    {"sdp write", Wanted::Place, Wanted::Nothing},
 };
 
 // Options whose values are known to the server. Those with a list of their own are asked themselves.
@@ -58,10 +70,15 @@ const struct {
     const char *option;
     Wanted value;
 } kValues[] = {
-    {"-c", Wanted::Configuration}, {"--config", Wanted::Configuration}, {"--interface", Wanted::Interface},
-    {"--of", Wanted::Channel},     {"--channel", Wanted::Channel},      {"--fields", Wanted::Field},
-    {"--step", Wanted::Step},
+    {"-c", Wanted::Configuration},      {"--config", Wanted::Configuration},
+    {"--interface", Wanted::Interface}, {"--of", Wanted::Channel},
+    {"--channel", Wanted::Channel},     {"--fields", Wanted::Field},
+    {"--step", Wanted::Step},           {"-o", Wanted::File},
+    {"--output", Wanted::File},
 };
+
+constexpr char kFullHd[] = "1920x";
+constexpr char kConfiguration[] = "config:";
 
 // Where the words lead: the command, and what stands behind it.
 struct Line {
@@ -146,9 +163,25 @@ QByteArrayList channelNumbers(const Context &context)
     return numbers;
 }
 
+// Those of the store, each once; they are in its order, so equal ones follow each other.
+QByteArrayList paths(const Context &context)
+{
+    const auto store = context.open();
+    const auto values = store ? store->read() : ops::Outcome<ops::Snapshot>(store.failure());
+    QByteArrayList found;
+    for (const ops::Row &row : values ? values->rows() : std::vector<ops::Row>()) {
+        if (found.isEmpty() || found.last() != row.path)
+            found.append(row.path);
+    }
+    return found;
+}
+
+// A path only when it is begun: nobody looks for one among the channels.
 QByteArrayList places(const Context &context, const QByteArray &current)
 {
     QByteArrayList found;
+    if (!current.isEmpty() && !QByteArray("0123456789*").contains(current[0]))
+        return paths(context) << "server";
     const int slash = current.indexOf('/');
     if (slash < 0) {
         found = channelNumbers(context);
@@ -215,8 +248,11 @@ QByteArrayList valuesOf(const ops::Place &place, const QByteArray &current)
     const QByteArray before = current.left(std::max(equals, comma) + 1);
     QByteArrayList found;
     for (const QByteArray &word :
-         known->kind == ops::Kind::Interface ? interfaceAddresses() : ops::wordsOf(known->kind))
+         known->kind == ops::Kind::Interface ? interfaceAddresses() : ops::wordsOf(known->kind)) {
         found.append(before + word);
+        if (known->kind == ops::Kind::Format && word.startsWith(kFullHd) && current.size() > before.size())
+            found.append(before + word.mid(qstrlen(kFullHd))); // "1080p50", for those who begin like this
+    }
     return found;
 }
 
@@ -233,12 +269,24 @@ QByteArrayList assignments(const Line &line)
     return found;
 }
 
+QByteArrayList operands(const Line &line, const Context &context)
+{
+    QByteArrayList found{"store"};
+    const bool named = line.current.startsWith(kConfiguration);
+    for (const QByteArray &name : ops::configurationNames())
+        found.append(named ? kConfiguration + name : name);
+    return found + channelNumbers(context);
+}
+
 QByteArrayList wanted(const Line &line, const Context &context, Wanted what)
 {
     const auto place = placeOf(line);
     switch (what) {
+    case Wanted::Nothing:
     case Wanted::File:
         return {};
+    case Wanted::Path:
+        return paths(context);
     case Wanted::Place:
         return places(context, line.current);
     case Wanted::PlaceAndWord:
@@ -258,7 +306,7 @@ QByteArrayList wanted(const Line &line, const Context &context, Wanted what)
     case Wanted::Step:
         return fieldWords(line.current, true);
     case Wanted::Operand:
-        return QByteArrayList{"store"} + ops::configurationNames() + channelNumbers(context);
+        return operands(line, context);
     }
     return {};
 }
@@ -290,40 +338,69 @@ QByteArrayList listedValues(const Line &line)
     return from >= 0 && to > from ? type.mid(from + 1, to - from - 1).split(',') : QByteArrayList();
 }
 
-QByteArrayList optionValues(const Line &line, const Context &context)
+Wanted optionWants(const QByteArray &option)
 {
     for (const auto &row : kValues) {
-        if (line.option == row.option)
-            return wanted(line, context, row.value);
+        if (option == row.option)
+            return row.value;
     }
-    return listedValues(line);
+    return Wanted::Nothing;
 }
 
-QByteArrayList candidates(const CLI::App &app, const Context &context, const Line &line)
+Offered valuesOfOption(const Line &line, const Context &context)
 {
-    if (!line.option.isEmpty())
-        return optionValues(line, context);
-    if (line.current.startsWith('-'))
-        return optionsOf(*line.command) + (line.command == &app ? QByteArrayList() : optionsOf(app));
-    QByteArrayList found;
+    const Wanted what = optionWants(line.option);
+    return {what == Wanted::Nothing ? listedValues(line) : wanted(line, context, what), what == Wanted::File};
+}
+
+// "--side=t" completes to "--side=tx".
+Offered valuesBehindEquals(Line line, const Context &context)
+{
+    const QByteArray before = line.current.left(line.current.indexOf('=') + 1);
+    line.option = before.chopped(1);
+    line.current.remove(0, before.size());
+    Offered found = valuesOfOption(line, context);
+    for (QByteArray &word : found.words)
+        word.prepend(before);
+    return found;
+}
+
+Offered argumentsOf(const Line &line, const Context &context)
+{
+    Offered found;
     if (line.arguments.isEmpty())
-        found = commandsOf(*line.command);
+        found.words = commandsOf(*line.command);
     for (const auto &row : kArguments) {
-        if (line.path == row.command)
-            found += wanted(line, context, line.arguments.isEmpty() ? row.first : row.others);
+        if (line.path != row.command)
+            continue;
+        const Wanted what = line.arguments.isEmpty() ? row.first : row.others;
+        found.words += wanted(line, context, what);
+        found.files = what == Wanted::File || what == Wanted::Operand;
     }
     return found;
 }
 
+Offered candidates(const CLI::App &app, const Context &context, const Line &line)
+{
+    if (!line.option.isEmpty())
+        return valuesOfOption(line, context);
+    if (line.current.startsWith("--") && line.current.contains('='))
+        return valuesBehindEquals(line, context);
+    if (line.current.startsWith('-'))
+        return {optionsOf(*line.command) + (line.command == &app ? QByteArrayList() : optionsOf(app)), false};
+    return argumentsOf(line, context);
+}
+
 } // namespace
 
-QByteArrayList completions(const CLI::App &app, Context &context, const QByteArrayList &words)
+Offered completions(const CLI::App &app, Context &context, const QByteArrayList &words)
 {
     const Line line = readLine(app, context, words);
-    QByteArrayList found;
-    for (const QByteArray &candidate : candidates(app, context, line)) {
-        if (candidate.startsWith(line.current) && !found.contains(candidate))
-            found.append(candidate);
+    const Offered all = candidates(app, context, line);
+    Offered found{{}, all.files};
+    for (const QByteArray &candidate : all.words) {
+        if (candidate.startsWith(line.current) && !found.words.contains(candidate))
+            found.words.append(candidate);
     }
     return found;
 }

@@ -178,7 +178,7 @@ int restore(Context &context, const RestoreOptions &options)
 void declareRestore(Command &command, RestoreOptions &options)
 {
     command.option("file", options.file, "A dump, or - for standard input").required();
-    command.option("--from", options.from, "This configuration of a dump that holds several");
+    command.option("--from", options.from, "This configuration of a dump that holds several").notEmpty();
     command.flag("--all", options.all, "Every configuration of the dump, each to its own name");
 }
 

@@ -33,7 +33,7 @@ int show(Context &context, const ShowOptions &options)
                 return context.usage("the server has no channel " + QByteArray::number(place.channel));
         }
         for (const ops::Place &place : *places)
-            showPlace(context.out, values, place);
+            showPlace(context.out, values, place, places->size() > 1);
         return Done;
     });
 }

@@ -4,7 +4,8 @@
 #include "corvelctl/context.h"
 #include "corvelctl/families.h"
 #include "corvelctl/options.h"
-#include "ops/suggest.h"
+#include "corvelctl/wronguse.h"
+#include "ops/shellwords.h"
 
 #include <QTextCodec>
 
@@ -22,8 +23,9 @@ constexpr char kFooter[] =
 
 void addOptions(CLI::App &app, Context &context)
 {
-    app.add_option("-c,--config", context.configuration,
-                   "Work on this configuration; the server keeps its own");
+    Argument(app.add_option("-c,--config", context.configuration,
+                            "Work on this configuration; the server keeps its own"))
+        .notEmpty();
     addCommonOptions(app, context);
     app.add_flag("--fail-if-none", context.failIfNone, "Exit status 5 when there is nothing to do");
 }
@@ -44,52 +46,6 @@ void addFamilies(Command app, Context &context)
     addFleetCommand(app, context);
 }
 
-QByteArrayList commandNames(const CLI::App &app)
-{
-    QByteArrayList names;
-    for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; }))
-        names.append(bytes(command->get_name()));
-    return names;
-}
-
-// The words that are no options and no values of options: commands, then their arguments.
-QByteArrayList plainWords(int argc, char **argv)
-{
-    QByteArrayList words;
-    for (int at = 1; at < argc; ++at) {
-        const QByteArray word = argv[at];
-        if (word == "-c" || word == "--config")
-            ++at;
-        else if (!word.startsWith('-'))
-            words.append(word);
-    }
-    return words;
-}
-
-// A word where a command has to stand, and is none: what may have been meant. Empty when all are known.
-QByteArray unknownCommand(const CLI::App &app, const QByteArrayList &words)
-{
-    const CLI::App *at = &app;
-    for (const QByteArray &word : words) {
-        const QByteArrayList names = commandNames(*at);
-        if (names.isEmpty())
-            break;
-        if (!names.contains(word) && at->get_require_subcommand_min() > 0)
-            return "no command \"" + word.left(80) + '"' + ops::didYouMean(word, names);
-        if (!names.contains(word))
-            break;
-        at = at->get_subcommand(word.toStdString());
-    }
-    return QByteArray();
-}
-
-int wrongUse(const CLI::App &app, const CLI::ParseError &error, int argc, char **argv)
-{
-    const QByteArray unknown = unknownCommand(app, plainWords(argc, argv));
-    Output::error(unknown.isEmpty() ? QByteArray(error.what()) : unknown);
-    return Usage;
-}
-
 // What a group of commands shows as its example is its first command's.
 void giveExamples(CLI::App &app)
 {
@@ -108,7 +64,8 @@ int run(CLI::App &app, Context &context, int argc, char **argv)
         app.exit(wanted);
         return context.out.finish() ? Done : StoreFailed;
     } catch (const CLI::ParseError &error) {
-        return wrongUse(app, error, argc, argv);
+        Output::error(wrongUse(app, error, argc, argv));
+        return Usage;
     }
     if (context.out.finish())
         return context.exit;
@@ -116,21 +73,38 @@ int run(CLI::App &app, Context &context, int argc, char **argv)
     return StoreFailed;
 }
 
-// "__complete" and the words so far; before everything else, as they are no words of ours yet.
+int offer(Context &context, const Offered &offered)
+{
+    for (const QByteArray &word : offered.words)
+        context.out.line(word);
+    if (!context.out.finish())
+        return StoreFailed;
+    return offered.files ? Found : Done;
+}
+
+// Before everything else, as the words behind it are none of ours yet.
 int complete(const CLI::App &app, Context &context, int argc, char **argv)
 {
     QByteArrayList words;
     for (int at = 2; at < argc; ++at)
         words.append(argv[at]);
-    for (const QByteArray &candidate : completions(app, context, words))
-        context.out.line(candidate);
-    return context.out.finish() ? Done : StoreFailed;
+    return offer(context, completions(app, context, words));
+}
+
+int completeForBash(const CLI::App &app, Context &context, int argc, char **argv)
+{
+    const ops::TypedLine line = ops::typedLine(argc > 2 ? argv[2] : "", argc > 3 ? argv[3] : "=:");
+    Offered offered = completions(app, context, line.words);
+    for (QByteArray &word : offered.words)
+        word = ops::spelled(word, line);
+    return offer(context, offered);
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
+    guardStandardStreams();
     // Names of files and configurations are bytes, whatever the locale: Latin-1 takes each as it is.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
     CLI::App app(kAbout, "corvelctl");
@@ -142,7 +116,10 @@ int main(int argc, char **argv)
     addFamilies(Command(app), context);
     giveExamples(app);
     app.footer(kFooter); // after the others, which would inherit it
-    if (argc > 1 && qstrcmp(argv[1], "__complete") == 0)
+    const QByteArray first(argc > 1 ? argv[1] : "");
+    if (first == "__complete")
         return complete(app, context, argc, argv);
+    if (first == "__complete_bash")
+        return completeForBash(app, context, argc, argv);
     return run(app, context, argc, argv);
 }

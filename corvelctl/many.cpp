@@ -20,13 +20,16 @@ QByteArrayList listOf(const std::vector<std::string> &words)
 // The channels of a text, all of them offered by the server.
 ops::Outcome<std::vector<int>> channelsOf(const std::string &text, const ops::Snapshot &snapshot)
 {
-    const auto places = ops::placesOf(bytes(text), ops::Rules(), snapshot);
+    const int count = ops::channelCount(snapshot);
+    const auto places = ops::parsePlaces(bytes(text), count);
     if (!places)
         return places.failure();
     std::vector<int> channels;
     for (const ops::Place &place : *places) {
         if (place.channel < 0 || place.element)
             return ops::wrong("channels are needed, such as 0 or 1-7");
+        if (place.channel >= count)
+            return ops::wrong(ops::noSuchChannel(place.channel, count));
         channels.push_back(place.channel);
     }
     return channels;
@@ -135,13 +138,15 @@ int importFile(Context &context, const TableOptions &options)
         return trouble;
     const bool dry = !options.apply || context.dryRun;
     context.dryRun = dry;
+    bool changes = false;
     const auto fill = [&](ops::Draft &draft) {
         const bool fits = ops::importTable(*text, options.force, draft).isEmpty();
+        changes = !draft.changes().empty();
         return fits ? ops::Outcome<ops::Done>(ops::Done())
                     : ops::wrong("the server has other channels by now; nothing was changed");
     };
     const int code = applyDraft(context, fileLabel("table import", bytes(options.file)), Ask::Never, fill);
-    if (code == Done && dry)
+    if (code == Done && dry && changes)
         context.out.note("nothing was changed; --apply does it");
     return code;
 }

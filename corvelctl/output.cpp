@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
@@ -84,6 +85,14 @@ void Output::error(const QByteArray &message)
     fflush(stdout); // in the order in which things happened
     const QByteArray line = "corvelctl: " + printable(message) + '\n';
     fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+}
+
+void guardStandardStreams()
+{
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        if (fcntl(stream, F_GETFD) < 0)
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY); // takes the lowest free number
+    }
 }
 
 QByteArrayList aligned(const std::vector<QByteArrayList> &rows)

@@ -60,6 +60,11 @@ private:
     bool m_open = false;
 };
 
+// A standard stream that is closed would lend its number to the next file that is opened, and what is meant
+// for it would end in there. So the number is taken, by something that refuses whatever is asked of the
+// stream.
+void guardStandardStreams();
+
 // Lines with their columns aligned, two blanks between; the first row is the head.
 QByteArrayList aligned(const std::vector<QByteArrayList> &rows);
 

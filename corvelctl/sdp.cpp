@@ -4,6 +4,7 @@
 #include "corvelctl/changes.h"
 #include "corvelctl/families.h"
 #include "corvelctl/findingsout.h"
+#include "ops/batch.h"
 #include "ops/inputfile.h"
 #include "ops/sdpdescribe.h"
 #include "ops/sdpfix.h"
@@ -42,9 +43,12 @@ ops::Outcome<ops::SdpFacts> factsOf(const Context &context, const FactOptions &o
     if (!store)
         return store.failure();
     const QByteArray path = ops::channelPath(options.channel);
-    const auto snapshot = store->read(path);
+    const auto snapshot = store->read();
     if (!snapshot)
         return snapshot.failure();
+    const auto known = ops::checkChannel(options.channel, *snapshot);
+    if (!known)
+        return known.failure();
     const VideoFormat *format = findVideoFormat(snapshot->number(path, ChannelValue::SignalFormat));
     const ChannelKey *count = findChannelKey(Element::Audio, Side::Send, Field::Channels);
     facts.interlaced = facts.interlaced || (format && ops::isInterlaced(*format));
@@ -222,6 +226,9 @@ int load(Context &context, const LoadOptions &options)
     context.out.note(counted(static_cast<std::size_t>(alone.values), "value") +
                      " in the text; locks of the dialog do not hold here");
     const auto plan = [&](const ops::Snapshot &now) -> ops::Outcome<ops::Changes> {
+        const auto known = ops::checkChannel(options.channel, now);
+        if (!known)
+            return known.failure();
         return ops::planSdpLoad(*text, now, options.channel).changes;
     };
     return applyPlan(context, *store, plan, fileLabel("Load File", bytes(options.file)));
@@ -270,9 +277,12 @@ int write(Context &context, const WriteOptions &options)
     const auto store = context.open();
     if (!store)
         return context.fail(store.failure());
-    const auto snapshot = store->read(ops::channelPath(place->channel));
+    const auto snapshot = store->read();
     if (!snapshot)
         return context.fail(snapshot.failure());
+    const auto known = ops::checkChannel(place->channel, *snapshot);
+    if (!known)
+        return context.fail(known.failure());
     const ops::SdpDescription wanted{!options.noClock, options.flows, rkOSGetMicro()};
     return writePair(context, options, ops::describeChannel(*snapshot, *place, wanted));
 }

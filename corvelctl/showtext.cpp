@@ -70,11 +70,11 @@ QByteArrayList tableRow(const ops::Snapshot &snapshot, int channel)
             QByteArray::number(ops::flowCount(snapshot, channel))};
 }
 
-void showLegs(Output &out, const ops::Snapshot &snapshot, const ops::Place &place)
+void showLegs(Output &out, const ops::Snapshot &snapshot, const ops::Place &place, const QByteArray &name)
 {
-    const QByteArray head = ops::elementText(place).leftJustified(9);
+    const QByteArray head = name.leftJustified(9);
     out.line(head + " receives  " + printable(ops::legText(ops::legOf(snapshot, place, Side::Receive))));
-    out.line(QByteArray(9, ' ') + " sends     " +
+    out.line(QByteArray(head.size(), ' ') + " sends     " +
              printable(ops::legText(ops::legOf(snapshot, place, Side::Send))));
 }
 
@@ -90,7 +90,7 @@ void showChannel(Output &out, const ops::Snapshot &snapshot, int channel)
              wordValue(snapshot, audio, "rx.ptime") + " us received, " +
              wordValue(snapshot, audio, "tx.ptime") + " us sent");
     for (const ops::Place &element : ops::elementsOf(snapshot, channel))
-        showLegs(out, snapshot, element);
+        showLegs(out, snapshot, element, ops::elementText(element));
 }
 
 // The flows of "2/audio", or the one place that was named.
@@ -132,7 +132,7 @@ void showTable(Output &out, const ops::Snapshot &snapshot)
         out.line(line);
 }
 
-void showPlace(Output &out, const ops::Snapshot &snapshot, const ops::Place &place)
+void showPlace(Output &out, const ops::Snapshot &snapshot, const ops::Place &place, bool several)
 {
     if (place.channel < 0) {
         showWords(out, snapshot, place);
@@ -143,7 +143,7 @@ void showPlace(Output &out, const ops::Snapshot &snapshot, const ops::Place &pla
     } else {
         for (const ops::Place &element : elementsAt(snapshot, place)) {
             out.item([&] { return elementItem(snapshot, element); });
-            showLegs(out, snapshot, element);
+            showLegs(out, snapshot, element, several ? ops::placeText(element) : ops::elementText(element));
         }
     }
 }

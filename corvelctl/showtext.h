@@ -11,7 +11,8 @@
 // All channels, one per line.
 void showTable(Output &out, const ops::Snapshot &snapshot);
 
-// A channel, an element, a flow, the server, or the values of a path.
-void showPlace(Output &out, const ops::Snapshot &snapshot, const ops::Place &place);
+// A channel, an element, a flow, the server, or the values of a path. Of several places, each says its
+// channel.
+void showPlace(Output &out, const ops::Snapshot &snapshot, const ops::Place &place, bool several);
 
 #endif

@@ -21,13 +21,13 @@ struct HistoryOptions {
     bool all = false;
 };
 
-// True when a change belongs to what the user named; everything does when nothing was named.
+// True when a change belongs to what the user named.
 bool concerns(const ops::Change &change, const QByteArray &place)
 {
     const QByteArray key = ops::keyInWords(change.path, change.name);
     const bool whole =
         key.startsWith(place) && (key.size() == place.size() || QByteArray(" /").contains(key[place.size()]));
-    return place.isEmpty() || whole || ops::comparePaths(change.path, place) == 0;
+    return whole || ops::comparePaths(change.path, place) == 0;
 }
 
 void onlyConcerned(std::vector<ops::Batch> &batches, const QByteArray &place)
@@ -54,10 +54,14 @@ int withHistory(const Context &context, std::size_t most, const Work &work)
 
 int history(Context &context, const HistoryOptions &options)
 {
+    const auto place = options.place.empty() ? ops::Place() : ops::parsePlace(bytes(options.place));
+    if (!place)
+        return context.fail(place.failure());
     const std::size_t most = options.all ? kAll : static_cast<std::size_t>(options.most);
     return withHistory(context, options.place.empty() ? most : kAll,
                        [&](const ops::Store &, std::vector<ops::Batch> &batches) -> int {
-                           onlyConcerned(batches, bytes(options.place));
+                           if (!options.place.empty())
+                               onlyConcerned(batches, ops::placeText(*place));
                            if (batches.empty())
                                return context.nothing("no changes are recorded");
                            for (std::size_t at = 0; at < std::min(most, batches.size()); ++at)
@@ -69,8 +73,9 @@ int history(Context &context, const HistoryOptions &options)
 void declareHistory(Command &command, HistoryOptions &options)
 {
     command.option("place", options.place, "Only changes of this channel, element, flow or key path");
-    command.option("--most", options.most, "So many batches, 20 when left out").positive();
-    command.flag("--all", options.all, "All that is recorded");
+    const Argument most =
+        command.option("--most", options.most, "So many batches, 20 when left out").positive();
+    command.flag("--all", options.all, "All that is recorded").notTogetherWith(most);
     command.flag("--values", options.values, "Every change of every batch");
 }
 
@@ -117,34 +122,39 @@ ops::Outcome<ops::TakeBackPlan> planned(const ops::Store &store, const Chosen &b
     return ops::planTakeBack(*now, batches, force);
 }
 
-int takeBack(Context &context, ops::Store &store, const Chosen &batches, bool force, const char *verb)
+// The verb, and what it did.
+struct Deed {
+    const char *verb, *done;
+};
+
+int takeBack(Context &context, ops::Store &store, const Chosen &batches, bool force, const Deed &deed)
 {
     const auto plan =
-        context.dryRun ? planned(store, batches, force) : ops::takeBack(store, batches, force, verb);
+        context.dryRun ? planned(store, batches, force) : ops::takeBack(store, batches, force, deed.verb);
     if (!plan)
         return context.fail(plan.failure());
     printChanges(context.out, plan->changes);
     tellConflicts(*plan, force);
     const int code = plan->conflicts.empty() || force ? Done : Partly;
     if (plan->changes.empty())
-        return code == Done ? context.nothing(QByteArray("nothing to ") + verb) : code;
-    context.out.note(counted(plan->changes.size(), "value") +
-                     (context.dryRun ? " would be taken back" : " taken back"));
+        return code == Done ? context.nothing(QByteArray("nothing to ") + deed.verb) : code;
+    context.out.note(counted(plan->changes.size(), "value") + (context.dryRun ? " would be " : " ") +
+                     deed.done);
     return code;
 }
 
 template<class Choose>
-int run(Context &context, const UndoOptions &options, const char *verb, const Choose &choose)
+int run(Context &context, const UndoOptions &options, const Deed &deed, const Choose &choose)
 {
     return withHistory(context, kAll, [&](ops::Store &store, const std::vector<ops::Batch> &batches) -> int {
         const ops::Outcome<Chosen> chosen = choose(batches);
         if (!chosen)
             return context.fail(chosen.failure());
         if (chosen->empty())
-            return context.nothing(QByteArray("nothing to ") + verb);
+            return context.nothing(QByteArray("nothing to ") + deed.verb);
         for (const ops::Batch *batch : *chosen)
-            context.out.note(verb + (' ' + batchTitle(*batch)));
-        return takeBack(context, store, *chosen, options.force, verb);
+            context.out.note(deed.verb + (' ' + batchTitle(*batch)));
+        return takeBack(context, store, *chosen, options.force, deed);
     });
 }
 
@@ -153,7 +163,7 @@ int undo(Context &context, const UndoOptions &options)
     const auto choose = [&options](const std::vector<ops::Batch> &history) {
         return chosenBatches(options, history);
     };
-    return run(context, options, "undo", choose);
+    return run(context, options, {"undo", "taken back"}, choose);
 }
 
 int redo(Context &context, const UndoOptions &options)
@@ -161,7 +171,7 @@ int redo(Context &context, const UndoOptions &options)
     const auto choose = [](const std::vector<ops::Batch> &history) -> ops::Outcome<Chosen> {
         return ops::lastToRedo(history);
     };
-    return run(context, options, "redo", choose);
+    return run(context, options, {"redo", "put back"}, choose);
 }
 
 void declareRedo(Command &command, UndoOptions &options)
@@ -175,6 +185,7 @@ void declareUndo(Command &command, UndoOptions &options)
     const Argument batch =
         command.option("--batch", options.batch, "This batch, a number of corvelctl history").positive();
     command.option("--since", options.since, "Every batch of the last 90s, 10m, 2h or 1d")
+        .notEmpty()
         .notTogetherWith(batch);
 }
 
@@ -201,20 +212,30 @@ bool isOf(const ops::Change &change, const std::vector<ops::Key> &keys)
     return std::any_of(keys.begin(), keys.end(), same);
 }
 
-// What remains of the batches are the changes of these keys.
-int printBlamed(Context &context, std::vector<ops::Batch> &batches, const std::vector<ops::Key> &keys)
+// Nothing may be recorded of a word that there is; of any other one it is a slip.
+int blameNobody(const Context &context, const ops::Place &place, const QByteArray &word)
 {
-    int found = 0;
+    const auto known = ops::select(place, word, ops::Foreign::Refuse);
+    if (!known && place.path.isEmpty())
+        return context.fail(known.failure());
+    context.out.note("no change of it is recorded");
+    return Found;
+}
+
+// What remains of the batches are the changes of these keys.
+bool printBlamed(Context &context, std::vector<ops::Batch> &batches, const std::vector<ops::Key> &keys)
+{
+    bool found = false;
     for (ops::Batch &batch : batches) {
         const auto other = [&keys](const ops::Change &change) { return !isOf(change, keys); };
         batch.changes.erase(std::remove_if(batch.changes.begin(), batch.changes.end(), other),
                             batch.changes.end());
-        if (!batch.changes.empty() && ++found > 0)
-            printBatch(context.out, batch, true);
+        if (batch.changes.empty())
+            continue;
+        found = true;
+        printBatch(context.out, batch, true);
     }
-    if (found == 0)
-        context.out.note("no change of it is recorded");
-    return found > 0 ? Done : Found;
+    return found;
 }
 
 int blame(Context &context, const BlameOptions &given)
@@ -226,8 +247,10 @@ int blame(Context &context, const BlameOptions &given)
     const auto keys = ops::select(*place, bytes(options.word), ops::Foreign::Allow);
     if (!keys)
         return context.fail(keys.failure());
-    return withHistory(context, kAll, [&](const ops::Store &, std::vector<ops::Batch> &batches) {
-        return printBlamed(context, batches, *keys);
+    return withHistory(context, kAll, [&](const ops::Store &, std::vector<ops::Batch> &batches) -> int {
+        if (printBlamed(context, batches, *keys))
+            return Done;
+        return blameNobody(context, *place, bytes(options.word));
     });
 }
 

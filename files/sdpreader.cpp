@@ -54,7 +54,7 @@ const Part (&parts())[3]
 // The text of a line without what its source may have left at the end.
 string_view lineText(const QByteArray &line)
 {
-    string_view text(line.constData(), strnlen(line.constData(), size_t(line.size())));
+    string_view text(line.constData(), strnlen(line.constData(), static_cast<std::size_t>(line.size())));
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
         text.remove_suffix(1);
     return text;

@@ -182,7 +182,8 @@ void Writer::flows(const FlowLine *lines, int channel)
         for (const FlowLine *row = lines; row->stem; ++row) {
             m_key.resize(0);
             m_key.append(row->stem).append(number);
-            line({m_key.constData(), size_t(m_key.size())}, m_key.constData(), row->form, channel);
+            line({m_key.constData(), static_cast<std::size_t>(m_key.size())}, m_key.constData(), row->form,
+                 channel);
         }
     }
 }
@@ -244,12 +245,12 @@ bool isSettingsSignature(const QByteArray &firstLine)
 // Not toUInt(): a number beyond 32 bits keeps its low bits.
 quint32 settingsNumber(const QString &text)
 {
-    return quint32(text.toULongLong());
+    return static_cast<quint32>(text.toULongLong());
 }
 
 quint32 globalSettingsNumber(const QString &text)
 {
-    return quint32(text.toLongLong());
+    return static_cast<quint32>(text.toLongLong());
 }
 
 // Only one digit is ever read, at the place where a plain "[channel3]" has it: deliberate.
@@ -279,7 +280,8 @@ SettingsReader::Result SettingsReader::feed(const QByteArray &line, SettingsValu
 {
     if (m_stopped)
         return Result::Stop;
-    const string_view text(line.constData(), strnlen(line.constData(), size_t(line.size())));
+    const string_view text(line.constData(),
+                           strnlen(line.constData(), static_cast<std::size_t>(line.size())));
     if (text.empty() || text.front() == ';')
         return Result::Ignored;
     const size_t equals = text.find('=');

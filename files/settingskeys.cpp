@@ -90,7 +90,7 @@ const struct {
 // Keys are ASCII; other letters have no case here.
 char lower(char c)
 {
-    return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 void lowerInto(std::string &out, string_view text)

@@ -37,9 +37,7 @@ Failure unknownWord(const Place &place, const QByteArray &word)
     if (place.channel >= 0 && !place.element && knownByWord({0, Element::Video, kNoFlow, {}}, word))
         return wrong(text + ": name an element, as in " + placeText(place) + "/video");
     const QByteArray near = didYouMean(word, wordsAt(place));
-    if (!near.isEmpty())
-        return wrong(text + near);
-    return wrong(text + didYouMean(word, valueNamesAt(place)));
+    return wrong(text + (near.isEmpty() ? didYouMean(word, valueNamesAt(place)) : near));
 }
 
 std::vector<const KnownName *> findWords(const Place &place, const QByteArray &word)

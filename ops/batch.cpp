@@ -48,6 +48,20 @@ void removeRows(const Place &place, Draft &draft)
 
 } // namespace
 
+QByteArray noSuchChannel(int channel, int channels)
+{
+    return "there is no channel " + QByteArray::number(channel) + ": the server has " +
+           QByteArray::number(channels) + " (\"server channels\")";
+}
+
+Outcome<Done> checkChannel(int channel, const Snapshot &snapshot)
+{
+    const int channels = channelCount(snapshot);
+    if (channel >= channels && snapshot.rowsOf(channelPath(channel)).empty())
+        return wrong(noSuchChannel(channel, channels));
+    return Done();
+}
+
 Outcome<std::vector<Place>> placesOf(const QByteArray &text, const Rules &rules, const Snapshot &snapshot)
 {
     const int channels = channelCount(snapshot);
@@ -56,8 +70,7 @@ Outcome<std::vector<Place>> placesOf(const QByteArray &text, const Rules &rules,
         return places;
     for (const Place &place : *places) {
         if (place.channel >= channels)
-            return wrong("there is no channel " + QByteArray::number(place.channel) + ": the server has " +
-                         QByteArray::number(channels) + " (\"server channels\"); --force stores it anyway");
+            return wrong(noSuchChannel(place.channel, channels) + "; --force stores it anyway");
     }
     return places;
 }

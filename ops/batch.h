@@ -16,6 +16,12 @@ struct Rules {
     bool anyChannel = false; // also beyond the channels that the server offers
 };
 
+// What to say where the server has fewer channels.
+QByteArray noSuchChannel(int channel, int channels);
+
+// Fails for a channel that the server does not offer, unless something is stored for it all the same.
+Outcome<Done> checkChannel(int channel, const Snapshot &snapshot);
+
 // The places of a text, each a channel that the server offers.
 Outcome<std::vector<Place>> placesOf(const QByteArray &text, const Rules &rules, const Snapshot &snapshot);
 

@@ -56,7 +56,7 @@ Outcome<Done> tell(Call *call, const char *what, const QByteArray &name, const N
     return refused('"' + name + "\" could not be " + what);
 }
 
-// A copy that could not be filled is none.
+// For a library that cannot copy. A copy that could not be filled is none.
 Outcome<Done> fillCopy(const QByteArray &from, const QByteArray &to, const Snapshot &values)
 {
     Outcome<Store> target = Store::open(to, true);
@@ -116,11 +116,17 @@ Outcome<Done> copyConfiguration(const QByteArray &from, const QByteArray &to, Do
     const Outcome<Done> checked = checkPair(from, to);
     if (!checked || doing == Doing::Check)
         return checked;
-    const Outcome<Store> source = Store::open(from);
+    // The default configuration has no file before somebody reads it.
+    const Outcome<Store> source =
+        from == defaultConfiguration() ? Outcome<Store>(Store()) : Store::open(from);
     if (!source)
         return source.failure();
     const Outcome<Snapshot> values = source->read();
-    return values ? fillCopy(from, to, *values) : values.failure();
+    if (!values)
+        return values.failure();
+    if (libraryCalls().copyConfiguration)
+        return tell(libraryCalls().copyConfiguration, "copied", from, to);
+    return fillCopy(from, to, *values);
 }
 
 Outcome<Done> renameConfiguration(const QByteArray &from, const QByteArray &to, Doing doing)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ops/operand.h"
 
+#include "ops/batch.h"
 #include "ops/configurations.h"
 #include "ops/dump.h"
 #include "ops/inputfile.h"
@@ -73,6 +74,18 @@ bool isChannel(const QByteArray &text)
     return place && place->channel >= 0 && !place->element;
 }
 
+Outcome<Operand> fromChannel(int channel, const Store &store)
+{
+    Outcome<Operand> operand = fromStore(store);
+    if (!operand)
+        return operand;
+    const Outcome<Done> known = checkChannel(channel, operand->values);
+    if (!known)
+        return known.failure();
+    operand->channel = channel;
+    return operand;
+}
+
 // One channel's rows, under the path of `as`.
 Snapshot onlyChannel(const Snapshot &values, int channel, int as)
 {
@@ -89,7 +102,7 @@ Outcome<Operand> readOperand(const QByteArray &text, const Store &store)
     if (text == "store")
         return fromStore(store);
     if (text.startsWith(kConfiguration))
-        return fromConfiguration(text.mid(int(sizeof kConfiguration) - 1));
+        return fromConfiguration(text.mid(static_cast<int>(sizeof kConfiguration) - 1));
     if (QFile::exists(QFile::decodeName(text)) || text == "-")
         return fromFile(text, QByteArray());
     const int hash = text.lastIndexOf('#');
@@ -97,10 +110,7 @@ Outcome<Operand> readOperand(const QByteArray &text, const Store &store)
         return fromFile(text.left(hash), text.mid(hash + 1));
     if (!isChannel(text))
         return fromConfiguration(text);
-    Outcome<Operand> operand = fromStore(store);
-    if (operand)
-        operand->channel = parsePlace(text)->channel;
-    return operand;
+    return fromChannel(parsePlace(text)->channel, store);
 }
 
 Changes compare(const Operand &left, const Operand &right)

@@ -12,11 +12,11 @@ namespace ops {
 namespace {
 
 using Table = TableView<PreflightRule> (*)();
-const Table tables[] = {preflightStreamRules, preflightMachineRules, preflightChannelRules};
+const Table kTables[] = {preflightStreamRules, preflightMachineRules, preflightChannelRules};
 
 quint32 audioNumber(const Snapshot &snapshot, int channel, int side, Field field)
 {
-    const ChannelKey *key = findChannelKey(Element::Audio, Side(side), field);
+    const ChannelKey *key = findChannelKey(Element::Audio, static_cast<Side>(side), field);
     return snapshot.number(channelPath(channel), key->name);
 }
 
@@ -65,8 +65,8 @@ void addStream(const Snapshot &snapshot, const Place &place, Side side, CheckedC
     stream.interface = parseIpv4(stream.leg.interface);
     stream.bitRate = bitRateOf(channel, stream);
     channel.runsVideo = channel.runsVideo || (*place.element == Element::Video && stream.runs());
-    channel.runsAudio[int(side)] =
-        channel.runsAudio[int(side)] || (*place.element == Element::Audio && stream.runs());
+    channel.runsAudio[static_cast<int>(side)] =
+        channel.runsAudio[static_cast<int>(side)] || (*place.element == Element::Audio && stream.runs());
     data.streams.push_back(stream);
 }
 
@@ -147,7 +147,7 @@ Findings runPreflight(const Snapshot &snapshot, const NetPicture &machine, Prefl
     Findings findings;
     PreflightReport report(findings);
     const PreflightData data = preflightData(snapshot, machine, which);
-    for (const Table &table : tables) {
+    for (const Table &table : kTables) {
         for (const PreflightRule &rule : table())
             runRule(rule, data, report);
     }
@@ -156,7 +156,7 @@ Findings runPreflight(const Snapshot &snapshot, const NetPicture &machine, Prefl
 
 std::vector<const char *> preflightRuleNames()
 {
-    return ruleNames(tables);
+    return ruleNames(kTables);
 }
 
 } // namespace ops

@@ -114,7 +114,7 @@ void nmosAddress(const PreflightData &data, PreflightReport &report)
 }
 
 // clang-format off
-const PreflightRule rules[] = {
+const PreflightRule kRules[] = {
     // name            severity           clause            whole          stream
     {"never-set-up",   Severity::Note,    "",               neverSetUp,    nullptr},
     {"ptp-client",     Severity::Error,   "",               noClient,      nullptr},
@@ -131,7 +131,7 @@ const PreflightRule rules[] = {
 
 TableView<PreflightRule> preflightChannelRules()
 {
-    return {rules, sizeof rules / sizeof *rules};
+    return {kRules, sizeof kRules / sizeof *kRules};
 }
 
 } // namespace ops

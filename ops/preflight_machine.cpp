@@ -101,7 +101,7 @@ void slowLink(const PreflightData &data, PreflightReport &report)
 }
 
 // clang-format off
-const PreflightRule rules[] = {
+const PreflightRule kRules[] = {
     // name                  severity         clause        whole     stream
     {"interface-empty",      Severity::Error, "",           nullptr,  withoutAddress},
     {"interface-missing",    Severity::Error, "",           nullptr,  missing},
@@ -117,7 +117,7 @@ const PreflightRule rules[] = {
 
 TableView<PreflightRule> preflightMachineRules()
 {
-    return {rules, sizeof rules / sizeof *rules};
+    return {kRules, sizeof kRules / sizeof *kRules};
 }
 
 } // namespace ops

@@ -219,7 +219,7 @@ void filledNotUsed(const CheckedStream &stream, const PreflightData &, Preflight
 }
 
 // clang-format off
-const PreflightRule rules[] = {
+const PreflightRule kRules[] = {
     // name                severity           clause          whole            stream
     {"sent-twice",         Severity::Error,   "",             sentTwice,       nullptr},
     {"received-twice",     Severity::Warning, "",             receivedTwice,   nullptr},
@@ -243,7 +243,7 @@ const PreflightRule rules[] = {
 
 TableView<PreflightRule> preflightStreamRules()
 {
-    return {rules, sizeof rules / sizeof *rules};
+    return {kRules, sizeof kRules / sizeof *kRules};
 }
 
 } // namespace ops

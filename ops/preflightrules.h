@@ -22,7 +22,7 @@ struct CheckedStream {
     bool uses(Field field) const { return leg.flags & flagBit(field); }
     // The destination and its port are in use and can be sent to or received from.
     bool runs() const;
-    quint64 target() const { return quint64(*destination) << 16 | leg.destinationPort; }
+    quint64 target() const { return static_cast<quint64>(*destination) << 16 | leg.destinationPort; }
     QByteArray name() const;                 // "2/audio/3 rx"
     QByteArray name(const char *word) const; // "2/audio/3 rx.dst"
     QByteArray targetText() const;           // "239.1.1.1:20000"

@@ -86,6 +86,10 @@ void Doctor::domains()
     const bool own =
         std::any_of(all.begin(), all.end(), [this](const PtpMaster &m) { return isHere(m_sight, m); });
     const bool silent = m_sight.state == ClockState::NoMaster || m_sight.state == ClockState::Stale;
+    if (own && m_sight.state == ClockState::NoMaster)
+        say(Severity::Warning, "ptp-not-followed",
+            "a master is heard here, and the client does not follow it",
+            "give it longer (--wait); then see that its announces and syncs both arrive", kStandard);
     if (own || !silent)
         return;
     if (all.empty())

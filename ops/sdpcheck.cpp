@@ -10,8 +10,8 @@ namespace ops {
 namespace {
 
 using Table = TableView<SdpRule> (*)();
-const Table tables[] = {sdpLineRules,  sdpNetworkRules, sdpVideoRules,
-                        sdpAudioRules, sdpClockRules,   sdpPairRules};
+const Table kTables[] = {sdpLineRules,  sdpNetworkRules, sdpVideoRules,
+                         sdpAudioRules, sdpClockRules,   sdpPairRules};
 
 void runRule(const SdpRule &rule, const SdpText &text, const std::vector<SdpStream> &streams,
              SdpReport &report)
@@ -35,7 +35,7 @@ Findings checkText(const SdpText &text, const SdpFacts &facts)
     Findings findings;
     SdpReport report(findings, facts);
     const std::vector<SdpStream> streams = streamsOf(text);
-    for (const Table &table : tables) {
+    for (const Table &table : kTables) {
         for (const SdpRule &rule : table())
             runRule(rule, text, streams, report);
     }
@@ -59,15 +59,15 @@ Findings checkSdp(const std::vector<SdpText> &texts, const SdpFacts &facts)
         all.insert(all.end(), found.begin(), found.end());
     }
     SdpReport report(all, facts);
-    report.startRule(sdpTwiceRule);
+    report.startRule(kSdpTwiceRule);
     findStreamsTwice(texts, report);
     return all;
 }
 
 std::vector<const char *> sdpRuleNames()
 {
-    std::vector<const char *> names = ruleNames(tables);
-    names.push_back(sdpTwiceRule.name);
+    std::vector<const char *> names = ruleNames(kTables);
+    names.push_back(kSdpTwiceRule.name);
     return names;
 }
 

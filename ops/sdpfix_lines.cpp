@@ -142,7 +142,7 @@ void addNameAndTime(SdpFixer &fixer)
 }
 
 // clang-format off
-const SdpFixStep steps[] = {
+const SdpFixStep kSteps[] = {
     // name          whole           section
     {"clean",        cleanAll,       nullptr},
     {"misplaced",    nullptr,        dropMisplaced},
@@ -158,7 +158,7 @@ const SdpFixStep steps[] = {
 
 TableView<SdpFixStep> sdpLineSteps()
 {
-    return {steps, sizeof steps / sizeof *steps};
+    return {kSteps, sizeof kSteps / sizeof *kSteps};
 }
 
 } // namespace ops

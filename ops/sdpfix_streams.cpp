@@ -187,7 +187,10 @@ void packetTime(SdpFixer &fixer, SdpSection &section)
 void audioChannels(SdpFixer &fixer, SdpSection &section)
 {
     const SdpStream stream = fixer.stream(section);
-    const int channels = fixer.options().facts.channels;
+    // Without a number it is one, but there are readers that want to see it.
+    const bool unsaid = stream.map && stream.map->channels == 0;
+    const int channels =
+        unsaid ? std::max(1, fixer.options().facts.channels) : fixer.options().facts.channels;
     if (stream.kind == SdpKind::Audio && stream.map && channels > 0)
         fixer.replace(*editable(section, stream.mapLine),
                       "a=rtpmap:" + QByteArray::number(stream.map->payload) + ' ' + stream.map->encoding +
@@ -305,7 +308,7 @@ void mediaClock(SdpFixer &fixer, SdpSection &section)
 }
 
 // clang-format off
-const SdpFixStep steps[] = {
+const SdpFixStep kSteps[] = {
     // name             whole              section
     {"media-word",      nullptr,           mediaWord},
     {"ttl",             sessionTimeToLive, timeToLive},
@@ -334,7 +337,7 @@ QByteArray fixedClock(const QByteArray &value)
 
 TableView<SdpFixStep> sdpStreamSteps()
 {
-    return {steps, sizeof steps / sizeof *steps};
+    return {kSteps, sizeof kSteps / sizeof *kSteps};
 }
 
 } // namespace ops

@@ -47,7 +47,7 @@ std::vector<const SdpLine *> linesOf(const SdpSection &section)
 const struct {
     const char *start;
     const char *reason;
-} unread[] = {
+} kUnread[] = {
     {"a=fmtp:",      "the format is chosen in the channel, not read"},
     {"a=framerate:", "the format is chosen in the channel, not read"},
     {"a=ptime:",     "the packet time is chosen in the channel, not read"},
@@ -61,7 +61,7 @@ const struct {
 const struct {
     SdpTick tick;
     Field field;
-} ticks[] = {
+} kTicks[] = {
     {SdpTick::RecDstAddr, Field::DestinationAddress},
     {SdpTick::RecSrcAddr, Field::SourceAddress},
     {SdpTick::RecDstPort, Field::DestinationPort},
@@ -89,7 +89,7 @@ const char *whyUnread(const SdpLine &line)
         return line.text.startsWith("a=source-filter: ")
                    ? nullptr
                    : "not read without a blank behind \"source-filter:\"";
-    for (const auto &row : unread) {
+    for (const auto &row : kUnread) {
         if (line.text.startsWith(row.start))
             return row.reason;
     }
@@ -170,7 +170,7 @@ void Plan::store(int line, const SdpStore &value)
     m_draft.set(m_path, value.valueName,
                 value.isString ? Value::ofText(text) : Value::ofNumber(toDword(value.text)));
     ++m_plan.values;
-    for (const auto &row : ticks) {
+    for (const auto &row : kTicks) {
         const QByteArray flags = findChannelKey(Element::Video, Side::Receive, Field::Flags)->name;
         if (row.tick == value.box)
             m_draft.set(m_path, flags, Value::ofNumber(m_draft.number(m_path, flags) | flagBit(row.field)));

@@ -40,7 +40,7 @@ TableView<SdpRule> sdpClockRules();
 TableView<SdpRule> sdpPairRules(); // two legs of one stream
 
 // The one rule that needs all texts: a group and port in more than one of them.
-extern const SdpRule sdpTwiceRule;
+extern const SdpRule kSdpTwiceRule;
 void findStreamsTwice(const std::vector<SdpText> &texts, SdpReport &report);
 
 // "a=ts-refclk:ptp=IEEE1588-2008:AC-DE-48-FF-FE-23-45-67:127", as its parts. Used by check and fix.

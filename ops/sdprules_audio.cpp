@@ -13,7 +13,7 @@ constexpr int kMostPayload = 1440; // bytes: a UDP datagram of 1460 without its 
 constexpr double kClose = 0.006;   // ms: "0.12" and "0.33" are written for 0.125 and a third
 
 // clang-format off
-const PacketTime times[] = {
+const PacketTime kTimes[] = {
     // in SDP   ms         
     {"0.125",   0.125},
     {"0.25",    0.25},
@@ -25,7 +25,7 @@ const PacketTime times[] = {
 const struct {
     const char *encoding;
     int bytes; // of a sample
-} encodings[] = {
+} kEncodings[] = {
     {"L16", 2}, {"L24", 3}, {"AM824", 4},
 };
 
@@ -34,7 +34,7 @@ const struct {
     int clockRate;
     double milliseconds;
     int channels;
-} levels[] = {
+} kLevels[] = {
     {48000, 1, 8}, {48000, 0.125, 64}, {96000, 1, 4}, {96000, 0.125, 32},
 };
 // clang-format on
@@ -60,7 +60,7 @@ std::optional<Audio> audioOf(const SdpStream &stream, const SdpFacts &facts)
     if (stream.kind != SdpKind::Audio || !stream.map)
         return std::nullopt;
     Audio audio;
-    for (const auto &row : encodings) {
+    for (const auto &row : kEncodings) {
         if (stream.map->encoding == row.encoding)
             audio.bytes = row.bytes;
     }
@@ -108,7 +108,7 @@ void timeUnit(const SdpStream &stream, SdpReport &report)
 
 const PacketTime *knownTime(double milliseconds)
 {
-    for (const PacketTime &row : times) {
+    for (const PacketTime &row : kTimes) {
         if (std::abs(row.milliseconds - milliseconds) < kClose)
             return &row;
     }
@@ -141,7 +141,7 @@ void packetSize(const SdpStream &stream, SdpReport &report)
 void level(const SdpStream &stream, SdpReport &report)
 {
     const auto audio = audioOf(stream, report.facts());
-    for (const auto &row : levels) {
+    for (const auto &row : kLevels) {
         if (audio && audio->clockRate == row.clockRate &&
             std::abs(audio->milliseconds - row.milliseconds) < kClose && audio->channels > row.channels)
             report.add(*stream.text, stream.mapLine->number,
@@ -191,7 +191,7 @@ void ancParameters(const SdpStream &stream, SdpReport &report)
 }
 
 // clang-format off
-const SdpRule rules[] = {
+const SdpRule kRules[] = {
     // name               severity           clause               text     stream
     {"audio-encoding",    Severity::Error,   "ST 2110-30",        nullptr, encoding},
     {"audio-rate",        Severity::Error,   "ST 2110-30 6.1",    nullptr, sampleRate},
@@ -211,13 +211,13 @@ const SdpRule rules[] = {
 
 TableView<PacketTime> packetTimes()
 {
-    return {times, sizeof times / sizeof *times};
+    return {kTimes, sizeof kTimes / sizeof *kTimes};
 }
 
 const PacketTime *packetTimeInMicroseconds(const QByteArray &value)
 {
     const auto number = parseNumber(value, 100000);
-    for (const PacketTime &row : times) {
+    for (const PacketTime &row : kTimes) {
         if (number && *number >= 100 && std::abs(*number - row.milliseconds * 1000) < 1)
             return &row;
     }
@@ -226,7 +226,7 @@ const PacketTime *packetTimeInMicroseconds(const QByteArray &value)
 
 TableView<SdpRule> sdpAudioRules()
 {
-    return {rules, sizeof rules / sizeof *rules};
+    return {kRules, sizeof kRules / sizeof *kRules};
 }
 
 } // namespace ops

@@ -101,7 +101,7 @@ void mediaClockOffset(const SdpStream &stream, SdpReport &report)
 }
 
 // clang-format off
-const SdpRule rules[] = {
+const SdpRule kRules[] = {
     // name              severity           clause                text     stream
     {"refclk-missing",   Severity::Error,   "ST 2110-10 8.2",      nullptr, clockMissing},
     {"refclk-form",      Severity::Error,   "ST 2110-10 8.2",      nullptr, clockForm},
@@ -141,7 +141,7 @@ SdpClock parseClock(const QByteArray &value)
 
 TableView<SdpRule> sdpClockRules()
 {
-    return {rules, sizeof rules / sizeof *rules};
+    return {kRules, sizeof kRules / sizeof *kRules};
 }
 
 } // namespace ops

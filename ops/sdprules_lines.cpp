@@ -136,7 +136,7 @@ void mediaLine(const SdpStream &stream, SdpReport &report)
 }
 
 // clang-format off
-const SdpRule rules[] = {
+const SdpRule kRules[] = {
     // name             severity           clause           text          stream
     {"line-form",       Severity::Error,   "RFC 4566 5",    lineForm,     nullptr},
     {"control-bytes",   Severity::Error,   "RFC 4566 5",    controlBytes, nullptr},
@@ -155,7 +155,7 @@ const SdpRule rules[] = {
 
 TableView<SdpRule> sdpLineRules()
 {
-    return {rules, sizeof rules / sizeof *rules};
+    return {kRules, sizeof kRules / sizeof *kRules};
 }
 
 } // namespace ops

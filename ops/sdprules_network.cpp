@@ -169,7 +169,7 @@ void filterSource(const SdpStream &stream, SdpReport &report)
 }
 
 // clang-format off
-const SdpRule rules[] = {
+const SdpRule kRules[] = {
     // name                severity           clause           text        stream
     {"port-zero",          Severity::Error,   "",              nullptr,    portZero},
     {"port-odd",           Severity::Warning, "RFC 3550 11",   nullptr,    portOdd},
@@ -192,7 +192,7 @@ const SdpRule rules[] = {
 
 TableView<SdpRule> sdpNetworkRules()
 {
-    return {rules, sizeof rules / sizeof *rules};
+    return {kRules, sizeof kRules / sizeof *kRules};
 }
 
 } // namespace ops

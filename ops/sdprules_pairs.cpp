@@ -173,7 +173,7 @@ void lookAt(const SdpStream &stream, int group, SeenStreams &seen, SdpReport &re
 }
 
 // clang-format off
-const SdpRule rules[] = {
+const SdpRule kRules[] = {
     // name        severity           clause        text        stream
     {"mid-twice",  Severity::Error,   "RFC 5888 4", nameTwice,  nullptr},
     {"leg-missing", Severity::Error,  "RFC 7104",   legMissing, nullptr},
@@ -185,7 +185,7 @@ const SdpRule rules[] = {
 
 } // namespace
 
-const SdpRule sdpTwiceRule = {"stream-twice", Severity::Error, "", nullptr, nullptr};
+const SdpRule kSdpTwiceRule = {"stream-twice", Severity::Error, "", nullptr, nullptr};
 
 void findStreamsTwice(const std::vector<SdpText> &texts, SdpReport &report)
 {
@@ -205,7 +205,7 @@ void findStreamsTwice(const std::vector<SdpText> &texts, SdpReport &report)
 
 TableView<SdpRule> sdpPairRules()
 {
-    return {rules, sizeof rules / sizeof *rules};
+    return {kRules, sizeof kRules / sizeof *kRules};
 }
 
 } // namespace ops

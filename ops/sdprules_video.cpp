@@ -14,15 +14,15 @@ namespace {
 constexpr int kMostPixels = 32767;
 constexpr double kFastestInterlaced = 30.01; // frames per second
 
-const char *const required[] = {"sampling", "width",       "height", "exactframerate",
-                                "depth",    "colorimetry", "PM",     "SSN"};
+const char *const kRequired[] = {"sampling", "width",       "height", "exactframerate",
+                                 "depth",    "colorimetry", "PM",     "SSN"};
 
 // clang-format off
 // Parameters with a closed list of values, each between blanks.
 const struct {
     const char *name;
     const char *values;
-} lists[] = {
+} kLists[] = {
     {"sampling",    " YCbCr-4:4:4 YCbCr-4:2:2 YCbCr-4:2:0 CLYCbCr-4:4:4 CLYCbCr-4:2:2 CLYCbCr-4:2:0"
                     " ICtCp-4:4:4 ICtCp-4:2:2 ICtCp-4:2:0 RGB XYZ KEY "},
     {"depth",       " 8 10 12 16 16f "},
@@ -34,7 +34,7 @@ const struct {
 };
 
 // Sizes that exist interlaced only, as long as the frame rate is no higher than 30.
-const int interlacedHeights[] = {486, 576};
+const int kInterlacedHeights[] = {486, 576};
 // clang-format on
 
 bool isVideo(const SdpStream &stream)
@@ -86,7 +86,7 @@ void parametersForm(const SdpStream &stream, SdpReport &report)
 void requiredParameters(const SdpStream &stream, SdpReport &report)
 {
     QByteArray missing;
-    for (const char *name : required) {
+    for (const char *name : kRequired) {
         if (isVideo(stream) && !stream.fmtp.find(name))
             missing += QByteArray(missing.isEmpty() ? "" : ", ") + name;
     }
@@ -103,7 +103,7 @@ void shaping(const SdpStream &stream, SdpReport &report)
 
 void listedValues(const SdpStream &stream, SdpReport &report)
 {
-    for (const auto &list : lists) {
+    for (const auto &list : kLists) {
         const QByteArray value = isVideo(stream) ? stream.fmtp.value(list.name) : QByteArray();
         if (!value.isEmpty() && !QByteArray(list.values).contains(' ' + value + ' '))
             add(stream, report, QByteArray(list.name) + '=' + value + " is no value of the standard",
@@ -169,7 +169,7 @@ void interlaceLikely(const SdpStream &stream, SdpReport &report)
 {
     const auto rate = exactRate(stream);
     const auto height = parseNumber(stream.fmtp.value("height"), kMostPixels);
-    for (const int interlaced : interlacedHeights) {
+    for (const int interlaced : kInterlacedHeights) {
         if (rate && rate->value() < kFastestInterlaced && height == interlaced &&
             !stream.fmtp.find("interlace"))
             add(stream, report, "a picture of this height and rate is interlaced, the text says progressive",
@@ -207,7 +207,7 @@ void attributeDiffers(const SdpStream &stream, SdpReport &report)
 }
 
 // clang-format off
-const SdpRule rules[] = {
+const SdpRule kRules[] = {
     // name                severity           clause            text     stream
     {"video-word",         Severity::Error,   "ST 2110-20 7.1", nullptr, word},
     {"clock-rate",         Severity::Error,   "ST 2110-20 7.1", nullptr, clockRate},
@@ -237,7 +237,7 @@ std::optional<Rate> frameRateOfFields(const Rate &rate)
 
 TableView<SdpRule> sdpVideoRules()
 {
-    return {rules, sizeof rules / sizeof *rules};
+    return {kRules, sizeof kRules / sizeof *kRules};
 }
 
 } // namespace ops

@@ -54,14 +54,14 @@ QList<QByteArray> words(const QByteArray &text)
 const struct {
     const char *name;
     SdpDirection direction;
-} directions[] = {
+} kDirections[] = {
     {"sendrecv", Both}, {"sendonly", Sends}, {"recvonly", Receives}, {"inactive", Inactive},
 };
 // clang-format on
 
 std::optional<SdpDirection> directionIn(const SdpSection &section)
 {
-    for (const auto &row : directions) {
+    for (const auto &row : kDirections) {
         if (section.attribute(row.name))
             return row.direction;
     }

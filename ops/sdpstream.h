@@ -17,7 +17,7 @@ namespace ops {
 struct Rate {
     qint64 numerator = 0;
     qint64 denominator = 1;
-    double value() const { return double(numerator) / double(denominator); }
+    double value() const { return static_cast<double>(numerator) / static_cast<double>(denominator); }
     QByteArray text() const; // "50" or "60000/1001"
 };
 std::optional<Rate> parseRate(const QByteArray &text);

@@ -24,7 +24,8 @@ constexpr int kReadableSections = 10;
 QString shownText(const QByteArray &text)
 {
     const QByteArray cut = text.left(kLongestText);
-    return QString::fromLatin1(cut.constData(), int(qstrnlen(cut.constData(), uint(cut.size()))));
+    return QString::fromLatin1(cut.constData(),
+                               static_cast<int>(qstrnlen(cut.constData(), static_cast<uint>(cut.size()))));
 }
 
 int mostFlows(const Snapshot &values, int channels)

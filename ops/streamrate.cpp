@@ -38,7 +38,7 @@ int audioPacketBytes(int channels, int packetMicroseconds)
 qint64 audioBitRate(int channels, int packetMicroseconds)
 {
     if (packetMicroseconds <= 0)
-        return qint64(channels) * kSampleRate * kSampleBytes * 8;
+        return static_cast<qint64>(channels) * kSampleRate * kSampleBytes * 8;
     const qint64 packet = audioPacketBytes(channels, packetMicroseconds) + kAround;
     return packet * 8 * 1000000 / packetMicroseconds;
 }

@@ -8,7 +8,8 @@
 #include "ops/ipv4.h"
 #include "ops/suggest.h"
 
-#include <array>
+#include <algorithm>
+#include <cctype>
 
 namespace ops {
 
@@ -58,7 +59,7 @@ const struct { Kind kind; quint32 least, most; const char *says; } kRanges[] = {
     {Kind::Domain,       0, kHighestPtpDomain,          "a PTP domain is a number from 0 to 127"},
     {Kind::ChannelCount, 0, kMaxChannels, "a server has 0 to 65536 channels"},
     {Kind::Type,         0, 0xffffffff,   "a channel type is SMPTE-2110 or a number"},
-    {Kind::Format,       0, 0xffffffff,   "a video format is one of: corvelctl __complete format"},
+    {Kind::Format,       0, 0xffffffff,   "a video format is one of the dialog's, such as 1080p50 or 3840x2160p59.94"},
     {Kind::Clock,        0, 0xffffffff,   "a clock is internal, hw-ptp, sw-ptp, free-run or a number"},
     {Kind::FlowMode,     0, 1,            "a flow mode is single or flows"},
     {Kind::Switch,       0, 1,            "a switch is on or off"},
@@ -98,7 +99,8 @@ Outcome<quint32> plainNumber(Kind kind, const QByteArray &words)
 {
     bool ok = false;
     const bool hex = words.startsWith("0x") || words.startsWith("0X");
-    const bool digits = !words.isEmpty() && words[0] >= '0' && words[0] <= '9';
+    const auto isDigit = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0; };
+    const bool digits = std::all_of(words.begin(), words.end(), isDigit); // no sign and no blanks
     const quint64 number = digits ? words.toULongLong(&ok, hex ? 16 : 10) : 0;
     for (const auto &range : kRanges) {
         if (range.kind != kind)
@@ -190,7 +192,7 @@ Outcome<Value> grandMasterFromWords(const QByteArray &words)
         else if (c != '-' && c != ':' && c != '.')
             return wrong('"' + words + "\" is neither a clock identity nor a MAC address");
     }
-    if (digits != 0 && digits != 12 && digits != 16)
+    if (!words.isEmpty() && digits != 12 && digits != 16)
         return wrong('"' + words + "\": a clock identity has 16 hexadecimal digits, a MAC address 12");
     return Value::ofText(words);
 }

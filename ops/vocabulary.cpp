@@ -169,6 +169,8 @@ QByteArray pathOf(const Place &place, const KnownName &known)
 QByteArrayList wordsAt(const Place &place)
 {
     QByteArrayList words;
+    if (!place.path.isEmpty())
+        return words; // the names are the words there
     const QByteArray behind = elementText(place);
     for (const KnownName &known : knownNames()) {
         if (isAt(known, place, behind))
@@ -183,7 +185,8 @@ QByteArrayList valueNamesAt(const Place &place)
     const QByteArray behind = elementText(place);
     for (const KnownName &known : knownNames()) {
         const bool whole = place.channel >= 0 && !place.element && known.place != kServer;
-        if (whole || isAt(known, place, behind))
+        const bool stored = !place.path.isEmpty() && knownByKey(place.path, known.name);
+        if (whole || stored || (place.path.isEmpty() && isAt(known, place, behind)))
             names.append(known.name);
     }
     return names;

@@ -1,14 +1,11 @@
 # SPDX-License-Identifier: MIT
-# Completion of corvelctl for bash; the program itself knows what may come next.
+# Completion of corvelctl for bash; the program itself knows what may come next, and how bash wants it spelled.
 _corvelctl() {
-  local line=${COMP_LINE:0:COMP_POINT} words current prefix
-  read -ra words <<<"$line"
-  [[ $line == *[[:blank:]] ]] && words+=("")
-  current=${words[-1]}
-  mapfile -t COMPREPLY < <(corvelctl __complete "${words[@]:1}" 2>/dev/null)
-  # bash breaks words at "=" and ":", so what stands before them is not part of the answer.
-  prefix=${current%"${current##*[=:]}"}
-  COMPREPLY=("${COMPREPLY[@]#"$prefix"}")
+  local found
+  found=$(corvelctl __complete_bash "${COMP_LINE:0:COMP_POINT}" "$COMP_WORDBREAKS" 2>/dev/null)
+  [[ $? -eq 1 ]] && compopt -o default
+  COMPREPLY=()
+  [[ $found ]] && mapfile -t COMPREPLY <<<"$found"
   [[ ${COMPREPLY[0]:-} == *[=/] ]] && compopt -o nospace
 }
-complete -o default -F _corvelctl corvelctl
+complete -F _corvelctl corvelctl

@@ -56,6 +56,7 @@ public:
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
     const QByteArray &shown() const { return m_shown; }
+    void forget() { m_shown.clear(); }
 
 private:
     [[noreturn]] static void become(const QByteArrayList &command, const QByteArrayList &variables)

@@ -66,6 +66,8 @@ const Case kLooking[] = {
     {"show 0/audio",                    0, "audio/0   receives  -\n          sends     -\naudio/1   receives  -\n          sends     239.2.1.2:20010, use none\n", ""},
     {"show 1/anc",                      0, "anc       receives  -\n          sends     -\n", ""},
     {"show KWX\\Site",                  0, "Count          7\nName           here\n", ""},
+    {"show 0-1/video",                  0, "0/video   receives  239.1.1.1:20000, use dst,dst-port\n          sends     239.2.1.1:20000 on 10.0.0.1, use dst,dst-port,if\n1/video   receives  -\n          sends     -\n", ""},
+    {"show */audio/single",             0, "0/audio/single receives  -\n               sends     -\n1/audio/single receives  -\n               sends     -\n", ""},
     {"show 2",                          2, "", "corvelctl: the server has no channel 2\n"},
     {"show 0-2",                        2, "", "corvelctl: the server has no channel 2\n"},
     {"show",                            0, "Channel  Type        Format              Clock   Video receives   Video sends      Flows\n"
@@ -77,7 +79,21 @@ const Case kLooking[] = {
     {"diff 0 0",                        0, "", ""},
     {"diff store zebra",                2, "", "corvelctl: \"zebra\" is no file, no configuration and no channel\n"},
     {"blame 0/domain --json -c nihgt",  2, "", "corvelctl: there is no configuration \"nihgt\"\n"},
+    {"diff 0 2",                        2, "", "corvelctl: there is no channel 2: the server has 2 (\"server channels\")\n"},
     {"blame 1/domain",                  1, "", "corvelctl: no change of it is recorded\n"},
+    {"blame 1 ClockDomain",             1, "", "corvelctl: no change of it is recorded\n"},
+    {"blame 1/domian",                  2, "", "corvelctl: 1 has no \"domian\"; did you mean domain?\n"},
+    {"blame 1/video",                   2, "", "corvelctl: 1 has no \"video\"\n"},
+    {"blame domain",                    2, "", "corvelctl: no place \"domain\": a channel such as 2, 2/video, 2/audio/3, or server\n"},
+    {"blame KWX\\Site Nothing",         1, "", "corvelctl: no change of it is recorded\n"},
+    {"history zebra",                   2, "", "corvelctl: no place \"zebra\": a channel such as 2, 2/video, 2/audio/3, or server\n"},
+    {"history 0/vidoe",                 2, "", "corvelctl: no element \"vidoe\": video, audio or anc; did you mean video?\n"},
+    {"history 0-1",                     2, "", "corvelctl: \"0-1\" names several places; one is needed\n"},
+    {"history 0/anc",                   0, "", "corvelctl: no changes are recorded\n"},
+    {"history KWX\\Nothing",            0, "", "corvelctl: no changes are recorded\n"},
+    {"history --all --most 3",          2, "", "corvelctl: --most excludes --all\n"},
+    {"history --most 0",                2, "", "corvelctl: --most: Value 0 not in range 1 to 2147483647\n"},
+    {"watch --count 0",                 2, "", "corvelctl: --count: Value 0 not in range 1 to 2147483647\n"},
     {"history 1",                       0, "", "corvelctl: no changes are recorded\n"},
     {"history 1 --fail-if-none",        5, "", "corvelctl: no changes are recorded\n"},
     {"config list",                     0, "* default\n", ""},
@@ -123,7 +139,14 @@ const Case kChanging[] = {
     {"copy 0 0",                                2, "", "corvelctl: a channel is not copied onto itself\n"},
     {"copy 0-1 1",                              2, "", "corvelctl: one channel is copied at a time\n"},
     {"copy 0/video 1",                          2, "", "corvelctl: channels are needed, such as 0 or 1-7\n"},
-    {"copy 0 5",                                2, "", "corvelctl: there is no channel 5: the server has 2 (\"server channels\"); --force stores it anyway\n"},
+    {"copy 0 5",                                2, "", "corvelctl: there is no channel 5: the server has 2 (\"server channels\")\n"},
+    {"copy 5 0",                                2, "", "corvelctl: there is no channel 5: the server has 2 (\"server channels\")\n"},
+    {"flows 5 --from 239.9.0.1:5004",           2, "", "corvelctl: there is no channel 5: the server has 2 (\"server channels\")\n"},
+    {"set 0 format=1080p5",                     2, "", "corvelctl: 0 format: \"1080p5\": a video format is one of the dialog's, such as 1080p50 or 3840x2160p59.94\n"},
+    {"set KWX\\Internal0\\IpConfig Clockdomain=1", 2, "", "corvelctl: KWX\\Internal0\\IpConfig has no \"Clockdomain\"; did you mean ClockDomain?\n"},
+    {"set kwx\\config MaxIntChanels=1",         2, "", "corvelctl: kwx\\config has no \"MaxIntChanels\"; did you mean MaxIntChannels?\n"},
+    {"set KWX\\Site chanels=1",                 2, "", "corvelctl: KWX\\Site has no \"chanels\"\n"},
+    {"unset KWX\\Internal0\\IpConfig ClockDomian", 2, "", "corvelctl: KWX\\Internal0\\IpConfig has no \"ClockDomian\"; did you mean ClockDomain?\n"},
     {"flows 1 --from 239.9.0.1:5004 --count 1", 0, "1/audio rx.channels: (absent) -> 2\n1/audio rx.total: (absent) -> 2\n1/audio tx.channels: (absent) -> 2\n1/audio/0 tx.dst: (absent) -> 239.9.0.1\n1/audio/0 tx.use: (absent) -> dst,dst-port\n1/audio/0 tx.dst-port: (absent) -> 5004\n1/audio tx.total: (absent) -> 2\n", "corvelctl: 7 values would change\n"},
     {"flows 1 --from 239.9.0.1:0",              2, "", "corvelctl: \"239.9.0.1:0\": an address and a port are needed, as in 239.30.0.1:20000\n"},
     {"flows 1 --from 239.255.255.255:5004",     2, "", "corvelctl: 239.255.255.255 and 1 step leave the class of the address\n"},
@@ -145,9 +168,31 @@ const Case kChanging[] = {
 const struct {
     const char *line;
     const char *offered;
+    bool files = false; // a file is right, too
 } kWords[] = {
     {"sdp |",                       "check fix load write"},
-    {"sdp load |",                  ""},
+    {"sdp load |",                  "", true},
+    {"sdp check a.sdp |",           "", true},
+    {"sdp fix a.sdp -o |",          "", true},
+    {"sdp fix a.sdp --output=|",    "", true},
+    {"sdp fix a.sdp |",             ""},
+    {"restore |",                   "", true},
+    {"ipp export |",                "", true},
+    {"table import |",              "", true},
+    {"table import --apply |",      "", true},
+    {"dump |",                      "", true},
+    {"undo --since |",              ""},
+    {"undo --since=|",              ""},
+    {"flows 0 --side=|",            "--side=rx --side=tx --side=both"},
+    {"--config=d|",                 "--config=default"},
+    {"ptp --interface=127.|",       "--interface=127.0.0.1"},
+    {"list KWX|",                   "KWX\\Advanced\\AvHAL KWX\\Config KWX\\Internal0\\IpConfig KWX\\Site"},
+    {"list KWX\\C|",                "KWX\\Config"},
+    {"get KWX\\S|",                 "KWX\\Site"},
+    {"show s|",                     "server"},
+    {"set 0 format=1080p5|",        "format=1080p59.94 format=1080p50"},
+    {"set 0 format=1920x1080i|",    "format=1920x1080i59.94 format=1920x1080i50"},
+    {"diff config:|",               "config:default", true},
     {"sdp load x.sdp |",            "0 1"},
     {"sdp write 0/|",               "0/video 0/audio 0/anc"},
     {"sdp check --of |",            "0 1"},
@@ -168,13 +213,13 @@ const struct {
     {"set 0/audio rx.ptime=|",      "rx.ptime=125 rx.ptime=1000"},
     {"copy 0 1 --fields rx,d|",     "rx,dst rx,dst-port"},
     {"copy 0 1 --step d|",          "dst= dst-port="},
-    {"diff st|",                    "store"},
-    {"diff store d|",               "default"},
+    {"diff st|",                    "store", true},
+    {"diff store d|",               "default", true},
     {"--config=zebra show |",       "server"},
     {"-c zebra show |",             "server"},
     {"config delete |",             "default"},
     {"history 0/v|",                "0/video"},
-    {"show zebra/|",                "zebra/video zebra/audio zebra/anc"},
+    {"show zebra/|",                ""},
     {"get zebra |",                 ""},
     {"--js|",                       "--json"},
     {"watch --c|",                  "--count --config"},
@@ -238,19 +283,21 @@ void TestCtlAnswers::words_data()
 {
     QTest::addColumn<QByteArray>("line");
     QTest::addColumn<QByteArray>("offered");
+    QTest::addColumn<bool>("files");
     for (const auto &row : kWords)
-        QTest::newRow(row.line) << QByteArray(row.line) << QByteArray(row.offered);
+        QTest::newRow(row.line) << QByteArray(row.line) << QByteArray(row.offered) << row.files;
 }
 
 void TestCtlAnswers::words()
 {
     QFETCH(QByteArray, line);
     QFETCH(QByteArray, offered);
+    QFETCH(bool, files);
     const QStringList typed = QString::fromUtf8(line.chopped(1)).split(QLatin1Char(' '));
     const CtlResult result =
         m_home.runProgram(CtlHome::program(), QStringList{QStringLiteral("__complete")} + typed);
     QCOMPARE(result.out.trimmed().replace('\n', ' '), offered);
-    QCOMPARE(result.code, 0);
+    QCOMPARE(result.code, files ? 1 : 0);
 }
 
 QTEST_GUILESS_MAIN(TestCtlAnswers)

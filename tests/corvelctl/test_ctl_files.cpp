@@ -24,6 +24,10 @@ private slots:
     void namesAreBytes_data();
     void namesAreBytes();
     void configurationsHaveAnyName();
+    void closedStreamsAreNobodysFile_data();
+    void closedStreamsAreNobodysFile();
+    void anEmptyNameIsNotTheServers_data();
+    void anEmptyNameIsNotTheServers();
 
 private:
     CtlResult shell(const QString &script) const;
@@ -201,6 +205,86 @@ void TestCtlFiles::configurationsHaveAnyName()
                                     "N\xc3\xa4"
                                     "chte\nN\xc3\xa4"
                                     "chte 2\n"));
+}
+
+void TestCtlFiles::closedStreamsAreNobodysFile_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<int>("code");
+    const auto row = [](const char *script, int code) {
+        QTest::newRow(script) << QString::fromLatin1(script) << code;
+    };
+    row("corvelctl list >&-", 3);
+    row("corvelctl list >&- 2>&-", 3);
+    row("corvelctl set 0 domain=9 >&-", 3); // done, and nobody was told
+    row("corvelctl set 0 domain=9 2>&-", 0);
+    row("corvelctl set 0 domain=9 <&-", 0);
+    row("corvelctl set 0 domain=9 <&- >&- 2>&-", 3);
+    row("corvelctl dump out.json >&-", 0);
+    row("corvelctl dump out.json <&- >&- 2>&-", 0);
+    row("corvelctl dump >&-", 3);
+    row("corvelctl set - <&-", 2);
+    row("corvelctl restore - -y <&-", 2);
+    row("corvelctl --help >&-", 3);
+    row("corvelctl config copy default night >&-", 0);
+    row("corvelctl sdp fix in.sdp -o out.sdp --ptp traceable --ttl 3 >&-", 3);
+}
+
+// A file that is opened gets the lowest free number: what is printed must not end in there.
+void TestCtlFiles::closedStreamsAreNobodysFile()
+{
+    QFETCH(QString, script);
+    QFETCH(int, code);
+    QCOMPARE(shell(script).code, code);
+    QCOMPARE(m_home->read("corvel/.rkcfg-lock"), QByteArray());
+    QVERIFY(m_home->read("corvel/default.rkcfg").startsWith("SQLite format 3"));
+    QCOMPARE(ctl("get 0/video rx.dst").out, QByteArray("239.1.1.1\n"));
+    const QByteArray dump = m_home->read("out.json"), copy = m_home->read("out.sdp");
+    QVERIFY(dump.isEmpty() || ctl("restore out.json -n").code == 0);
+    QVERIFY(copy.isEmpty() || copy.startsWith("v=0\r\n"));
+}
+
+void TestCtlFiles::anEmptyNameIsNotTheServers_data()
+{
+    QTest::addColumn<QString>("script");
+    for (const char *script :
+         {"corvelctl -c '' set 0 domain=9",
+          "corvelctl --config= set 0 domain=9",
+          "corvelctl set 0 domain=9 -c \"$UNSET\"",
+          "corvelctl undo --since ''",
+          "corvelctl undo --since=",
+          "corvelctl dump d.json && corvelctl set 0 domain=5 -q && corvelctl restore d.json --from '' -y",
+          "corvelctl set '' domain=9",
+          "corvelctl unset ''  domain",
+          "corvelctl undo --batch ''",
+          "corvelctl copy '' 1 -y",
+          "corvelctl copy 0 '' -y",
+          "corvelctl config use ''",
+          "corvelctl config copy '' night",
+          "corvelctl config copy default ''",
+          "corvelctl restore ''",
+          "corvelctl flows '' --from 239.1.1.1:5004",
+          "corvelctl flows 0 --from ''",
+          "corvelctl get ''",
+          "corvelctl get 0 ''",
+          "corvelctl unset 0 ''",
+          "corvelctl blame ''",
+          "corvelctl dump ''",
+          "corvelctl ipp export ''",
+          "corvelctl table export ''",
+          "corvelctl sdp fix in.sdp -o ''"})
+        QTest::newRow(script) << QString::fromLatin1(script);
+}
+
+// A variable of a script that was never set means nothing, least of all the store in use.
+void TestCtlFiles::anEmptyNameIsNotTheServers()
+{
+    QFETCH(QString, script);
+    const CtlResult result = shell(script);
+    QVERIFY2(result.code == 2 || result.code == 3, QByteArray::number(result.code).constData());
+    QVERIFY(result.err.startsWith("corvelctl: "));
+    QVERIFY(ctl("get 0 domain").out != QByteArray("9\n"));
+    QCOMPARE(ctl("get 0/video rx.dst").out, QByteArray("239.1.1.1\n"));
 }
 
 QTEST_GUILESS_MAIN(TestCtlFiles)

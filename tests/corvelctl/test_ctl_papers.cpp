@@ -276,10 +276,20 @@ void TestCtlPapers::wrongUseNamesWhatIsWrong_data()
     row("config lits", "no command \"lits\"; did you mean list?");
     row("-c night config lits", "no command \"lits\"; did you mean list?");
     row("sdp zebra", "no command \"zebra\"");
-    row("table", "A subcommand is required");
+    row("", "name a command; corvelctl --help lists them");
+    row("--json", "name a command; corvelctl --help lists them");
+    row("table", "table needs one of export, import");
+    row("config", "config needs one of list, new, copy, rename, delete, use");
+    row("-c night sdp", "sdp needs one of check, fix, load, write");
+    row("--jsno show", "no option \"--jsno\"; did you mean --json?");
+    row("show --jsno", "no option \"--jsno\"; did you mean --json?");
+    row("undo --sinc=5m", "no option \"--sinc\"; did you mean --since?");
+    row("sdp fix a.sdp -o b.sdp --ptme 1", "no option \"--ptme\"; did you mean --ptime?");
+    row("show --zebra", "no option \"--zebra\"\n");
+    row("show 0 1", "not expected: 1");
     row("-c night copy 0", "to is required");
     row("copy", "from is required");
-    row("undo --bach 5", "not expected: ");
+    row("undo --bach 5", "no option \"--bach\"; did you mean --batch?");
     row("flows 0 --from 239.1.1.1:5 --count 9", "--count: Value 9 not in range 1 to 8");
 }
 

@@ -21,7 +21,7 @@ private slots:
     void names_data();
     void names();
     void aNewOneIsEmpty();
-    void aCopyHasTheValuesAndAHistoryOfItsOwn();
+    void aCopyHasTheValuesAndTheHistorySoFar();
     void aRenamedOneKeepsItsHistory();
     void theServersOneStaysInUse();
     void anUnknownNameHasANearMiss();
@@ -182,7 +182,7 @@ void TestConfigurations::aNewOneIsEmpty()
     QCOMPARE(valueIn("default"), 1u);
 }
 
-void TestConfigurations::aCopyHasTheValuesAndAHistoryOfItsOwn()
+void TestConfigurations::aCopyHasTheValuesAndTheHistorySoFar()
 {
     const ops::Snapshot values = RandomStore(3).anything();
     QVERIFY(ops::Store().apply(ops::difference({}, values), "first"));
@@ -192,9 +192,10 @@ void TestConfigurations::aCopyHasTheValuesAndAHistoryOfItsOwn()
     QVERIFY(ops::difference(*day->read(), values, ops::Spelling::Exact).empty());
     const auto history = ops::readHistory(*day);
     QCOMPARE(int(history->size()), 1);
-    QCOMPARE(history->front().label, QByteArray("copy of default"));
+    QCOMPARE(history->front().label, QByteArray("first"));
     QVERIFY(day->apply({{"only", "day", {}, number(1)}}, "later"));
     QVERIFY(!ops::Store().read()->find("only", "day"));
+    QCOMPARE(int(ops::readHistory(ops::Store())->size()), 1);
 }
 
 void TestConfigurations::aRenamedOneKeepsItsHistory()

@@ -99,7 +99,9 @@ void TestOperand::differences_data()
     row("night", "3", "3 ClockDomain 9 > -");
     row("3", "night", "3 ClockDomain - > 9");
     row("{}/site.ipp", "1", "");
-    row("17", "18", "");
+    row("17", "18", "there is no channel 17: the server has 4 (\"server channels\")");
+    row("3", "4", "there is no channel 4: the server has 4 (\"server channels\")");
+    row("3", "2", "");
 }
 
 void TestOperand::differences()

@@ -80,8 +80,8 @@ void TestValueWords::wrongOnesAreRefused_data()
     for (const char *words : {"239.20.2", "239.20.2.256", "239.20.2.1.1", "a.b.c.d", " 239.1.1.1",
                               "239.1.1.1 ", "::1", "239.01.1.1x"})
         row(Kind::Address, words);
-    for (const char *words :
-         {"", "65536", "-1", "20000x", "2e4", "0x", "4294967296", "99999999999999999999", " 5"})
+    for (const char *words : {"", "65536", "-1", "20000x", "2e4", "0x", "4294967296", "99999999999999999999",
+                              " 5", "5 ", "5\n", "+5", "0x1G", "1e3", "0x-5"})
         row(Kind::Port, words);
     for (const char *words : {"", "dst,", "dts", "src;dst"})
         row(Kind::Use, words);
@@ -89,7 +89,7 @@ void TestValueWords::wrongOnesAreRefused_data()
         row(Kind::Format, words);
     for (const char *words : {"128", "-1", ""})
         row(Kind::Domain, words);
-    for (const char *words : {"00-1D", "00-1D-C1-FF-FE-12-34-5", "zz", "00 1D C1 12 34 56"})
+    for (const char *words : {"00-1D", "00-1D-C1-FF-FE-12-34-5", "zz", "00 1D C1 12 34 56", "::", "-"})
         row(Kind::GrandMaster, words);
     for (const char *words : {"0", "4001", "fast"})
         row(Kind::PacketTime, words);

@@ -43,6 +43,7 @@ const Repair repairs[] = {
     {"ptime 250",                  "a=ptime:1\n",                 "a=ptime:250\n",                  "a=ptime:0.25\n"},
     {"ptime 333",                  "a=ptime:1\n",                 "a=ptime:333\n",                  "a=ptime:0.333\n"},
     {"ptime 4000",                 "a=ptime:1\n",                 "a=ptime:4000\n",                 "a=ptime:4\n"},
+    {"mono without a number",      "L24/48000/8",                 "L24/48000",                      "L24/48000/1"},
     {"data for ancillary data",    "m=video 20020",               "m=data 20020",                   nullptr},
     {"filter without its blank",   "a=source-filter: incl IN IP4 239.1.1.3", "a=source-filter:incl IN IP4 239.1.1.3", nullptr},
     {"filter of another group",    "IP4 239.1.1.3 10.0.0.5",      "IP4 239.1.1.9 10.0.0.5",         nullptr},

@@ -136,6 +136,13 @@ RKCFG_API int rkCFGDelete(const char *utf8Name);
  */
 RKCFG_API int rkCFGRename(const char *utf8Name, const char *newUtf8Name);
 
+/*
+ * Makes a copy of a configuration, the default one or another, under a new name: its values and their
+ * history, not its notes. The copy is there whole or, also after a crash, not at all. A new name that
+ * exists is refused. Otherwise as rkCFGDelete. Returns 0 when done.
+ */
+RKCFG_API int rkCFGCopy(const char *utf8Name, const char *newUtf8Name);
+
 /* -- did anybody else change something? -------------------------------------------------------------- */
 
 /*
@@ -258,7 +265,7 @@ typedef int (*RKCFG_NOTE_VISITOR)(void *context, const char *key, const void *da
 /* Walks an owner's notes in order of their keys. Sees one moment. Returns 0, or non-zero when unreadable. */
 RKCFG_API int rkCFGForEachNote(void *handle, const char *owner, RKCFG_NOTE_VISITOR visitor, void *context);
 
-/* Version of this interface, "2.1". */
+/* Version of this interface, "2.2". */
 RKCFG_API const char *rkCFGVersion(void);
 
 #ifdef __cplusplus

@@ -8,12 +8,25 @@ namespace rkcfg {
 
 namespace {
 
-Result objection(const StoreAccess &store, const Paths &paths)
+Result missing(const Paths &paths)
+{
+    if (!fileState(paths.database).exists)
+        return {SQLITE_NOTFOUND, "there is no configuration " + paths.name};
+    return {};
+}
+
+// The default configuration stays where it is.
+Result inUse(const StoreAccess &store, const Paths &paths)
 {
     if (store->defaultName() == paths.name)
         return {SQLITE_MISUSE, paths.name + " is the default configuration"};
-    if (!fileState(paths.database).exists)
-        return {SQLITE_NOTFOUND, "there is no configuration " + paths.name};
+    return missing(paths);
+}
+
+Result taken(const Paths &target)
+{
+    if (fileState(target.database).exists)
+        return {SQLITE_MISUSE, "there is a configuration " + target.name + " already"};
     return {};
 }
 
@@ -29,9 +42,7 @@ int alone(const StoreAccess &store, const char *what, const std::string &name, S
     const LockGuard held(lock, folder, FolderLock::Kind::Exclusive, remainingMs());
     if (!held.held())
         return store->report(what, SQLITE_BUSY, "another process is writing");
-    Result result = objection(store, paths);
-    if (result.ok())
-        result = step(paths);
+    const Result result = step(paths);
     return store->report(what, result.code, result.text);
 }
 
@@ -39,16 +50,31 @@ int alone(const StoreAccess &store, const char *what, const std::string &name, S
 
 int deleteConfiguration(const StoreAccess &store, const std::string &name)
 {
-    return alone(store, "deleting", name, [](const Paths &paths) { return removeStore(paths); });
+    return alone(store, "deleting", name, [&](const Paths &paths) {
+        const Result objection = inUse(store, paths);
+        return objection.ok() ? removeStore(paths) : objection;
+    });
 }
 
 int renameConfiguration(const StoreAccess &store, const std::string &name, const std::string &newName)
 {
     return alone(store, "renaming", name, [&](const Paths &paths) {
         const Paths target(paths.folder, newName);
-        if (fileState(target.database).exists)
-            return Result{SQLITE_MISUSE, "there is a configuration " + newName + " already"};
-        return renameStore(paths, target);
+        Result objection = inUse(store, paths);
+        if (objection.ok())
+            objection = taken(target);
+        return objection.ok() ? renameStore(paths, target) : objection;
+    });
+}
+
+int copyConfiguration(const StoreAccess &store, const std::string &name, const std::string &newName)
+{
+    return alone(store, "copying", name, [&](const Paths &paths) {
+        const Paths target(paths.folder, newName);
+        Result objection = missing(paths);
+        if (objection.ok())
+            objection = taken(target);
+        return objection.ok() ? copyStore(paths, target) : objection;
     });
 }
 

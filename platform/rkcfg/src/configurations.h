@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-/* Deleting and renaming whole configurations. */
+/* Deleting, renaming and copying whole configurations. */
 #ifndef RKCFG_CONFIGURATIONS_H
 #define RKCFG_CONFIGURATIONS_H
 
@@ -7,9 +7,10 @@
 
 namespace rkcfg {
 
-// Both: 0 when done. The default store tells what went wrong.
+// All: 0 when done. The default store tells what went wrong.
 int deleteConfiguration(const StoreAccess &store, const std::string &name);
 int renameConfiguration(const StoreAccess &store, const std::string &name, const std::string &newName);
+int copyConfiguration(const StoreAccess &store, const std::string &name, const std::string &newName);
 
 } // namespace rkcfg
 

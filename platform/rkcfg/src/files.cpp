@@ -192,7 +192,8 @@ bool FolderLock::open(const std::string &folder)
         return true;
     m_path = path;
     for (int attempt = 0; attempt < openAttempts; ++attempt) {
-        m_file.reset(openRetrying(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW, privateFileMode));
+        m_file = rk::aboveStandardStreams(
+            Descriptor(openRetrying(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW, privateFileMode)));
         m_opened = fileState(m_file);
         if (m_opened.plain())
             return true;

@@ -66,6 +66,11 @@ int Notes::forEach(const char *owner, const NoteReader &reader)
     return rows(statement, reader);
 }
 
+int Notes::forgetAll()
+{
+    return sqlite3_exec(m_db, "DROP TABLE IF EXISTS note", nullptr, nullptr, nullptr);
+}
+
 int Notes::rows(Statement &statement, const NoteReader &reader)
 {
     int code = SQLITE_OK;

@@ -36,6 +36,8 @@ public:
     int read(const NoteKey &note, const NoteReader &reader);
     // All notes of an owner in order of their keys.
     int forEach(const char *owner, const NoteReader &reader);
+    // Removes the notes of all owners.
+    int forgetAll();
 
 private:
     int prepare(Statement &statement, const char *sql);

@@ -112,6 +112,16 @@ extern "C" int rkCFGRename(const char *utf8Name, const char *newUtf8Name)
     });
 }
 
+extern "C" int rkCFGCopy(const char *utf8Name, const char *newUtf8Name)
+{
+    static const char call[] = "rkCFGCopy";
+    return guarded(call, failed, [&] {
+        if (utf8Name == nullptr || newUtf8Name == nullptr || !validName(utf8Name) || !validName(newUtf8Name))
+            return refuse(call, notAName, failed);
+        return copyConfiguration(StoreAccess(RKCFG_DEFAULT_STORE), utf8Name, newUtf8Name);
+    });
+}
+
 extern "C" int rkCFGChanged(void *handle, uint64_t *mark)
 {
     static const char call[] = "rkCFGChanged";
@@ -199,5 +209,5 @@ extern "C" int rkCFGTakeBack(void *handle, int64_t batch, int force, int dryRun,
 
 extern "C" const char *rkCFGVersion(void)
 {
-    return "2.1";
+    return "2.2";
 }

@@ -182,6 +182,31 @@ std::unique_ptr<Connection> tryOpen(const Paths &paths, const Manner &manner, Fi
     return nullptr;
 }
 
+Result forgetNotes(const std::string &path, const Manner &manner)
+{
+    Result result;
+    const std::unique_ptr<Connection> connection = Connection::open(path, manner, result);
+    const int code = connection ? connection->notes().forgetAll() : SQLITE_OK;
+    return code == SQLITE_OK ? result : Result{code, connection->message(code)};
+}
+
+Result putCopyInPlace(const Paths &paths, const Paths &target, bool withNotes)
+{
+    const std::string fresh = target.database + ".new";
+    removeWithSidecars(fresh);
+    const Journal journal = onNetwork(paths.folder) ? Journal::Delete : Journal::Wal;
+    Result result = soundCopy(paths.database, {journal}, fresh, journal);
+    if (result.ok() && !withNotes)
+        result = forgetNotes(fresh, {journal, true});
+    if (result.ok() && !syncFile(fresh))
+        result = diskRefused("syncing a file");
+    if (result.ok())
+        result = putInPlace(target, fresh);
+    if (!result.ok())
+        removeWithSidecars(fresh);
+    return result;
+}
+
 bool needsHands(const FileState &identity, const Result &result)
 {
     return identity.exists ? result.damage() : identity.missing();
@@ -231,20 +256,19 @@ Result removeStore(const Paths &paths)
     return syncFolder(paths.folder) ? Result{} : diskRefused("syncing the directory");
 }
 
+Result copyStore(const Paths &paths, const Paths &target)
+{
+    const Result result = putCopyInPlace(paths, target, false);
+    if (!result.ok() || syncFolder(paths.folder))
+        return result;
+    return diskRefused("syncing the directory");
+}
+
 Result renameStore(const Paths &paths, const Paths &target)
 {
-    const std::string fresh = target.database + ".new";
-    removeWithSidecars(fresh);
-    const Journal journal = onNetwork(paths.folder) ? Journal::Delete : Journal::Wal;
-    Result result = soundCopy(paths.database, {journal}, fresh, journal);
-    if (result.ok() && !syncFile(fresh))
-        result = diskRefused("syncing a file");
-    if (result.ok())
-        result = putInPlace(target, fresh);
-    if (!result.ok()) {
-        removeWithSidecars(fresh);
+    const Result result = putCopyInPlace(paths, target, true);
+    if (!result.ok())
         return result;
-    }
     rename(paths.goodCopy.c_str(), target.goodCopy.c_str());
     rename(paths.olderCopy.c_str(), target.olderCopy.c_str());
     return removeStore(paths);

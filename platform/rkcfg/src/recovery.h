@@ -20,6 +20,9 @@ std::unique_ptr<Connection> openConfiguration(const Paths &paths, FolderLock &lo
 // directory's lock exclusively, as the next.
 Result removeStore(const Paths &paths);
 
+// A copy under the new name, without the notes. It gets its name when it is complete and synced.
+Result copyStore(const Paths &paths, const Paths &target);
+
 // A complete copy under the new name first, then the old one is removed: after a crash there is at
 // least one of them.
 Result renameStore(const Paths &paths, const Paths &target);

@@ -27,4 +27,4 @@ for (const name of names) {
 }
 for (const failure of failures) console.error(failure);
 console.log(`${names.length} fixed texts judged, ${failures.length} failures`);
-process.exit(failures.length || names.length < 1300 ? 1 : 0);
+process.exit(failures.length || names.length < 1550 ? 1 : 0);

@@ -30,6 +30,12 @@ private slots:
     void renamedTakesTheLogAlong();
     void renameRefusesWhatIsThere();
     void damagedIsNotRenamed();
+    void copiedIsWhole();
+    void copyOfTheDefaultTakesItsLogAlong();
+    void copyRefusesWhatIsThere();
+    void copyWaitsForNobody();
+    void damagedIsNotCopied();
+    void whatAKilledCopyLeftIsInNobodysWay();
     void versionIsTold();
 
 private:
@@ -105,6 +111,9 @@ void TestRkcfgHandles::strangeNamesAreRefused()
     QVERIFY(rkCFGDelete("../a") != 0);
     QVERIFY(rkCFGRename("a", nullptr) != 0);
     QVERIFY(rkCFGRename("a", "a/b") != 0);
+    QVERIFY(rkCFGCopy(nullptr, "a") != 0);
+    QVERIFY(rkCFGCopy("a", nullptr) != 0);
+    QVERIFY(rkCFGCopy("a", ".b") != 0);
     QCOMPARE(m_home->files(QStringLiteral("*.rkcfg")), QStringList());
 }
 
@@ -298,9 +307,98 @@ void TestRkcfgHandles::damagedIsNotRenamed()
     QCOMPARE(m_home->files(QStringLiteral("day*")), QStringList());
 }
 
+void TestRkcfgHandles::copiedIsWhole()
+{
+    make("night", 1);
+    make("night", 2);
+    void *const night = rkCFGOpen("night", 0);
+    QCOMPARE(rkCFGSetNote(night, "owner", "key", "note", 4), 0);
+    QCOMPARE(rkCFGCopy("night", "day"), 0);
+    void *const day = rkCFGOpen("day", 0);
+    QCOMPARE(values(day), words("p|n|2"));
+    QCOMPARE(changes(day), words("p|n|->1 p|n|1>2"));
+    uint32_t size = 0;
+    QVERIFY(rkCFGNote(day, "owner", "key", nullptr, &size) != 0); // it speaks of the other one
+    QCOMPARE(rkCFGNote(night, "owner", "key", nullptr, &size), 0);
+    // Two configurations from now on.
+    QVERIFY(put(day, "n", 3));
+    QVERIFY(put(night, "n", 4));
+    QCOMPARE(get(day, "n"), 3u);
+    QCOMPARE(get(night, "n"), 4u);
+    rkCFGClose(day, 1);
+    rkCFGClose(night, 1);
+    QCOMPARE(Direct(m_home->database(QStringLiteral("day"))).ask("PRAGMA integrity_check"), QByteArray("ok"));
+    QCOMPARE(m_home->files(QStringLiteral("*.new*")), QStringList());
+}
+
+void TestRkcfgHandles::copyOfTheDefaultTakesItsLogAlong()
+{
+    Worker worker;
+    worker.ask("setn p n 1");
+    worker.ask("setn p n 2");
+    worker.kill();
+    QVERIFY(QFile::exists(m_home->database() + QStringLiteral("-wal")));
+    QCOMPARE(rkCFGCopy("default", "day"), 0);
+    void *const day = rkCFGOpen("day", 0);
+    QCOMPARE(get(day, "n"), 2u);
+    rkCFGClose(day, 0);
+    QCOMPARE(number("p", "n"), 2u);
+}
+
+void TestRkcfgHandles::copyRefusesWhatIsThere()
+{
+    make("night", 1);
+    make("day", 2);
+    QVERIFY(rkCFGCopy("night", "day") != 0);
+    QVERIFY(rkCFGCopy("night", "night") != 0);
+    void *const day = rkCFGOpen("day", 0);
+    QCOMPARE(get(day, "n"), 2u);
+    rkCFGClose(day, 0);
+    QVERIFY(rkCFGCopy("none", "other") != 0);
+    QCOMPARE(m_home->files(QStringLiteral("other*")), QStringList());
+}
+
+// Neither another process's transaction nor one of this process ends up in a copy by half.
+void TestRkcfgHandles::copyWaitsForNobody()
+{
+    make("night", 1);
+    Worker worker;
+    QCOMPARE(worker.ask("begin"), QByteArray("0"));
+    QVERIFY(rkCFGCopy("night", "day") != 0);
+    QCOMPARE(worker.ask("end 1"), QByteArray("0"));
+    putNumber("p", "n", 5);
+    QCOMPARE(rkCFGBegin(store), 0);
+    QVERIFY(rkCFGCopy("night", "day") != 0);
+    QCOMPARE(rkCFGEnd(store, 1), 0);
+    QCOMPARE(m_home->files(QStringLiteral("day*")), QStringList());
+    QCOMPARE(rkCFGCopy("night", "day"), 0);
+}
+
+void TestRkcfgHandles::damagedIsNotCopied()
+{
+    make("night", 1);
+    const QByteArray damage = noise(5000, 3);
+    overwrite(m_home->database(QStringLiteral("night")), damage);
+    QVERIFY(rkCFGCopy("night", "day") != 0);
+    QCOMPARE(content(m_home->database(QStringLiteral("night"))), damage);
+    QCOMPARE(m_home->files(QStringLiteral("day*")), QStringList());
+}
+
+void TestRkcfgHandles::whatAKilledCopyLeftIsInNobodysWay()
+{
+    make("night", 1);
+    overwrite(m_home->database(QStringLiteral("day")) + QStringLiteral(".new"), noise(5000, 4));
+    QCOMPARE(tool({QStringLiteral("configs")}).out, QByteArray("default\nnight\n"));
+    QCOMPARE(rkCFGCopy("night", "day"), 0);
+    void *const day = rkCFGOpen("day", 0);
+    QCOMPARE(get(day, "n"), 1u);
+    rkCFGClose(day, 0);
+    QCOMPARE(m_home->files(QStringLiteral("*.new*")), QStringList());
+}
+
 void TestRkcfgHandles::versionIsTold()
 {
-    QCOMPARE(rkCFGVersion(), "2.1");
+    QCOMPARE(rkCFGVersion(), "2.2");
 }
 
 QTEST_GUILESS_MAIN(TestRkcfgHandles)

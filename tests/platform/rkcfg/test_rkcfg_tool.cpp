@@ -21,6 +21,7 @@ private slots:
     void setKnowsTheServersNames_data();
     void setKnowsTheServersNames();
     void setMendsTheTypeOfAKnownName();
+    void forceKeepsTheTypeOfAKnownName();
     void setRefusesNewNames();
     void unsetRemoves();
     void setDwordTakesNumbersOnly_data();
@@ -34,6 +35,7 @@ private slots:
     void helpAndVersion();
     void failureIsTold();
     void fullOutputIsTold();
+    void aClosedOutputIsNoFileOfTheStore();
 
 private:
     std::unique_ptr<StoreHome> m_home;
@@ -163,6 +165,19 @@ void TestRkcfgTool::setMendsTheTypeOfAKnownName()
     putNumber("KWX\\Internal0\\IpConfig", "ReceiveDestinationIp", 7);
     QCOMPARE(tool(words("set --force KWX\\Internal0\\IpConfig ReceiveDestinationIp 10.0.0.1")).code, 0);
     QCOMPARE(text("KWX\\Internal0\\IpConfig", "ReceiveDestinationIp"), QByteArray("10.0.0.1"));
+}
+
+// It is for names that nobody knows; what is known stays what the server reads.
+void TestRkcfgTool::forceKeepsTheTypeOfAKnownName()
+{
+    const char *const path = "KWX\\Internal3\\IpConfig";
+    QCOMPARE(tool(words("set --force KWX\\Internal3\\IpConfig ReceiveDestinationPort 5006")).code, 0);
+    QCOMPARE(number(path, "ReceiveDestinationPort"), 5006u);
+    QCOMPARE(tool(words("set --force kwx\\internal3\\ipconfig ClockDomain 127")).code, 0);
+    QCOMPARE(number(path, "ClockDomain"), 127u);
+    QCOMPARE(tool(words("set --force KWX\\Internal3\\IpConfig ReceiveDestinationPort many")).code, 2);
+    QCOMPARE(number(path, "ReceiveDestinationPort"), 5006u);
+    QCOMPARE(text(path, "ReceiveDestinationPort"), std::nullopt);
 }
 
 void TestRkcfgTool::setRefusesNewNames()
@@ -330,6 +345,19 @@ void TestRkcfgTool::fullOutputIsTold()
     process.start(QStringLiteral(CORVEL_BIN_DIR "/rkcfg"), words("get p n"));
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitCode(), 3);
+}
+
+// The first file that is opened would get the number of standard output, and what is printed would end in it.
+void TestRkcfgTool::aClosedOutputIsNoFileOfTheStore()
+{
+    QCOMPARE(tool(words("set --force p n 7")).code, 0);
+    QProcess shell;
+    shell.start(QStringLiteral("/bin/sh"),
+                {QStringLiteral("-c"), QStringLiteral(CORVEL_BIN_DIR "/rkcfg list >&-; " CORVEL_BIN_DIR
+                                                                     "/rkcfg get p n >&- 2>&- <&-")});
+    QVERIFY(shell.waitForFinished());
+    QCOMPARE(content(m_home->path(QStringLiteral("/.rkcfg-lock"))), QByteArray());
+    QCOMPARE(text("p", "n"), QByteArray("7"));
 }
 
 QTEST_GUILESS_MAIN(TestRkcfgTool)
