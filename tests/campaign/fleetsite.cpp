@@ -105,9 +105,18 @@ qint64 FleetSite::untilEqual(const char *after)
 {
     QElapsedTimer timer;
     timer.start();
-    if (!eventually([this] { return equal(); }, patienceMs()))
+    qint64 tookMs = 0;
+    const auto looked = [&] { // the looking must not be what keeps the machine busy
+        const qint64 startMs = timer.elapsed();
+        const bool same = equal();
+        tookMs = timer.elapsed();
+        if (!same)
+            QTest::qWait(static_cast<int>(3 * (tookMs - startMs)));
+        return same;
+    };
+    if (!eventually(looked, patienceMs()))
         tellDifference(after);
-    return timer.elapsed();
+    return tookMs;
 }
 
 void FleetSite::tellDifference(const char *after)

@@ -161,9 +161,9 @@ void MergeModel::makeState(int at, int path, bool deletion)
     Machine &machine = m_machines[static_cast<std::size_t>(at)];
     const auto index = static_cast<std::size_t>(path);
     const int node = static_cast<int>(m_nodes.size());
-    const Documents &bases = machine.replica->memory.bases;
     m_nodes.push_back({path, deletion, {machine.node[index]}});
-    m_nodes.back().unheard = bases.count(keyAt(path)) == 0 || bases.at(keyAt(path)).deleted();
+    const Documents &bases = machine.replica->memory.bases;
+    m_nodes.back().agreedOnNothing = bases.count(keyAt(path)) == 0 || bases.at(keyAt(path)).deleted();
     machine.node[index] = node;
     if (deletion) {
         machine.deletion[index] = node;
@@ -423,8 +423,7 @@ void MergeModel::coverDeletions(int path, std::vector<bool> &covered) const
         const Node &made = m_nodes[node];
         if (made.path != path || !made.deletion || covered[node])
             continue;
-        const bool unheard = made.unheard || !everShared(static_cast<int>(node));
-        if (unheard || stoodForByAnother(static_cast<int>(node), covered))
+        if (unheard(static_cast<int>(node)) || stoodForByAnother(static_cast<int>(node), covered))
             cover(static_cast<int>(node), covered);
     }
 }
@@ -444,15 +443,19 @@ bool MergeModel::stoodForByAnother(int deletion, const std::vector<bool> &covere
     return false;
 }
 
-bool MergeModel::everShared(int node) const
+// It only took back what nobody else knew: what the others had heard of last was nothing, or a deletion as
+// well. Of a state that was set by hand as another has it, nobody can tell from whom they heard of it.
+bool MergeModel::unheard(int deletion) const
 {
-    std::vector<bool> ancestors(m_nodes.size());
-    cover(node, ancestors);
-    for (std::size_t ancestor = 1; ancestor < m_nodes.size(); ++ancestor) {
-        if (ancestors[ancestor] && m_nodes[ancestor].shared)
-            return true;
+    if (m_nodes[static_cast<std::size_t>(deletion)].agreedOnNothing)
+        return true;
+    int before = m_nodes[static_cast<std::size_t>(deletion)].parents.front();
+    for (; before != 0; before = m_nodes[static_cast<std::size_t>(before)].parents.front()) {
+        const Node &made = m_nodes[static_cast<std::size_t>(before)];
+        if (made.shared || !made.copiedOver.empty())
+            return made.deletion || !made.copiedOver.empty();
     }
-    return false;
+    return true;
 }
 
 void MergeModel::share(const Entry &entry)

@@ -53,7 +53,7 @@ private:
         std::vector<int> copiedOver{}; // what gave way to it where it was set by hand a second time
         std::vector<int> same{};       // equal states that were made elsewhere
         bool shared = false;           // was in the cluster
-        bool unheard = false;          // a deletion at a machine that had agreed with the others on nothing
+        bool agreedOnNothing = false;  // its maker with the others, or on a deletion, when it was made
         // Made a second time by somebody who did not have what it was made of: a state set by hand that
         // another has, a deletion on both sides. So what it was made of may have been overruled, though it
         // stands.
@@ -87,7 +87,7 @@ private:
     void lookAtConflicts(int path, int stands);
     void coverDeletions(int path, std::vector<bool> &covered) const;
     bool stoodForByAnother(int deletion, const std::vector<bool> &covered) const;
-    bool everShared(int node) const;
+    bool unheard(int deletion) const;
     void share(const fleet::Entry &entry);
     void lookAtPuttingBack(int path, int node);
     void lookForLosses(int path, std::vector<bool> covered);
