@@ -14,6 +14,7 @@
 namespace {
 
 constexpr quint64 kAtOnce = 100; // schedules taken by a thread
+constexpr quint64 kTellEvery = 10000;
 
 // The rule that is hardest to notice: nothing gets lost by it, it only makes conflicts that need not be.
 Breakage breakage()
@@ -58,11 +59,19 @@ private:
     {
         const QString wrong = MergeModel(seed, m_breakage).run();
         const std::lock_guard<std::mutex> lock(m_mutex);
-        ++m_done;
+        if (++m_done % kTellEvery == 0)
+            tell();
         if (wrong.isEmpty())
             return;
         ++m_wrong;
         m_problems.add("schedule %llu: %s", static_cast<unsigned long long>(seed), qPrintable(wrong));
+    }
+
+    void tell() const
+    {
+        printf("%llu of %llu\n", static_cast<unsigned long long>(m_done),
+               static_cast<unsigned long long>(m_count));
+        fflush(stdout);
     }
 
     const Breakage m_breakage = breakage();
