@@ -147,7 +147,7 @@ void Board::setRemoteState(const std::string &key, Item &item, const Entry *entr
     const bool news = entry && (m_restored || entry->modRevision != item.expected);
     item.expected = entry ? entry->modRevision : Put::kAbsent;
     if (!entry) {
-        item.gone = item.gone || (m_restored && item.base);
+        item.gone = item.gone || (m_restored && agreedOf(item));
         item.remote.reset();
         item.foreign.clear();
     }
@@ -186,8 +186,13 @@ Action Board::actionOf(const Item &item) const
 {
     if (!item.foreign.isEmpty() || !item.unshared.isEmpty())
         return Action::Nothing;
-    const bool orphan = m_serverKept && item.gone && !item.remote;
-    const State agreed = orphan ? nullptr : agreedOf(item);
+    const State agreed = agreedOf(item);
+    // Only desks have it left: a deletion as well, or somebody's older copy would come back and stay.
+    if (m_serverKept && item.gone && !item.remote) {
+        const bool something = !sameContent(stateOf(item.local), agreed) || !sameContent(agreed, nullptr);
+        const auto situation = something ? Situation::LocalOnly : Situation::Equal;
+        return m_rules[static_cast<int>(m_role)][static_cast<int>(situation)];
+    }
     return merge(m_role, stateOf(item.local), agreed, stateOf(item.remote), m_restored || item.gone, m_rules);
 }
 
@@ -263,7 +268,8 @@ void Board::applied(const Transaction &transaction)
             known.base = step.base;
         if (step.flights)
             known.flights = *step.flights;
-        known.gone = known.gone && !step.base;
+        const bool back = step.base && known.remote && sameState(*step.base, *known.remote);
+        known.gone = known.gone && !back; // a push that had landed before it got lost says nothing
     }
 }
 

@@ -38,7 +38,10 @@ void Machine::start()
 {
     m_process.setProcessEnvironment(environment());
     m_process.setStandardErrorFile(path(QStringLiteral("said")), QIODevice::Append);
-    m_process.start(QStringLiteral(CORVEL_BIN_DIR "/corvel-fleet"), {QStringLiteral("run")});
+    QStringList words =
+        m_launcher + QStringList{QStringLiteral(CORVEL_BIN_DIR "/corvel-fleet"), QStringLiteral("run")};
+    const QString program = words.takeFirst();
+    m_process.start(program, words);
     QVERIFY(m_process.waitForStarted());
 }
 

@@ -14,6 +14,8 @@ public:
             const QByteArray &sections = {});
     ~Machine() { kill(); }
 
+    // What the service is started through: a program that becomes it.
+    void startThrough(const QStringList &launcher) { m_launcher = launcher; }
     void start();
     // SIGTERM; the exit code, -1 when it did not end.
     int stop();
@@ -34,13 +36,13 @@ public:
     QByteArray status() const; // the status file
     void writeConfig(const QByteArray &text) const;
     QByteArray config() const { return m_config; }
-
-private:
     QProcessEnvironment environment() const;
 
+private:
     const Plant &m_plant;
     QTemporaryDir m_home;
     QByteArray m_config;
+    QStringList m_launcher;
     QProcess m_process;
 };
 

@@ -53,7 +53,6 @@ MergeModel::MergeModel(quint64 seed, const Breakage &breakage) : m_random(seed),
     m_deletes = chance(500);
     m_copies = chance(300);
     m_restores = chance(300);
-    m_plain = !m_deletes;
     m_cluster.onPut = [this](const Entry &entry) { share(entry); };
     for (int at = 0; at < kMachines; ++at)
         makeMachine(at);
@@ -133,6 +132,7 @@ void MergeModel::work(int at)
     Machine &machine = m_machines[static_cast<std::size_t>(at)];
     if (!machine.keeper)
         start(at);
+    m_putting = at;
     try {
         machine.keeper->work();
     } catch (const Killed &) {
@@ -161,16 +161,28 @@ void MergeModel::makeState(int at, int path, bool deletion)
     Machine &machine = m_machines[static_cast<std::size_t>(at)];
     const auto index = static_cast<std::size_t>(path);
     const int node = static_cast<int>(m_nodes.size());
-    m_nodes.push_back({path, at, deletion, {machine.node[index]}, {}, false, false});
+    m_nodes.push_back({path, deletion, {machine.node[index]}});
     const Documents &bases = machine.replica->memory.bases;
-    m_nodes.back().unheard = bases.count(keyAt(path)) == 0 || bases.at(keyAt(path)).deleted();
+    m_nodes.back().agreedOnNothing = bases.count(keyAt(path)) == 0 || bases.at(keyAt(path)).deleted();
     machine.node[index] = node;
-    if (deletion)
+    if (deletion) {
         machine.deletion[index] = node;
+        meetOtherDeletions(node);
+    }
     Document document = documentOf(path, node);
     if (deletion)
         document.values.clear();
     machine.replica->edit(keyAt(path), document);
+}
+
+void MergeModel::meetOtherDeletions(int node)
+{
+    Node &made = m_nodes[static_cast<std::size_t>(node)];
+    for (int other = 1; other < node; ++other) {
+        Node &before = m_nodes[static_cast<std::size_t>(other)];
+        if (before.deletion && before.path == made.path)
+            made.met = before.met = true;
+    }
 }
 
 // Somebody sets by hand what another machine has.
@@ -181,8 +193,8 @@ void MergeModel::copyState(int at, int path)
     const int other = m_machines[static_cast<std::size_t>(below(kMachines))].node[index];
     if (other == 0 || m_nodes[static_cast<std::size_t>(other)].deletion || other == machine.node[index])
         return;
-    m_plain = false;
-    m_nodes[static_cast<std::size_t>(other)].parents.push_back(machine.node[index]);
+    m_nodes[static_cast<std::size_t>(other)].copiedOver.push_back(machine.node[index]);
+    m_nodes[static_cast<std::size_t>(other)].met = true;
     machine.node[index] = other;
     machine.replica->edit(keyAt(path), documentOf(path, other));
 }
@@ -259,6 +271,7 @@ void MergeModel::step()
 void MergeModel::disturb(int at)
 {
     MemoryLink &link = *m_machines[static_cast<std::size_t>(at)].link;
+    m_putting = at;
     const int dice = below(m_restores ? 160 : 92);
     if (dice < 25)
         link.cut = !link.cut;
@@ -286,7 +299,10 @@ void MergeModel::restoreCluster()
     m_cluster = *m_snapshot;
     m_cluster.identity = identity;
     m_cluster.compact();
-    m_plain = false;
+    m_wasRestored = true;
+    for (int path = 0; path < kPaths; ++path)
+        m_lost[static_cast<std::size_t>(path)] =
+            m_cluster.entries.count(documentPrefix(kPlace) + keyAt(path)) == 0;
     for (Machine &machine : m_machines) {
         machine.link->forgetLate();
         machine.link->breakWatch(WatchSink::End::Gone);
@@ -306,9 +322,10 @@ void MergeModel::keepConflicts()
 
 void MergeModel::comeToRest()
 {
-    for (Machine &machine : m_machines) {
-        machine.link->cut = false;
-        machine.link->arriveLate();
+    for (m_putting = 0; m_putting < kMachines; ++m_putting) {
+        MemoryLink &link = *m_machines[static_cast<std::size_t>(m_putting)].link;
+        link.cut = false;
+        link.arriveLate();
     }
     int calm = 0;
     for (int round = 0; round < kMostRounds && calm < 8 && m_wrong.isEmpty(); ++round) {
@@ -348,11 +365,7 @@ void MergeModel::lookAtPath(int path, const Documents &cluster)
     const std::string key = keyAt(path);
     const auto remote = cluster.find(key);
     const State state = remote != cluster.end() ? &remote->second : nullptr;
-    std::vector<bool> covered(m_nodes.size());
-    if (state)
-        cover(nodeOf(*state), covered, false);
-    if (m_plain)
-        lookAtConflicts(path, covered);
+    lookAtConflicts(path, state ? nodeOf(*state) : 0);
     for (Machine &machine : m_machines) {
         const auto local = machine.replica->values.find(key);
         if (!sameContent(local != machine.replica->values.end() ? &local->second : nullptr, state))
@@ -366,16 +379,20 @@ void MergeModel::lookAtPath(int path, const Documents &cluster)
     lookForLosses(path, std::vector<bool>(m_nodes.size()));
 }
 
-// A server's own edit stands, and what is part of what stands was not overruled.
-void MergeModel::lookAtConflicts(int path, const std::vector<bool> &alive)
+// A server's own edit stands, and what is part of what stands was not overruled. That a cluster which was set
+// up again has older states is not their fault: there a conflict may tell of what is part of newer ones.
+void MergeModel::lookAtConflicts(int path, int stands)
 {
+    std::vector<bool> alive(m_nodes.size());
+    cover(stands, alive, Follow::Certain);
     for (const auto &[id, conflict] : m_conflicts) {
         const int node = nodeOf(conflict.overruled);
-        if (m_nodes[static_cast<std::size_t>(node)].path != path)
+        const Node &overruled = m_nodes[static_cast<std::size_t>(node)];
+        if (overruled.path != path || m_wasRestored)
             continue;
-        if (m_nodes[static_cast<std::size_t>(node)].machine == 0)
+        if (conflict.overruled.by.who == kWho[0])
             wrong(QStringLiteral("a server's edit was overruled"));
-        if (alive[static_cast<std::size_t>(node)])
+        if (alive[static_cast<std::size_t>(node)] && !overruled.met)
             wrong(QStringLiteral("a conflict about what was not lost"));
     }
 }
@@ -398,46 +415,87 @@ void MergeModel::lookForLosses(int path, std::vector<bool> covered)
     }
 }
 
-// One deletion is like another: where one is kept, whoever else deleted the path got what they wanted.
+// One deletion is like another: where one is kept, whoever else deleted the path got what they wanted; but
+// not by one that they had known of and edited away.
 void MergeModel::coverDeletions(int path, std::vector<bool> &covered) const
 {
-    bool kept = false;
-    for (std::size_t node = 1; node < m_nodes.size(); ++node)
-        kept = kept || (covered[node] && m_nodes[node].path == path && m_nodes[node].deletion);
     for (std::size_t node = 1; node < m_nodes.size(); ++node) {
-        const bool unheard = m_nodes[node].unheard || !everShared(static_cast<int>(node));
-        if (m_nodes[node].path == path && m_nodes[node].deletion && (kept || unheard))
+        const Node &made = m_nodes[node];
+        if (made.path != path || !made.deletion || covered[node])
+            continue;
+        if (unheard(static_cast<int>(node)) || stoodForByAnother(static_cast<int>(node), covered))
             cover(static_cast<int>(node), covered);
     }
 }
 
-bool MergeModel::everShared(int node) const
+bool MergeModel::stoodForByAnother(int deletion, const std::vector<bool> &covered) const
 {
-    std::vector<bool> ancestors(m_nodes.size());
-    cover(node, ancestors);
-    for (std::size_t ancestor = 1; ancestor < m_nodes.size(); ++ancestor) {
-        if (ancestors[ancestor] && m_nodes[ancestor].shared)
+    std::vector<bool> before(m_nodes.size());
+    cover(deletion, before, Follow::Parents);
+    for (std::size_t node = 1; node < m_nodes.size(); ++node) {
+        const Node &other = m_nodes[node];
+        if (!covered[node] || before[node] || other.path != m_nodes[static_cast<std::size_t>(deletion)].path)
+            continue;
+        const Node &parent = m_nodes[static_cast<std::size_t>(other.parents.front())];
+        if (other.deletion || parent.deletion)
             return true;
     }
     return false;
 }
 
+// It only took back what nobody else knew: what the others had heard of last was nothing, or a deletion as
+// well. Of a state that was set by hand as another has it, nobody can tell from whom they heard of it.
+bool MergeModel::unheard(int deletion) const
+{
+    if (m_nodes[static_cast<std::size_t>(deletion)].agreedOnNothing)
+        return true;
+    int before = m_nodes[static_cast<std::size_t>(deletion)].parents.front();
+    for (; before != 0; before = m_nodes[static_cast<std::size_t>(before)].parents.front()) {
+        const Node &made = m_nodes[static_cast<std::size_t>(before)];
+        if (made.shared || !made.copiedOver.empty())
+            return made.deletion || !made.copiedOver.empty();
+    }
+    return true;
+}
+
 void MergeModel::share(const Entry &entry)
 {
     const ops::Outcome<Document> document = readDocument(entry.value);
-    if (document && entry.key.find("/servers/") != std::string::npos)
-        m_nodes[static_cast<std::size_t>(nodeOf(*document))].shared = true;
+    if (!document || entry.key.find("/servers/") == std::string::npos)
+        return;
+    const int node = nodeOf(*document);
+    m_nodes[static_cast<std::size_t>(node)].shared = true;
+    lookAtPuttingBack(pathAt(keyOfPath(document->path)), node);
 }
 
-// A node and all that it was made of; also what was the same without that, when so wanted.
-void MergeModel::cover(int node, std::vector<bool> &covered, bool withSame) const
+// What the cluster lost comes back from the server, if it has it: a desk's copy may be older.
+void MergeModel::lookAtPuttingBack(int path, int node)
+{
+    const auto index = static_cast<std::size_t>(path);
+    const int servers = m_machines[0].node[index];
+    std::vector<bool> before(m_nodes.size());
+    cover(servers, before, Follow::Certain);
+    const bool older = node != servers && before[static_cast<std::size_t>(node)];
+    const MemoryReplica &replica = *m_machines[static_cast<std::size_t>(m_putting)].replica;
+    const bool agreed =
+        replica.memory.bases.count(keyAt(path)) > 0; // else it never heard that it had arrived
+    if (m_lost[index] && m_putting != 0 && agreed && older && !m_nodes[static_cast<std::size_t>(node)].met)
+        wrong(QStringLiteral("a desk put back what the server has newer"));
+    m_lost[index] = false;
+}
+
+// A node and all that it was made of.
+void MergeModel::cover(int node, std::vector<bool> &covered, Follow follow) const
 {
     if (covered[static_cast<std::size_t>(node)])
         return;
     covered[static_cast<std::size_t>(node)] = true;
     const Node &made = m_nodes[static_cast<std::size_t>(node)];
-    for (const int parent : made.parents)
-        cover(parent, covered, withSame);
-    for (const int other : withSame ? made.same : std::vector<int>())
-        cover(other, covered, withSame);
+    const bool all = follow == Follow::All;
+    for (const int parent : follow == Follow::Certain && made.met ? std::vector<int>() : made.parents)
+        cover(parent, covered, follow);
+    for (const int other : all ? made.copiedOver : std::vector<int>())
+        cover(other, covered, follow);
+    for (const int other : all ? made.same : std::vector<int>())
+        cover(other, covered, follow);
 }

@@ -48,12 +48,16 @@ private:
     // A state that somebody made, and what it was made of.
     struct Node {
         int path = 0;
-        int machine = 0;
         bool deletion = false;
         std::vector<int> parents;
-        std::vector<int> same; // equal states that were made elsewhere
-        bool shared = false;   // was in the cluster
-        bool unheard = false;  // a deletion that only took back what nobody else had heard of
+        std::vector<int> copiedOver{}; // what gave way to it where it was set by hand a second time
+        std::vector<int> same{};       // equal states that were made elsewhere
+        bool shared = false;           // was in the cluster
+        bool agreedOnNothing = false;  // its maker with the others, or on a deletion, when it was made
+        // Made a second time by somebody who did not have what it was made of: a state set by hand that
+        // another has, a deletion on both sides. So what it was made of may have been overruled, though it
+        // stands.
+        bool met = false;
     };
 
     struct Killed {};
@@ -70,6 +74,7 @@ private:
     void disturb(int at);
     void edit(int at);
     void makeState(int at, int path, bool deletion);
+    void meetOtherDeletions(int node);
     void copyState(int at, int path);
     void work(int at);
     void restoreCluster();
@@ -79,12 +84,19 @@ private:
     bool atRest() const;
     void look();
     void lookAtPath(int path, const fleet::Documents &cluster);
-    void lookAtConflicts(int path, const std::vector<bool> &alive);
+    void lookAtConflicts(int path, int stands);
     void coverDeletions(int path, std::vector<bool> &covered) const;
-    bool everShared(int node) const;
+    bool stoodForByAnother(int deletion, const std::vector<bool> &covered) const;
+    bool unheard(int deletion) const;
     void share(const fleet::Entry &entry);
+    void lookAtPuttingBack(int path, int node);
     void lookForLosses(int path, std::vector<bool> covered);
-    void cover(int node, std::vector<bool> &covered, bool withSame = true) const;
+    enum class Follow {
+        All,     // whatever became part of a state in one way or another
+        Parents, // what its maker had before
+        Certain, // only as long as nobody else made the same without having had that
+    };
+    void cover(int node, std::vector<bool> &covered, Follow follow = Follow::All) const;
     int nodeOf(const fleet::Document &document);
     void applied(int at, const std::string &key, const fleet::Document &document);
     void noted(int at, const std::string &key, const fleet::Document &document);
@@ -103,10 +115,9 @@ private:
     bool m_deletes = true;  // somebody also deletes
     bool m_restores = true; // the cluster goes back to an older state
     bool m_copies = true;   // somebody sets what another has
-    // Each state was made once and by one machine only, and the cluster lost nothing: then a conflict tells
-    // of what is really lost. Two who delete the same at the same time agree, though one may have been
-    // overruled.
-    bool m_plain = true;
+    bool m_wasRestored = false;
+    std::array<bool, kPaths> m_lost{}; // the cluster was set up again without the path
+    int m_putting = 0;                 // who speaks to the cluster at the moment
     QString m_wrong;
 };
 

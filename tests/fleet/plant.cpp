@@ -11,9 +11,12 @@ Plant::~Plant()
         killNode(node);
 }
 
-// Every process has four loopback addresses for itself, so that the ports can always be the same.
+// Unless told otherwise every process has four loopback addresses for itself, so that the ports can always be
+// the same.
 QByteArray Plant::host(int node) const
 {
+    if (!m_hosts.isEmpty())
+        return m_hosts.at(node);
     const int id = static_cast<int>(getpid());
     const auto part = [](int number) { return '.' + QByteArray::number(number); };
     return "127" + part(64 + ((id >> 14) & 63)) + part((id >> 6) & 255) + part((id & 63) * 4 + node);
@@ -112,9 +115,11 @@ bool Plant::start()
     if (!succeeded(setup({QStringLiteral("ca"), folder()}), "the authority"))
         return false;
     for (int node = 0; node < kNodes; ++node) {
-        const QStringList words{QStringLiteral("node"), folder(), QStringLiteral("node%1").arg(node),
-                                QString::fromLatin1(host(node)),
-                                QStringLiteral("127.0.0.1")}; // where members come from on this interface
+        QStringList words{QStringLiteral("node"), folder(), QStringLiteral("node%1").arg(node),
+                          QString::fromLatin1(host(node)),
+                          QStringLiteral("127.0.0.1")}; // where members come from on this interface
+        for (const QByteArray &other : m_hosts)         // or from the address that they call
+            words.append(QString::fromLatin1(other));
         if (!succeeded(setup(words), "a member's certificate"))
             return false;
     }

@@ -53,6 +53,9 @@ public:
     Plant();
     ~Plant();
 
+    // Other addresses than loopback ones: this machine has them already. Before start().
+    void useHosts(const QByteArrayList &hosts) { m_hosts = hosts; }
+
     // Certificates, members, users. False when that failed; error() says why.
     bool start();
     QByteArray error() const { return m_error; }
@@ -63,7 +66,8 @@ public:
     QByteArray endpoints() const;
 
     bool startNode(int node, const QStringList &flags = {});
-    void killNode(int node); // as kill -9
+    void killNode(int node);                                                                  // as kill -9
+    qint64 nodePid(int node) const { return m_nodes[node] ? m_nodes[node]->processId() : 0; } // 0: ended
     bool healthy() const;
     int leader() const; // -1: none
 
@@ -83,6 +87,7 @@ private:
     bool succeeded(const ProgramResult &result, const char *what);
 
     QTemporaryDir m_folder;
+    QByteArrayList m_hosts;
     QByteArray m_error;
     std::unique_ptr<QProcess> m_nodes[kNodes];
 };

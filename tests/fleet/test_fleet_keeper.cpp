@@ -36,6 +36,8 @@ private slots:
     void conflictIsKeptAndTold();
     void otherRoleIsRefused();
     void serverTellsThatItHasPutAllBack();
+    void deletionThatOnlyADeskHasLeftGoesUp();
+    void pushThatLandedBeforeTheLossIsKept();
     void aliveIsToldAtADesk();
     void statusCountsWhatWaits();
 
@@ -45,6 +47,7 @@ private:
     void edit(const char *path, quint32 value);
     QByteArray remote(const char *path) const;
     void putRemote(const char *path, quint32 value, const QByteArray &who = "desk-3");
+    void loseMemory(); // the cluster is set up again, empty
 
     qint64 m_nowMs = 0;
     quint32 m_chance = 0; // what chance gives, in per cent of its limit
@@ -429,6 +432,49 @@ void TestFleetKeeper::serverTellsThatItHasPutAllBack()
     run(1000);
     QCOMPARE(remote("P"), QByteArray("1 by server"));
     QCOMPARE(m_cluster->entries[keptKey(kPlace)].value, std::string("7"));
+}
+
+void TestFleetKeeper::loseMemory()
+{
+    m_cluster->entries.clear();
+    m_cluster->identity = 7;
+    m_link->breakWatch(WatchSink::End::Gone);
+}
+
+// Else another desk's copy would come back, and this one would look like what both had agreed on for good.
+void TestFleetKeeper::deletionThatOnlyADeskHasLeftGoesUp()
+{
+    m_keeper = keeper(Role::Desk);
+    edit("P", 1);
+    run(100);
+    m_link->cut = true;
+    m_replica->edit(keyOfPath("P"), Document{"P", {}, 0, {}});
+    m_keeper->touched();
+    loseMemory();
+    m_cluster->put({{keptKey(kPlace), "7"}}); // the server has nothing
+    m_link->cut = false;
+    run(60000);
+    QCOMPARE(remote("P"), QByteArray("deleted"));
+}
+
+// The store was busy when the push had landed; before it could be noted the cluster forgot it. What the
+// server puts there then has not seen it.
+void TestFleetKeeper::pushThatLandedBeforeTheLossIsKept()
+{
+    m_keeper = keeper(Role::Desk);
+    bool held = true;
+    m_replica->busy = [&] { return held && m_link->commits > 0; };
+    edit("P", 1);
+    run(100);
+    QCOMPARE(remote("P"), QByteArray("1 by desk-1"));
+    loseMemory();
+    run(1000);
+    held = false;
+    run(1000);
+    putRemote("P", 5, "server");
+    run(1000);
+    QCOMPARE(m_replica->values[keyOfPath("P")].values["value"].number, 5u);
+    QCOMPARE(m_cluster->below(conflictPrefix(kPlace)).size(), std::size_t(1));
 }
 
 void TestFleetKeeper::aliveIsToldAtADesk()

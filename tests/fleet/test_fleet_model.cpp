@@ -42,8 +42,6 @@ QString runSchedules(quint64 count, const Breakage &breakage)
     return QString();
 }
 
-// Not here: a desk that puts back what the cluster lost before its server has. The server overrules that, so
-// nothing is lost; waiting only spares conflicts.
 // clang-format off
 const Breakage kBreakages[] = {
     {"server: its edits stay here",             Role::Server, Situation::LocalOnly,  Action::Nothing},
@@ -62,6 +60,7 @@ const Breakage kBreakages[] = {
     {"desk: its edit stands",                   Role::Desk,   Situation::BothDiffer, Action::Overrule},
     {"desk: its edit is dropped",               Role::Desk,   Situation::BothDiffer, Action::Apply},
     {"desk: the cluster's edit is dropped",     Role::Desk,   Situation::BothDiffer, Action::Push},
+    {"desk: puts back what the cluster lost",   Role::Desk,   Situation::Gone,       Action::Push},
     {"desk: forgets what only it has left",     Role::Desk,   Situation::Older,      Action::Apply},
 };
 // clang-format on
