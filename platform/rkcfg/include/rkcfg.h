@@ -23,9 +23,10 @@
  *
  * Every call may be made from any thread, and in a child after fork(); calls take turns. A call
  * blocks for as long as the disk takes and at most one second for another process; after one such
- * wait in vain, the following calls do not wait at all until one succeeds. No call throws or ends the
- * process. Failures, null pointers and unknown handles give the result for absent, unchanged or
- * failed and one log line through ErrOut; the same failure again is logged once.
+ * wait in vain, the following calls do not wait at all until one succeeds, nor for another second
+ * unless one has written. No call throws or ends the process. Failures, null pointers and unknown
+ * handles give the result for absent, unchanged or failed and one log line through ErrOut; the same
+ * failure again is logged once.
  *
  * The first seven calls are the original interface. All others are optional: a site's own library
  * may lack them, so a program that shall run with any library looks them up at run time.
