@@ -101,8 +101,7 @@ void QCorvelPrivate::listConfigs()
     watchStore();
 }
 
-// ------------------------------------------------------------------------------------------------ taking
-// over
+// ---------------------------------------------------------------------------------------------- taking over
 
 // What belongs to no channel. A load does not show it.
 void QCorvelPrivate::followNode()

@@ -97,16 +97,16 @@ private:
     std::string m_folder;
     std::string m_reported;
     bool m_reportedHeld = false; // it was that another process holds the store
-    int m_fork = 0;           // the process that the connection belongs to
-    bool m_suspect = false;   // something was found damaged: the next opening checks all of the file
-    bool m_thorough = false;  // the present one was opened so
-    bool m_unsynced = false;  // written by us since the last sync
-    bool m_uncopied = false;  // written by us since the last good copy was looked at
-    bool m_lostWrite = false; // a write failed since the last save
-    bool m_poisoned = false;  // a write failed since the transaction began
-    bool m_saveAtEnd = false; // a save was asked for inside the transaction
-    bool m_writing = false;   // this call asked for a lock for writing
-    bool m_wrote = false;     // and had it
+    int m_fork = 0;              // the process that the connection belongs to
+    bool m_suspect = false;      // something was found damaged: the next opening checks all of the file
+    bool m_thorough = false;     // the present one was opened so
+    bool m_unsynced = false;     // written by us since the last sync
+    bool m_uncopied = false;     // written by us since the last good copy was looked at
+    bool m_lostWrite = false;    // a write failed since the last save
+    bool m_poisoned = false;     // a write failed since the transaction began
+    bool m_saveAtEnd = false;    // a save was asked for inside the transaction
+    bool m_writing = false;      // this call asked for a lock for writing
+    bool m_wrote = false;        // and had it
     bool m_networkTold = false;
     bool m_readOnlyTold = false;
     bool m_folderSynced = false;
