@@ -18,6 +18,7 @@ namespace ops {
 namespace {
 
 constexpr int kLongestName = 64;
+constexpr char kAnyPath[] = "KWX";
 
 // What rkcfg.h says of a name.
 Outcome<Done> checkNewName(const QByteArray &name)
@@ -56,7 +57,7 @@ Outcome<Done> tell(Call *call, const char *what, const QByteArray &name, const N
     return refused('"' + name + "\" could not be " + what);
 }
 
-// For a library that cannot copy. A copy that could not be filled is none.
+// A copy that could not be filled is none.
 Outcome<Done> fillCopy(const QByteArray &from, const QByteArray &to, const Snapshot &values)
 {
     Outcome<Store> target = Store::open(to, true);
@@ -66,6 +67,16 @@ Outcome<Done> fillCopy(const QByteArray &from, const QByteArray &to, const Snaps
     if (!filled && libraryCalls().deleteConfiguration)
         libraryCalls().deleteConfiguration(to.constData());
     return filled;
+}
+
+// For a library that cannot copy by itself.
+Outcome<Done> copyValues(const QByteArray &from, const QByteArray &to)
+{
+    const Outcome<Store> source = Store::open(from);
+    if (!source)
+        return source.failure();
+    const Outcome<Snapshot> values = source->read();
+    return values ? fillCopy(from, to, *values) : values.failure();
 }
 
 } // namespace
@@ -116,17 +127,13 @@ Outcome<Done> copyConfiguration(const QByteArray &from, const QByteArray &to, Do
     const Outcome<Done> checked = checkPair(from, to);
     if (!checked || doing == Doing::Check)
         return checked;
+    if (!libraryCalls().copyConfiguration)
+        return copyValues(from, to);
     // The default configuration has no file before somebody reads it.
-    const Outcome<Store> source =
-        from == defaultConfiguration() ? Outcome<Store>(Store()) : Store::open(from);
-    if (!source)
-        return source.failure();
-    const Outcome<Snapshot> values = source->read();
-    if (!values)
-        return values.failure();
-    if (libraryCalls().copyConfiguration)
-        return tell(libraryCalls().copyConfiguration, "copied", from, to);
-    return fillCopy(from, to, *values);
+    const Outcome<Snapshot> read = from == defaultConfiguration() ? Store().read(kAnyPath) : Snapshot();
+    if (!read)
+        return read.failure();
+    return tell(libraryCalls().copyConfiguration, "copied", from, to);
 }
 
 Outcome<Done> renameConfiguration(const QByteArray &from, const QByteArray &to, Doing doing)

@@ -77,7 +77,7 @@ public:
         process.setWorkingDirectory(QFileInfo(m_home.path("x")).path());
         process.start(CtlHome::program(), QString::fromUtf8(command).split(QLatin1Char(' ')));
         QVERIFY(process.waitForStarted());
-        process.waitForFinished(static_cast<int>(m_random() % static_cast<unsigned>(m_whole)) / 1000);
+        process.waitForFinished(static_cast<int>(m_random() % static_cast<unsigned>(m_whole * 5 / 4)) / 1000);
         process.kill();
         process.waitForFinished();
     }
