@@ -31,6 +31,8 @@ void addCommands(Command app, FleetContext &context)
     addConflictCommands(app, context);
     addMembershipCommands(app, context);
     addManyServersCommands(app, context);
+    addRestoreCommand(app, context);
+    addCheckCommand(app, context);
 }
 
 int run(CLI::App &app, Context &context, int argc, char **argv)
