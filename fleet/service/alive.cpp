@@ -79,15 +79,20 @@ Number number(const ops::Json &json, const char *name)
     return found != json.end() && found->is_number_integer() ? found->get<Number>() : Number();
 }
 
-// What is no state is not shown as one.
+// What is to be shown on a terminal: a short plain text, or nothing.
+QByteArray wordMember(const ops::Json &json, const char *name)
+{
+    const QByteArray word = textMember(json, name);
+    return plainText(word, kMaxWordBytes) ? word : QByteArray();
+}
+
 std::optional<PtpSeen> ptpOf(const ops::Json &json)
 {
     const ops::Json *ptp = memberOf(json, "ptp");
-    if (!ptp || !plainText(textMember(*ptp, "state"), kMaxWordBytes))
+    if (!ptp || wordMember(*ptp, "state").isEmpty())
         return std::nullopt;
-    const QByteArray grandmaster = textMember(*ptp, "grandmaster");
-    return PtpSeen{textMember(*ptp, "state"), number<quint32>(*ptp, "domain"),
-                   plainText(grandmaster, kMaxWordBytes) ? grandmaster : QByteArray()};
+    return PtpSeen{wordMember(*ptp, "state"), number<quint32>(*ptp, "domain"),
+                   wordMember(*ptp, "grandmaster")};
 }
 
 } // namespace
@@ -116,8 +121,8 @@ std::optional<Alive> readAlive(std::string_view text)
     if (!parseForeign(text, kMaxBytes, kMaxDepth, &json).isEmpty() || !json.is_object())
         return std::nullopt;
     Alive alive;
-    alive.version = textMember(json, "version");
-    alive.configuration = textMember(json, "configuration");
+    alive.version = wordMember(json, "version");
+    alive.configuration = wordMember(json, "configuration");
     alive.startedMs = timeOfText(textMember(json, "started"));
     const auto inStep = json.find("inStep");
     alive.inStep = inStep != json.end() && inStep->is_boolean() && inStep->get<bool>();

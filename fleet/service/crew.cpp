@@ -212,9 +212,13 @@ void Crew::signOfLife()
         m_aliveMs = steadyMs() + kRosterMs;
         return;
     }
+    if (heardRevision() != m_saidRevision) // somebody may be waiting for that
+        m_aliveMs = std::min(m_aliveMs, m_saidMs + kSoonMs);
     if (steadyMs() < m_aliveMs)
         return;
-    m_aliveMs = steadyMs() + kAliveMs;
+    m_saidMs = steadyMs();
+    m_saidRevision = heardRevision();
+    m_aliveMs = m_saidMs + kAliveMs;
     lookAtPtp();
     const std::string key = aliveKey(m_config.site, m_config.name);
     const Outcome outcome = m_gate.keepAlive(key, aliveText(ownAlive()), kLeaseSeconds);
@@ -222,6 +226,17 @@ void Crew::signOfLife()
         return tellInUse();
     for (const auto &post : m_posts)
         post.second->doubt();
+}
+
+// Of all that is in step.
+std::int64_t Crew::heardRevision() const
+{
+    std::int64_t sum = 0;
+    for (const auto &post : m_posts) {
+        const KeeperStatus status = post.second->status().status;
+        sum += status.inStep ? status.revision : 0;
+    }
+    return sum;
 }
 
 void Crew::lookAtPtp()

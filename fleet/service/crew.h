@@ -25,6 +25,7 @@ class Crew {
 public:
     static constexpr int kLeaseSeconds = 10;
     static constexpr qint64 kAliveMs = 3000;
+    static constexpr qint64 kSoonMs = 1000;    // after news, when the last one is so long ago
     static constexpr qint64 kRosterMs = 15000; // a desk looks for servers; with as much chance again
 
     static constexpr qint64 kFirstRosterMs = 1000;
@@ -54,6 +55,7 @@ private:
     void signOfLife();
     void tellInUse();
     void lookAtPtp();
+    std::int64_t heardRevision() const;
     Alive ownAlive() const;
     void report();
     bool reportDue();
@@ -78,6 +80,8 @@ private:
     qint64 m_startedMs = 0;
     qint64 m_rosterMs = 0;
     qint64 m_aliveMs = 0;
+    qint64 m_saidMs = 0;             // when it last said that it lives
+    std::int64_t m_saidRevision = 0; // and how far it had come
     qint64 m_reportedMs = 0;
     bool m_news = true; // something else to tell
     bool m_looked = true;

@@ -72,7 +72,7 @@ void Reading::takeServers(const Range &range)
             takeDocument(entry, rest.substr(before), &view.configurations[partOf(parts, 1)]);
         else if (parts.at(1) == "alive")
             view.alive = readAlive(entry.value);
-        else if (parts.at(1) == "default")
+        else if (parts.at(1) == "default" && isConfigurationName(QByteArray::fromStdString(entry.value)))
             view.inUse = QByteArray::fromStdString(entry.value);
     }
 }

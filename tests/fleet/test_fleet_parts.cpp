@@ -115,6 +115,8 @@ void TestFleetParts::aForeignSignOfLifeIsNotTaken_data()
         << QByteArray("{\"format\":1,\"interfaces\":[1,{\"name\":2},{\"addresses\":[1,\"x\"],"
                       "\"networks\":[7,\"x/y\",\"10.0.0.0\",\"10.0.0.0/33\",\"/8\"]}]}")
         << true;
+    QTest::newRow("words that no terminal should get")
+        << QByteArray("{\"format\":1,\"version\":\"\\u001b[2J\",\"configuration\":\"a\\nb\"}") << true;
     QTest::newRow("odd PTP") << QByteArray("{\"format\":1,\"ptp\":{\"state\":\"\\u0007\",\"domain\":\"x\"}}")
                              << true;
     QTest::newRow("no PTP") << QByteArray("{\"format\":1,\"ptp\":\"locked\"}") << true;
