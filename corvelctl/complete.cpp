@@ -51,6 +51,11 @@ const struct {
     {"config use", Wanted::Configuration, Wanted::Configuration},
     {"sdp load", Wanted::File, Wanted::Channel},
     {"sdp write", Wanted::Place, Wanted::Place},
+    {"fleet status", Wanted::Configuration, Wanted::Configuration}, // a desk's copies have the servers' names
+    {"fleet conflicts list", Wanted::Configuration, Wanted::Configuration},
+    {"fleet diff", Wanted::Configuration, Wanted::Configuration},
+    {"fleet set", Wanted::Place, Wanted::Assignment},
+    {"fleet copy", Wanted::Configuration, Wanted::Place},
 };
 
 // Options whose values are known to the server. Those with a list of their own are asked themselves.
@@ -60,7 +65,7 @@ const struct {
 } kValues[] = {
     {"-c", Wanted::Configuration}, {"--config", Wanted::Configuration}, {"--interface", Wanted::Interface},
     {"--of", Wanted::Channel},     {"--channel", Wanted::Channel},      {"--fields", Wanted::Field},
-    {"--step", Wanted::Step},
+    {"--step", Wanted::Step},      {"--where", Wanted::Configuration},
 };
 
 // Where the words lead: the command, and what stands behind it.
@@ -317,13 +322,19 @@ QByteArrayList candidates(const CLI::App &app, const Context &context, const Lin
 
 } // namespace
 
-QByteArrayList completions(const CLI::App &app, Context &context, const QByteArrayList &words)
+int complete(const CLI::App &app, Context &context, int argc, char **argv, const char *under)
 {
-    const Line line = readLine(app, context, words);
+    QByteArrayList words;
+    for (int at = 2; at < argc; ++at)
+        words.append(argv[at]);
+    Line line = readLine(app, context, words);
+    line.path.prepend(under);
     QByteArrayList found;
     for (const QByteArray &candidate : candidates(app, context, line)) {
         if (candidate.startsWith(line.current) && !found.contains(candidate))
             found.append(candidate);
     }
-    return found;
+    for (const QByteArray &candidate : found)
+        context.out.line(candidate);
+    return context.out.finish() ? Done : StoreFailed;
 }

@@ -7,7 +7,9 @@
 
 #include "corvelctl/context.h"
 
-// The candidates for the last of the words, which may be empty; nothing where a file name is wanted.
-QByteArrayList completions(const CLI::App &app, Context &context, const QByteArrayList &words);
+// Prints the candidates for the last of the words, which may be empty; nothing where a file name is wanted.
+// The words stand behind "__complete". under: what stands before them in corvelctl's own commands, "fleet " in
+// the program that those words are handed to. Gives the exit code.
+int complete(const CLI::App &app, Context &context, int argc, char **argv, const char *under = "");
 
 #endif

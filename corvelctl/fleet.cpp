@@ -55,6 +55,13 @@ int handOver(const Context &context, const std::vector<std::string> &rest)
 
 } // namespace
 
+int completeFleet(const Context &context, int argc, char **argv)
+{
+    std::vector<std::string> rest{"__complete"};
+    rest.insert(rest.end(), argv + 3, argv + argc);
+    return handOver(context, rest);
+}
+
 void addFleetCommand(Command &app, Context &context)
 {
     app.addHandedOn(

@@ -116,17 +116,6 @@ int run(CLI::App &app, Context &context, int argc, char **argv)
     return StoreFailed;
 }
 
-// "__complete" and the words so far; before everything else, as they are no words of ours yet.
-int complete(const CLI::App &app, Context &context, int argc, char **argv)
-{
-    QByteArrayList words;
-    for (int at = 2; at < argc; ++at)
-        words.append(argv[at]);
-    for (const QByteArray &candidate : completions(app, context, words))
-        context.out.line(candidate);
-    return context.out.finish() ? Done : StoreFailed;
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -142,6 +131,9 @@ int main(int argc, char **argv)
     addFamilies(Command(app), context);
     giveExamples(app);
     app.footer(kFooter); // after the others, which would inherit it
+    // Before everything else, as the words are none of ours yet.
+    if (argc > 3 && qstrcmp(argv[1], "__complete") == 0 && qstrcmp(argv[2], "fleet") == 0)
+        return completeFleet(context, argc, argv);
     if (argc > 1 && qstrcmp(argv[1], "__complete") == 0)
         return complete(app, context, argc, argv);
     return run(app, context, argc, argv);

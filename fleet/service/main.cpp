@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // corvel-fleet: the service, and its commands for people. docs/corvel-fleet.1 is its manual.
+#include "corvelctl/complete.h"
 #include "corvelctl/options.h"
 #include "fleet/service/service.h"
 #include "fleet/tool/fleetcontext.h"
@@ -62,5 +63,7 @@ int main(int argc, char **argv)
     app.add_option("--file", context.file, "The configuration file, when it is not the usual one");
     addCommonOptions(app, context);
     addCommands(Command(app), context);
+    if (argc > 1 && qstrcmp(argv[1], "__complete") == 0) // of corvelctl fleet
+        return complete(app, context, argc, argv, "fleet ");
     return run(app, context, argc, argv);
 }

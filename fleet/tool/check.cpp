@@ -28,6 +28,8 @@ ops::ServerSettings settingsOf(const QByteArray &name, const fleet::ServerView &
 int check(Context &context, const CheckOptions &options)
 {
     return withServers(context, listOf(options.where), [&](const Chosen &chosen) {
+        if (chosen.servers.empty())
+            return context.nothing(chosen.nobody());
         std::vector<ops::ServerSettings> servers;
         for (const auto &[name, view] : chosen.servers)
             servers.push_back(settingsOf(name, *view));

@@ -28,6 +28,12 @@ QByteArrayList listOf(const std::vector<std::string> &words)
     return list;
 }
 
+QByteArray Chosen::nobody() const
+{
+    return site.empty() ? QByteArray("no server shares anything yet")
+                        : "no server is meant by --where " + where.text();
+}
+
 QByteArrayList namesAsWhere(const std::vector<std::string> &names)
 {
     return names.empty() ? QByteArrayList() : QByteArrayList{listOf(names).join(',')};
@@ -49,8 +55,6 @@ ops::Outcome<Chosen> choose(const Context &context, const QByteArrayList &texts)
         if (chosen.where.matches(view))
             chosen.servers.emplace(name, &view);
     }
-    if (chosen.servers.empty() && !chosen.site.empty() && !texts.isEmpty())
-        return ops::wrong("no server is meant by --where " + chosen.where.text());
     return chosen;
 }
 

@@ -26,9 +26,11 @@ struct Chosen {
     fleet::Where where;
     fleet::SiteView site;                                    // all that were read
     std::map<QByteArray, const fleet::ServerView *> servers; // those of them that are meant
+
+    QByteArray nobody() const; // what to say when none is
 };
 
-// Reads the servers. A failure as well when none is meant, unless there are none at all.
+// Reads the servers.
 ops::Outcome<Chosen> choose(const Context &context, const QByteArrayList &where);
 
 // Reads the servers and lets work(chosen) do the rest.

@@ -89,7 +89,7 @@ int status(Context &context, const StatusOptions &options)
             rows.push_back(row(name, *view));
         }
         if (chosen.servers.empty())
-            return context.nothing("no server shares anything yet");
+            return context.nothing(chosen.nobody());
         for (const QByteArray &line : aligned(rows))
             context.out.line(line);
         for (const auto &[name, view] : chosen.servers)

@@ -6,9 +6,11 @@
 
 #include <QThread>
 
+#include <nlohmann/json.hpp>
+
 namespace {
 
-constexpr int kTakenMs = 30000;
+constexpr int kSecond = 1000;
 constexpr int kLookMs = 200;
 constexpr std::size_t kWave = 50; // that are written before they are waited for
 
@@ -57,11 +59,26 @@ ops::Outcome<Plan> plan(const Context &context, const Chosen &chosen, const Chan
     return plan;
 }
 
+void print(Output &out, const Planned &planned)
+{
+    if (out.isText()) {
+        out.line(planned.server + ':');
+        return printChanges(out, planned.edit.changes);
+    }
+    for (const ops::Change &change : planned.edit.changes) {
+        out.item([&] {
+            Json item = changeItem(change);
+            item["server"] = jsonText(planned.server);
+            return item;
+        });
+    }
+}
+
 // Until the server's sign of life says that it has it. A server that is off has not.
 ops::Outcome<ops::Done> waitFor(fleet::EtcdCluster &cluster, const fleet::SiteEdit &edit,
-                                std::int64_t revision)
+                                std::int64_t revision, int seconds)
 {
-    for (int waited = 0; waited < kTakenMs; waited += kLookMs) {
+    for (int waited = 0; waited < seconds * kSecond; waited += kLookMs) {
         const auto taken = fleet::takenBy(cluster, edit, revision);
         if (taken && *taken == fleet::Taken::Yes)
             return ops::Done();
@@ -69,18 +86,18 @@ ops::Outcome<ops::Done> waitFor(fleet::EtcdCluster &cluster, const fleet::SiteEd
             return ops::refused("an edit made on the server stands instead");
         QThread::msleep(kLookMs);
     }
-    return ops::refused("the server has not taken it within 30 s");
+    return ops::refused("the server has not taken it within " + QByteArray::number(seconds) + " s");
 }
 
 // Writes to the servers of the plan, wave by wave.
 class Writer {
 public:
-    Writer(Context &context, const Connection &connection, const Plan &plan)
-        : m_context(context), m_connection(connection), m_plan(plan)
+    Writer(Context &context, const Connection &connection, const Plan &plan, const WaveOptions &options)
+        : m_context(context), m_connection(connection), m_plan(plan), m_options(options)
     {
     }
 
-    int run(const WaveOptions &options);
+    int run();
 
 private:
     bool wave(std::size_t first, std::size_t end, bool wait);
@@ -89,6 +106,7 @@ private:
     Context &m_context;
     const Connection &m_connection;
     const Plan &m_plan;
+    const WaveOptions &m_options;
     std::size_t m_written = 0;
 };
 
@@ -115,7 +133,8 @@ bool Writer::wave(std::size_t first, std::size_t end, bool wait)
             m_context.out.note(one.server + ": written");
     }
     for (std::size_t at = first; wait && at < end; ++at) {
-        const auto taken = waitFor(*m_connection.cluster, m_plan[at].edit, revisions[at - first]);
+        const auto taken =
+            waitFor(*m_connection.cluster, m_plan[at].edit, revisions[at - first], m_options.within);
         if (!taken)
             return failed(m_plan[at].server, taken.failure());
         m_context.out.note(m_plan[at].server + ": taken");
@@ -123,12 +142,12 @@ bool Writer::wave(std::size_t first, std::size_t end, bool wait)
     return true;
 }
 
-int Writer::run(const WaveOptions &options)
+int Writer::run()
 {
-    const std::size_t canary = std::min<std::size_t>(static_cast<std::size_t>(options.canary), m_plan.size());
+    const std::size_t canary = std::min(static_cast<std::size_t>(m_options.canary), m_plan.size());
     bool fine = wave(0, canary, true);
     for (std::size_t first = canary; fine && first < m_plan.size(); first += kWave)
-        fine = wave(first, std::min(first + kWave, m_plan.size()), options.wait);
+        fine = wave(first, std::min(first + kWave, m_plan.size()), m_options.wait);
     return fine ? Done : m_written > 0 ? Partly : StoreFailed;
 }
 
@@ -139,20 +158,21 @@ void declareWaves(Command &command, WaveOptions &waves)
     declareWhere(command, waves.where).required();
     command.option("--canary", waves.canary, "So many first and waited for; the rest only when all took it")
         .within(0, 100000);
+    command.option("--within", waves.within, "Seconds that a server has to take it, 30 when left out")
+        .within(1, 3600);
     command.flag("--wait", waves.wait, "Wait until every server took it, in waves of 50");
 }
 
 int changeServers(Context &context, const WaveOptions &options, const ChangeMaker &make)
 {
     return withServers(context, listOf(options.where), [&](const Chosen &chosen) {
+        if (chosen.servers.empty()) // a slip, where something was to be done
+            return context.usage(chosen.nobody());
         const auto planned = plan(context, chosen, make);
         if (!planned)
             return context.fail(planned.failure());
-        for (const Planned &one : *planned) {
-            if (context.out.isText())
-                context.out.line(one.server + ':');
-            printChanges(context.out, one.edit.changes);
-        }
+        for (const Planned &one : *planned)
+            print(context.out, one);
         if (planned->empty())
             return context.nothing("nothing to change");
         const QByteArray servers = counted(planned->size(), "server");
@@ -160,6 +180,6 @@ int changeServers(Context &context, const WaveOptions &options, const ChangeMake
             return context.nothing(servers + " would change");
         if (!agreed(context, "Change " + servers + '?'))
             return static_cast<int>(Usage);
-        return Writer(context, chosen.connection, *planned).run(options);
+        return Writer(context, chosen.connection, *planned, options).run();
     });
 }

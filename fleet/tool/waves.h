@@ -11,9 +11,10 @@ struct WaveOptions {
     std::vector<std::string> where;
     int canary = 0;
     bool wait = false;
+    int within = 30; // seconds for a server to take it
 };
 
-// --where, --canary, --wait
+// --where, --canary, --wait, --within
 void declareWaves(Command &command, WaveOptions &waves);
 
 // One server of those that are meant.
