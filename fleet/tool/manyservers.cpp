@@ -3,6 +3,7 @@
 #include "corvelctl/changes.h"
 #include "fleet/tool/waves.h"
 #include "ops/batch.h"
+#include "ops/vocabulary.h"
 
 namespace {
 
@@ -55,11 +56,27 @@ int set(Context &context, const SetOptions &options)
     });
 }
 
+// What exists once, by name: it lies below several key paths, with other values between.
+ops::Snapshot serverPart(const ops::Snapshot &values, const ops::Place &server)
+{
+    ops::Snapshot part;
+    for (const ops::KnownName &known : ops::knownNames()) {
+        const QByteArray path = known.place == "server" ? ops::pathOf(server, known) : QByteArray();
+        const ops::Value *value = path.isEmpty() ? nullptr : values.find(path, known.name);
+        if (value)
+            part.set(path, known.name, *value);
+    }
+    return part;
+}
+
 // Only the values below the place's key paths.
 ops::Outcome<ops::Snapshot> partOf(const ops::Snapshot &values, const QByteArray &place)
 {
     if (place.isEmpty())
         return values;
+    const auto one = ops::parsePlace(place);
+    if (one && one->channel < 0 && one->path.isEmpty())
+        return serverPart(values, *one);
     ops::Draft without(values);
     const auto removed = ops::unsetPlace(place, without);
     if (!removed)

@@ -139,6 +139,12 @@ void TestFleetCommands::copyGivesWhatAnotherHas()
     QVERIFY(eventually([&] { return m_desk->fleet(words("diff lon-1 lon-2")).code == 1; }));
     QCOMPARE(m_desk->fleet(words("--yes copy lon-1 1 --where lon-2")).code, 0);
     QVERIFY(eventually([&] { return m_second->get({}, "1/video", "tx.dst") == "239.1.5.1"; }));
+    QVERIFY(m_first->set({}, "server", "nmos.ip=10.1.1.1") &&
+            m_first->set({}, "2/video", "tx.dst=239.1.5.2"));
+    QVERIFY(eventually(
+        [&] { return m_desk->fleet(words("status --where server/nmos.ip=10.*")).out.contains("lon-1"); }));
+    const QByteArray server = m_desk->fleet(words("--dry-run copy lon-1 server --where lon-2")).out;
+    QCOMPARE(server, QByteArray("lon-2:\nserver nmos.ip: (absent) -> 10.1.1.1\n"));
 }
 
 void TestFleetCommands::aRoleThatDoesNotAllowItIsTold()
