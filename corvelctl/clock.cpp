@@ -6,7 +6,7 @@
 #include "corvelctl/findingsout.h"
 #include "corvelctl/ptpsight.h"
 #include "ops/batch.h"
-#include "ops/legs.h"
+#include "ops/place.h"
 #include "ops/vocabulary.h"
 
 namespace {
@@ -44,16 +44,13 @@ ops::Outcome<PtpWish> wishOf(const Context &context, const PtpOptions &options)
     const auto known = ops::checkChannel(options.channel, *values);
     if (!known)
         return known.failure();
-    const QByteArray path = ops::channelPath(options.channel);
-    const ops::Place video{options.channel, Element::Video, ops::kNoFlow, {}};
-    PtpWish wish;
-    wish.interface =
-        options.interface.empty() ? ops::legOf(*values, video, Side::Receive).interface : bytes(options.interface);
-    wish.domain = options.domain >= 0 ? static_cast<quint32>(options.domain)
-                                      : values->number(path, ChannelValue::ClockDomain);
-    wish.grandmaster = options.grandmaster.empty() ? values->text(path, ChannelValue::ClockGrandMaster)
-                                                   : bytes(options.grandmaster);
-    wish.seconds = options.seconds;
+    PtpWish wish{ops::ptpTargetOf(*values, options.channel), options.seconds};
+    if (!options.interface.empty())
+        wish.target.interface = bytes(options.interface);
+    if (options.domain >= 0)
+        wish.target.domain = static_cast<quint32>(options.domain);
+    if (!options.grandmaster.empty())
+        wish.target.grandmaster = bytes(options.grandmaster);
     return wish;
 }
 

@@ -6,6 +6,7 @@
 #include "ops/assignment.h"
 #include "ops/configurations.h"
 #include "ops/ipv4.h"
+#include "ops/shellwords.h"
 
 #include <CLI/CLI.hpp>
 
@@ -16,6 +17,11 @@
 #include <algorithm>
 
 namespace {
+
+struct Offered {
+    QByteArrayList words;
+    bool files = false; // a file name is right as well
+};
 
 // What a word behind a command, or behind an option, is.
 enum class Wanted {
@@ -63,6 +69,12 @@ const struct {
     {"config use", Wanted::Configuration, Wanted::Nothing},
     {"sdp load", Wanted::File, Wanted::Channel},
     {"sdp write", Wanted::Place, Wanted::Nothing},
+    {"fleet status", Wanted::Configuration, Wanted::Configuration}, // a desk's copies have the servers' names
+    {"fleet conflicts list", Wanted::Configuration, Wanted::Configuration},
+    {"fleet diff", Wanted::Configuration, Wanted::Configuration},
+    {"fleet set", Wanted::Place, Wanted::Assignment},
+    {"fleet copy", Wanted::Configuration, Wanted::Place},
+    {"fleet restore", Wanted::File, Wanted::Nothing},
 };
 
 // Options whose values are known to the server. Those with a list of their own are asked themselves.
@@ -70,13 +82,14 @@ const struct {
     const char *option;
     Wanted value;
 } kValues[] = {
-    {"-c", Wanted::Configuration},      {"--config", Wanted::Configuration},
-    {"--interface", Wanted::Interface}, {"--of", Wanted::Channel},
-    {"--channel", Wanted::Channel},     {"--fields", Wanted::Field},
-    {"--step", Wanted::Step},           {"-o", Wanted::File},
+    {"-c", Wanted::Configuration}, {"--config", Wanted::Configuration}, {"--interface", Wanted::Interface},
+    {"--of", Wanted::Channel},     {"--channel", Wanted::Channel},      {"--fields", Wanted::Field},
+    {"--step", Wanted::Step},      {"--where", Wanted::Configuration},  {"-o", Wanted::File},
     {"--output", Wanted::File},
 };
 
+constexpr char kForAnyShell[] = "__complete";
+constexpr char kForBash[] = "__complete_bash";
 constexpr char kFullHd[] = "1920x";
 constexpr char kConfiguration[] = "config:";
 
@@ -391,16 +404,52 @@ Offered candidates(const CLI::App &app, const Context &context, const Line &line
     return argumentsOf(line, context);
 }
 
-} // namespace
-
-Offered completions(const CLI::App &app, Context &context, const QByteArrayList &words)
+// What begins as the last word does, each once.
+QByteArrayList fitting(const QByteArrayList &words, const QByteArray &begun)
 {
-    const Line line = readLine(app, context, words);
-    const Offered all = candidates(app, context, line);
-    Offered found{{}, all.files};
-    for (const QByteArray &candidate : all.words) {
-        if (candidate.startsWith(line.current) && !found.words.contains(candidate))
-            found.words.append(candidate);
+    QByteArrayList found;
+    for (const QByteArray &word : words) {
+        if (word.startsWith(begun) && !found.contains(word))
+            found.append(word);
     }
     return found;
+}
+
+// What bash's line is, and nothing but the words where a shell gives those.
+ops::TypedLine typedLine(int argc, char **argv)
+{
+    if (qstrcmp(argv[1], kForBash) == 0)
+        return ops::typedLine(argc > 2 ? argv[2] : "", argc > 3 ? argv[3] : "=:");
+    ops::TypedLine line;
+    for (int at = 2; at < argc; ++at)
+        line.words.append(argv[at]);
+    return line;
+}
+
+} // namespace
+
+bool isCompletion(int argc, char **argv)
+{
+    return argc > 1 && (qstrcmp(argv[1], kForAnyShell) == 0 || qstrcmp(argv[1], kForBash) == 0);
+}
+
+bool completesUnder(const char *command, int argc, char **argv)
+{
+    const QByteArrayList words = typedLine(argc, argv).words;
+    return words.size() > 1 && words.first() == command;
+}
+
+int complete(const CLI::App &app, Context &context, int argc, char **argv, const QByteArray &under)
+{
+    const ops::TypedLine typed = typedLine(argc, argv);
+    Line line = readLine(app, context, typed.words.mid(under.isEmpty() ? 0 : 1));
+    if (!under.isEmpty())
+        line.path.prepend(under + ' ');
+    const bool bash = qstrcmp(argv[1], kForBash) == 0;
+    const Offered offered = candidates(app, context, line);
+    for (const QByteArray &word : fitting(offered.words, line.current))
+        context.out.line(bash ? ops::spelled(word, typed) : word);
+    if (!context.out.finish())
+        return StoreFailed;
+    return offered.files ? Found : Done;
 }

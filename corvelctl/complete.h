@@ -10,12 +10,15 @@
 
 #include "corvelctl/context.h"
 
-struct Offered {
-    QByteArrayList words;
-    bool files = false; // a file name is right as well
-};
+// "__complete WORD...", and "__complete_bash LINE BREAKS" with bash's line up to the cursor. Before
+// everything else, as the words behind are no words of ours yet.
+bool isCompletion(int argc, char **argv);
 
-// The candidates for the last of the words, which may be empty.
-Offered completions(const CLI::App &app, Context &context, const QByteArrayList &words);
+// Something behind this command is asked for.
+bool completesUnder(const char *command, int argc, char **argv);
+
+// Prints the candidates for the last of the words, which may be empty. under: the first word, in the program
+// that it is handed to. Gives the exit code, Found where a file name is right as well.
+int complete(const CLI::App &app, Context &context, int argc, char **argv, const QByteArray &under = {});
 
 #endif

@@ -19,5 +19,7 @@ void addTimeCommands(Command &app, Context &context);   // history, undo, redo, 
 void addWatchCommand(Command &app, Context &context);   // watch
 void addClockCommands(Command &app, Context &context);  // ptp, ptp doctor
 void addFleetCommand(Command &app, Context &context);   // fleet
+// What may follow "fleet", asked of that program; the words as they came.
+int completeFleet(const Context &context, int argc, char **argv);
 
 #endif

@@ -55,6 +55,11 @@ int handOver(const Context &context, const std::vector<std::string> &rest)
 
 } // namespace
 
+int completeFleet(const Context &context, int argc, char **argv)
+{
+    return handOver(context, {argv + 1, argv + argc});
+}
+
 void addFleetCommand(Command &app, Context &context)
 {
     app.addHandedOn(

@@ -5,7 +5,6 @@
 #include "corvelctl/families.h"
 #include "corvelctl/options.h"
 #include "corvelctl/wronguse.h"
-#include "ops/shellwords.h"
 
 #include <QTextCodec>
 
@@ -73,33 +72,6 @@ int run(CLI::App &app, Context &context, int argc, char **argv)
     return StoreFailed;
 }
 
-int offer(Context &context, const Offered &offered)
-{
-    for (const QByteArray &word : offered.words)
-        context.out.line(word);
-    if (!context.out.finish())
-        return StoreFailed;
-    return offered.files ? Found : Done;
-}
-
-// Before everything else, as the words behind it are none of ours yet.
-int complete(const CLI::App &app, Context &context, int argc, char **argv)
-{
-    QByteArrayList words;
-    for (int at = 2; at < argc; ++at)
-        words.append(argv[at]);
-    return offer(context, completions(app, context, words));
-}
-
-int completeForBash(const CLI::App &app, Context &context, int argc, char **argv)
-{
-    const ops::TypedLine line = ops::typedLine(argc > 2 ? argv[2] : "", argc > 3 ? argv[3] : "=:");
-    Offered offered = completions(app, context, line.words);
-    for (QByteArray &word : offered.words)
-        word = ops::spelled(word, line);
-    return offer(context, offered);
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -116,10 +88,8 @@ int main(int argc, char **argv)
     addFamilies(Command(app), context);
     giveExamples(app);
     app.footer(kFooter); // after the others, which would inherit it
-    const QByteArray first(argc > 1 ? argv[1] : "");
-    if (first == "__complete")
-        return complete(app, context, argc, argv);
-    if (first == "__complete_bash")
-        return completeForBash(app, context, argc, argv);
+    if (isCompletion(argc, argv))
+        return completesUnder("fleet", argc, argv) ? completeFleet(context, argc, argv)
+                                                   : complete(app, context, argc, argv);
     return run(app, context, argc, argv);
 }

@@ -131,14 +131,14 @@ void readMaster(PTP_HANDLE handle, PtpView &view)
 PtpView lookAtPtp(const PtpWish &wish, bool thorough)
 {
     PtpView view;
-    const bool all = wish.interface.isEmpty() || wish.interface == "0.0.0.0";
-    const PTP_HANDLE handle = rkPTPStart(all ? "0.0.0.0" : wish.interface.constData());
-    rkPTPSetTargetDomain(handle, wish.domain);
-    rkPTPSetTargetMacAddress(handle, wish.grandmaster.constData());
-    view.sight.interface = wish.interface;
-    view.sight.domain = wish.domain;
-    view.sight.wanted = wish.grandmaster;
-    view.sight.addressIsHere = all || rkOSIPExists(wish.interface.constData()) != 0;
+    const bool all = wish.target.interface.isEmpty() || wish.target.interface == "0.0.0.0";
+    const PTP_HANDLE handle = rkPTPStart(all ? "0.0.0.0" : wish.target.interface.constData());
+    rkPTPSetTargetDomain(handle, wish.target.domain);
+    rkPTPSetTargetMacAddress(handle, wish.target.grandmaster.constData());
+    view.sight.interface = wish.target.interface;
+    view.sight.domain = wish.target.domain;
+    view.sight.wanted = wish.target.grandmaster;
+    view.sight.addressIsHere = all || rkOSIPExists(wish.target.interface.constData()) != 0;
     view.sight.state = waitForAnswer(handle, wish.seconds, thorough);
     view.sight.reason = reasonOf(handle);
     view.sight.masters = mastersOf(handle);

@@ -5,11 +5,10 @@
 #define CORVELCTL_PTPSIGHT_H
 
 #include "ops/ptpdoctor.h"
+#include "ops/ptpwish.h"
 
 struct PtpWish {
-    QByteArray interface; // address; empty: all interfaces
-    quint32 domain = 0;
-    QByteArray grandmaster;
+    ops::PtpTarget target;
     int seconds = 8; // how long a master is waited for
 };
 

@@ -18,9 +18,10 @@ std::string placeMark(const KeeperSettings &settings)
 
 auto tied(const KeeperStatus &status)
 {
-    return std::tie(status.connected, status.inStep, status.reason, status.sinceMs, status.serverAlive,
-                    status.serverSeenMs, status.waiting, status.conflicts, status.overruled, status.refused,
-                    status.pushedMs, status.appliedMs, status.appliedFrom);
+    return std::tie(status.connected, status.inStep, status.reason, status.sinceMs, status.behindMs,
+                    status.serverAlive, status.serverSeenMs, status.storeErrors, status.waiting,
+                    status.conflicts, status.overruled, status.refused, status.pushedMs, status.appliedMs,
+                    status.appliedFrom);
 }
 
 } // namespace
@@ -40,7 +41,7 @@ Keeper::Keeper(KeeperSettings settings, Replica &replica, Cluster &cluster, Surr
     m_board.onRefusal(m_surroundings.log);
     m_nowMs = m_surroundings.steadyMs();
     m_syncMs = m_nowMs + m_pauses.upTo(kStartJitterMs);
-    m_status.sinceMs = m_surroundings.utcMs();
+    m_status.sinceMs = m_status.behindMs = m_surroundings.utcMs();
 }
 
 Keeper::~Keeper() = default;
@@ -50,11 +51,24 @@ void Keeper::touched()
     m_gather.touch(m_surroundings.steadyMs());
 }
 
+void Keeper::doubt()
+{
+    if (m_status.connected)
+        m_syncMs = m_surroundings.steadyMs();
+}
+
 qint64 Keeper::work()
 {
     m_nowMs = m_surroundings.steadyMs();
-    if (!prepare())
-        return kRefusedMs;
+    const bool prepared = prepare();
+    if (prepared)
+        workOn();
+    noteStep();
+    return prepared ? pause() : kRefusedMs;
+}
+
+void Keeper::workOn()
+{
     takeNews();
     if (lookDue())
         look();
@@ -67,7 +81,14 @@ qint64 Keeper::work()
         tellKept();
     }
     askAlive();
-    return pause();
+}
+
+void Keeper::noteStep()
+{
+    if (status().inStep)
+        m_status.behindMs = 0;
+    else if (m_status.behindMs == 0)
+        m_status.behindMs = m_surroundings.utcMs();
 }
 
 // States that were agreed on elsewhere, or in another role, would be taken for an edit here: a desk that
@@ -77,8 +98,10 @@ bool Keeper::prepare()
     Memory memory;
     if (m_recalled)
         return m_mark.place == placeMark(m_settings);
-    if (!m_replica.recall(&memory))
+    if (!m_replica.recall(&memory)) {
+        ++m_status.storeErrors;
         return false;
+    }
     m_recalled = true;
     m_mark = memory.mark;
     if (m_mark.place.empty()) {
@@ -122,6 +145,7 @@ void Keeper::look()
         return;
     Documents documents;
     if (!m_replica.read(&documents)) {
+        ++m_status.storeErrors;
         m_settleMs = m_nowMs + kBusyMs;
         return;
     }
@@ -203,9 +227,13 @@ void Keeper::askAlive()
 {
     if (m_settings.role != Role::Desk || !m_status.connected || m_nowMs < m_aliveMs)
         return;
-    m_aliveMs = m_nowMs + kAliveMs;
+    m_aliveMs = (m_nowMs / kAliveMs + 1) * kAliveMs; // all keepers of a desk at once
     Range range;
-    if (m_cluster.get(aliveKey(m_settings.place.site, m_settings.place.server), &range) != Outcome::Done)
+    const std::string key = aliveKey(m_settings.place.site, m_settings.place.server);
+    const Outcome outcome = m_cluster.get(key, &range);
+    if (outcome == Outcome::Unreachable)
+        return unreachable();
+    if (outcome != Outcome::Done)
         return;
     const bool alive = !range.entries.empty();
     if (alive)
@@ -274,6 +302,7 @@ bool Keeper::apply(Transaction transaction)
         m_localDirty = true;
         break;
     case Applied::Failed:
+        ++m_status.storeErrors;
         m_settleMs = m_nowMs + kBusyMs / 2 + m_pauses.upTo(kBusyMs);
         break;
     }

@@ -34,6 +34,7 @@ struct KeeperStatus {
     bool inStep = false; // connected, and both sides are equal
     QByteArray reason;   // why not connected
     qint64 sinceMs = 0;  // UTC: connected or away since then
+    qint64 behindMs = 0; // UTC: not in step since then; 0: it is
     bool serverAlive = false;
     qint64 serverSeenMs = 0; // UTC: when its sign of life was last there; 0: never
     int waiting = 0;         // paths that the cluster does not have as they are here
@@ -43,6 +44,7 @@ struct KeeperStatus {
     qint64 pushedMs = 0;     // UTC: when something last went either way
     qint64 appliedMs = 0;
     QByteArray appliedFrom;
+    int storeErrors = 0;       // since the start: times that the store was not to be read or written
     std::int64_t revision = 0; // of the cluster, as far as this side has heard of it; not compared
 };
 
@@ -67,6 +69,8 @@ public:
 
     // The files of the store were touched.
     void touched();
+    // Somebody has heard that the cluster does not answer: to be looked at now.
+    void doubt();
     // Does what is due. Returns the milliseconds after which it wants to be called again at the latest.
     qint64 work();
 
@@ -80,6 +84,7 @@ private:
         Receipt receipt;
     };
 
+    void workOn();
     bool prepare();
     void takeNews();
     void look();
@@ -95,6 +100,7 @@ private:
     void away(const QByteArray &reason);
     void present();
     void unreachable();
+    void noteStep();
 
     bool settle();
     bool apply(Transaction transaction);

@@ -16,12 +16,22 @@ struct KeptConfiguration {
     KeeperStatus status;
 };
 
+// What a server sees of PTP.
+struct PtpSeen {
+    QByteArray state;       // a word as that of clockStateWord()
+    quint32 domain = 0;     // that is followed, else that is asked for
+    QByteArray grandmaster; // that is followed; empty: none
+};
+
 struct FleetStatus {
     Role role = Role::Server;
     QByteArray site;
     QByteArray name;
     qint64 pid = 0; // of the service: when it is gone, what the file says is old
     std::vector<KeptConfiguration> configurations;
+    // Not in the file: programs on this machine know better.
+    std::optional<PtpSeen> ptp;
+    int unopened = 0; // configurations that are to be kept, and whose store cannot be opened
 };
 
 QByteArray statusText(const FleetStatus &status);

@@ -10,6 +10,7 @@
 #include "rkos.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -103,9 +104,16 @@ QByteArrayList configurationNames()
     return names;
 }
 
+// Without listing the others: a desk has thousands.
 bool hasConfiguration(const QByteArray &name)
 {
-    return configurationNames().contains(name);
+    if (name == defaultConfiguration())
+        return true;
+    char folder[RKOS_PATH_SIZE] = "";
+    rkOSGetConfigDir(folder);
+    const bool possible = !name.isEmpty() && !name.startsWith('.') && !name.contains('/');
+    const QByteArray file = QByteArray(folder) + name + kConfigurationSuffix;
+    return possible && QFileInfo(QFile::decodeName(file)).isFile();
 }
 
 Failure noSuchConfiguration(const QByteArray &name)

@@ -102,6 +102,9 @@ std::vector<NetInterface> machineInterfaces()
         if (entry->ifa_addr && entry->ifa_addr->sa_family == AF_INET) {
             const auto *address = reinterpret_cast<const sockaddr_in *>(entry->ifa_addr);
             interface.addresses.push_back(ntohl(address->sin_addr.s_addr));
+            const auto *netmask = reinterpret_cast<const sockaddr_in *>(entry->ifa_netmask);
+            const quint32 mask = netmask ? ntohl(netmask->sin_addr.s_addr) : ~0U;
+            interface.networks.push_back({interface.addresses.back() & mask, mask});
         }
     }
     freeifaddrs(list);

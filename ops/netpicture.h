@@ -11,19 +11,20 @@
 
 namespace ops {
 
+struct NetRoute {
+    quint32 network;
+    quint32 mask;
+};
+
 struct NetInterface {
     QByteArray name;
     std::vector<quint32> addresses; // IPv4, host order
+    std::vector<NetRoute> networks; // of those addresses
     bool up = false;                // switched on, and with a link
     bool multicast = false;
     bool loopback = false;
     int mtu = 0;          // bytes of an IP packet
     qint64 speedMbit = 0; // 0: not known
-};
-
-struct NetRoute {
-    quint32 network;
-    quint32 mask;
 };
 
 struct NetPicture {

@@ -4,6 +4,8 @@
 #include "fleet/documentjson.h"
 #include "ops/ipv4.h"
 
+#include <bitset>
+
 #include <nlohmann/json.hpp>
 
 namespace fleet {
@@ -14,26 +16,60 @@ constexpr int kFormat = 1;
 constexpr std::size_t kMaxBytes = 64 * 1024;
 constexpr int kMaxDepth = 4;
 
+QByteArray networkText(const ops::NetRoute &network)
+{
+    const int length = static_cast<int>(std::bitset<32>(network.mask).count());
+    return ops::ipv4Text(network.network) + '/' + QByteArray::number(length);
+}
+
+std::optional<ops::NetRoute> networkOf(const QByteArray &text)
+{
+    const int slash = text.indexOf('/');
+    const auto address = ops::parseIpv4(text.left(slash));
+    bool number = false;
+    const uint length = text.mid(slash + 1).toUInt(&number);
+    if (slash < 0 || !address || !number || length > 32)
+        return std::nullopt;
+    const quint32 mask = length == 0 ? 0 : ~0U << (32 - length);
+    return ops::NetRoute{*address & mask, mask};
+}
+
+ops::Json ptpJson(const PtpSeen &ptp)
+{
+    return {{"state", ops::jsonText(ptp.state)},
+            {"domain", ptp.domain},
+            {"grandmaster", ops::jsonText(ptp.grandmaster)}};
+}
+
 ops::Json interfaceJson(const AliveInterface &interface)
 {
     ops::Json addresses = ops::Json::array();
     for (const quint32 address : interface.addresses)
         addresses.push_back(ops::ipv4Text(address).toStdString());
-    return {{"name", ops::jsonText(interface.name)}, {"addresses", addresses}};
+    ops::Json networks = ops::Json::array();
+    for (const ops::NetRoute &network : interface.networks)
+        networks.push_back(networkText(network).toStdString());
+    return {{"name", ops::jsonText(interface.name)}, {"addresses", addresses}, {"networks", networks}};
+}
+
+// The entries of a list of texts that read(text) takes.
+template<class Value, class Read>
+std::vector<Value> listOf(const ops::Json &json, const char *name, const Read &read)
+{
+    std::vector<Value> values;
+    const ops::Json *list = memberOf(json, name);
+    for (const ops::Json &text : list && list->is_array() ? *list : ops::Json::array()) {
+        const auto value = read(ops::textOfJson(text).value_or(QByteArray()));
+        if (value)
+            values.push_back(*value);
+    }
+    return values;
 }
 
 AliveInterface interfaceOf(const ops::Json &json)
 {
-    AliveInterface interface;
-    interface.name = textMember(json, "name");
-    const auto addresses = json.find("addresses");
-    for (const ops::Json &text :
-         addresses != json.end() && addresses->is_array() ? *addresses : ops::Json::array()) {
-        const auto address = ops::parseIpv4(ops::textOfJson(text).value_or(QByteArray()));
-        if (address)
-            interface.addresses.push_back(*address);
-    }
-    return interface;
+    return {textMember(json, "name"), listOf<quint32>(json, "addresses", ops::parseIpv4),
+            listOf<ops::NetRoute>(json, "networks", networkOf)};
 }
 
 template<class Number>
@@ -41,6 +77,22 @@ Number number(const ops::Json &json, const char *name)
 {
     const auto found = json.find(name);
     return found != json.end() && found->is_number_integer() ? found->get<Number>() : Number();
+}
+
+// What is to be shown on a terminal: a short plain text, or nothing.
+QByteArray wordMember(const ops::Json &json, const char *name)
+{
+    const QByteArray word = textMember(json, name);
+    return plainText(word, kMaxWordBytes) ? word : QByteArray();
+}
+
+std::optional<PtpSeen> ptpOf(const ops::Json &json)
+{
+    const ops::Json *ptp = memberOf(json, "ptp");
+    if (!ptp || wordMember(*ptp, "state").isEmpty())
+        return std::nullopt;
+    return PtpSeen{wordMember(*ptp, "state"), number<quint32>(*ptp, "domain"),
+                   wordMember(*ptp, "grandmaster")};
 }
 
 } // namespace
@@ -56,6 +108,8 @@ std::string aliveText(const Alive &alive)
                       {"waiting", alive.waiting},
                       {"refused", alive.refused},
                       {"interfaces", ops::Json::array()}};
+    if (alive.ptp)
+        json["ptp"] = ptpJson(*alive.ptp);
     for (const AliveInterface &interface : alive.interfaces)
         json["interfaces"].push_back(interfaceJson(interface));
     return json.dump();
@@ -67,14 +121,15 @@ std::optional<Alive> readAlive(std::string_view text)
     if (!parseForeign(text, kMaxBytes, kMaxDepth, &json).isEmpty() || !json.is_object())
         return std::nullopt;
     Alive alive;
-    alive.version = textMember(json, "version");
-    alive.configuration = textMember(json, "configuration");
+    alive.version = wordMember(json, "version");
+    alive.configuration = wordMember(json, "configuration");
     alive.startedMs = timeOfText(textMember(json, "started"));
     const auto inStep = json.find("inStep");
     alive.inStep = inStep != json.end() && inStep->is_boolean() && inStep->get<bool>();
     alive.revision = number<std::int64_t>(json, "revision");
     alive.waiting = number<int>(json, "waiting");
     alive.refused = number<int>(json, "refused");
+    alive.ptp = ptpOf(json);
     const auto interfaces = json.find("interfaces");
     for (const ops::Json &one :
          interfaces != json.end() && interfaces->is_array() ? *interfaces : ops::Json::array()) {
@@ -89,7 +144,7 @@ std::vector<AliveInterface> aliveInterfaces(const ops::NetPicture &machine)
     std::vector<AliveInterface> interfaces;
     for (const ops::NetInterface &one : machine.interfaces) {
         if (!one.loopback && !one.addresses.empty())
-            interfaces.push_back({one.name, one.addresses});
+            interfaces.push_back({one.name, one.addresses, one.networks});
     }
     return interfaces;
 }

@@ -5,6 +5,7 @@
 #ifndef CORVEL_FLEET_SERVICE_ALIVE_H
 #define CORVEL_FLEET_SERVICE_ALIVE_H
 
+#include "fleet/statusfile.h"
 #include "ops/netpicture.h"
 
 #include <optional>
@@ -15,17 +16,19 @@ namespace fleet {
 
 struct AliveInterface {
     QByteArray name;
-    std::vector<quint32> addresses; // IPv4, host order
+    std::vector<quint32> addresses;      // IPv4, host order
+    std::vector<ops::NetRoute> networks; // of those addresses
 };
 
 struct Alive {
-    QByteArray version;        // of corvel
-    QByteArray configuration;  // in use there
-    qint64 startedMs = 0;      // UTC
-    bool inStep = false;       // it has all that the cluster has
-    std::int64_t revision = 0; // of the cluster, as far as the configuration in use has it
-    int waiting = 0;           // paths whose edits the cluster does not have yet
-    int refused = 0;           // paths that it does not take, or cannot share
+    QByteArray version;         // of corvel
+    QByteArray configuration;   // in use there
+    qint64 startedMs = 0;       // UTC
+    bool inStep = false;        // it has all that the cluster has
+    std::int64_t revision = 0;  // of the cluster, as far as the configuration in use has it
+    int waiting = 0;            // paths whose edits the cluster does not have yet
+    int refused = 0;            // paths that it does not take, or cannot share
+    std::optional<PtpSeen> ptp; // nothing: that machine cannot tell
     std::vector<AliveInterface> interfaces;
 };
 

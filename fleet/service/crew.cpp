@@ -4,6 +4,7 @@
 #include "fleet/service/alive.h"
 #include "fleet/service/say.h"
 #include "ops/configurations.h"
+#include "ops/store.h"
 
 #include <QDateTime>
 #include <QRandomGenerator>
@@ -16,7 +17,7 @@ namespace fleet {
 
 Crew::Crew(Config config, const EtcdOptions &options, News news)
     : m_config(std::move(config)), m_cluster(etcdCluster(options)), m_gate(*m_cluster, steadyMs),
-      m_news(std::move(news)), m_desk(m_config)
+      m_site(m_gate, serversPrefix(m_config.site), steadyMs), m_tell(std::move(news)), m_desk(m_config)
 {
 }
 
@@ -89,12 +90,18 @@ qint64 Crew::round()
 {
     takeWakes();
     lookAtRoster();
+    const bool more = openSome();
     qint64 next = std::min(m_rosterMs, m_aliveMs);
-    for (const auto &post : m_posts)
+    for (const auto &post : m_posts) {
         next = std::min(next, post.second->work(steadyMs()));
+        m_news = post.second->takeNews() || m_news;
+    }
     signOfLife();
-    report();
-    return std::max<qint64>(0, std::min(next, m_aliveMs) - steadyMs());
+    if (reportDue())
+        report();
+    else if (m_news)
+        next = std::min(next, m_reportedMs + kReportMs);
+    return more ? 0 : std::max<qint64>(0, std::min(next, m_aliveMs) - steadyMs());
 }
 
 void Crew::takeWakes()
@@ -107,6 +114,7 @@ void Crew::takeWakes()
     }
     if (touches.count(QByteArray()) > 0 && m_config.role == Role::Server)
         m_rosterMs = 0;
+    m_ptpDue = m_ptpDue || !touches.empty();
     for (const auto &[configuration, post] : m_posts) {
         if (touches.count(configuration) > 0)
             post->touched();
@@ -122,7 +130,7 @@ void Crew::lookAtRoster()
     m_rosterMs = steadyMs() + kRosterMs + QRandomGenerator::global()->bounded(static_cast<int>(kRosterMs));
     if (m_config.role == Role::Server)
         return assign(serverAssignments(m_config));
-    const bool found = m_desk.look(m_gate);
+    const bool found = m_desk.look(cluster());
     if (found)
         assign(m_desk.assignments());
     if (m_assignments.empty()) // nobody yet: soon again
@@ -145,21 +153,37 @@ void Crew::assign(Assignments assignments)
     for (auto post = m_posts.begin(); post != m_posts.end();)
         post = kept.count(post->first) > 0 ? std::next(post) : m_posts.erase(post);
     m_assignments = std::move(assignments);
+    m_toOpen.clear();
+    m_unopened.clear();
+    m_news = true;
     for (const Assignment &assignment : m_assignments) {
         if (kept.count(assignment.configuration) == 0)
-            open(assignment);
+            m_toOpen.push_back(assignment);
     }
+}
+
+// False when all are open.
+bool Crew::openSome()
+{
+    for (int count = 0; count < kOpenAtOnce && !m_toOpen.empty(); ++count) {
+        open(m_toOpen.back());
+        m_toOpen.pop_back();
+        m_news = true;
+    }
+    return !m_toOpen.empty();
 }
 
 void Crew::open(const Assignment &assignment)
 {
-    auto post = Post::open(assignment, m_config, m_gate, surroundings(assignment.configuration));
+    auto post = Post::open(assignment, m_config, cluster(), surroundings(assignment.configuration));
     if (post) {
         m_complained.erase(assignment.configuration);
         m_posts[assignment.configuration] = std::move(*post);
-    } else if (m_complained.insert(assignment.configuration).second) {
-        say(post.failure().text);
+        return;
     }
+    m_unopened.insert(assignment.configuration);
+    if (m_complained.insert(assignment.configuration).second)
+        say(post.failure().text);
 }
 
 Alive Crew::ownAlive() const
@@ -177,6 +201,7 @@ Alive Crew::ownAlive() const
         alive.waiting += status.waiting;
         alive.refused += status.refused;
     }
+    alive.ptp = m_ptp.seen();
     alive.interfaces = aliveInterfaces(ops::machinePicture());
     return alive;
 }
@@ -187,12 +212,41 @@ void Crew::signOfLife()
         m_aliveMs = steadyMs() + kRosterMs;
         return;
     }
+    if (heardRevision() != m_saidRevision) // somebody may be waiting for that
+        m_aliveMs = std::min(m_aliveMs, m_saidMs + kSoonMs);
     if (steadyMs() < m_aliveMs)
         return;
-    m_aliveMs = steadyMs() + kAliveMs;
+    m_saidMs = steadyMs();
+    m_saidRevision = heardRevision();
+    m_aliveMs = m_saidMs + kAliveMs;
+    lookAtPtp();
     const std::string key = aliveKey(m_config.site, m_config.name);
-    if (m_gate.keepAlive(key, aliveText(ownAlive()), kLeaseSeconds) == Outcome::Done)
-        tellInUse();
+    const Outcome outcome = m_gate.keepAlive(key, aliveText(ownAlive()), kLeaseSeconds);
+    if (outcome == Outcome::Done)
+        return tellInUse();
+    for (const auto &post : m_posts)
+        post.second->doubt();
+}
+
+// Of all that is in step.
+std::int64_t Crew::heardRevision() const
+{
+    std::int64_t sum = 0;
+    for (const auto &post : m_posts) {
+        const KeeperStatus status = post.second->status().status;
+        sum += status.inStep ? status.revision : 0;
+    }
+    return sum;
+}
+
+void Crew::lookAtPtp()
+{
+    if (!m_ptpDue)
+        return;
+    const auto values = ops::Store().read();
+    m_ptpDue = !values;
+    if (values)
+        m_ptp.want(ops::firstPtpTarget(*values));
 }
 
 void Crew::tellInUse()
@@ -214,9 +268,21 @@ void Crew::report()
     status.site = m_config.site;
     status.name = m_config.name;
     status.pid = getpid();
+    status.unopened = static_cast<int>(m_unopened.size());
+    if (m_config.role == Role::Server)
+        status.ptp = m_ptp.seen();
     for (const auto &post : m_posts)
         status.configurations.push_back(post.second->status());
-    m_news(status);
+    m_tell(status);
+    m_news = false;
+    m_reportedMs = steadyMs();
+}
+
+// A server has little to tell, and its PTP changes by itself.
+bool Crew::reportDue()
+{
+    const bool waits = m_posts.size() > kMany && steadyMs() - m_reportedMs < kReportMs;
+    return !m_config.isDesk() || (m_news && !waits);
 }
 
 } // namespace fleet

@@ -9,7 +9,9 @@
 #include "fleet/service/alive.h"
 #include "fleet/service/gate.h"
 #include "fleet/service/post.h"
+#include "fleet/service/ptpsign.h"
 #include "fleet/service/roster.h"
+#include "fleet/service/sitewatch.h"
 #include "fleet/statusfile.h"
 
 #include <atomic>
@@ -23,9 +25,14 @@ class Crew {
 public:
     static constexpr int kLeaseSeconds = 10;
     static constexpr qint64 kAliveMs = 3000;
+    static constexpr qint64 kSoonMs = 1000;    // after news, when the last one is so long ago
     static constexpr qint64 kRosterMs = 15000; // a desk looks for servers; with as much chance again
 
     static constexpr qint64 kFirstRosterMs = 1000;
+    static constexpr int kOpenAtOnce = 20; // stores, before something else gets its turn
+    // What a desk with many servers tells this machine's programs, no more often.
+    static constexpr qint64 kReportMs = 500;
+    static constexpr std::size_t kMany = 100;
 
     using News = std::function<void(const FleetStatus &)>;
 
@@ -42,11 +49,16 @@ private:
     void takeWakes();
     void assign(Assignments assignments);
     void lookAtRoster();
+    bool openSome();
     void open(const Assignment &assignment);
+    EtcdCluster &cluster() { return m_config.isDesk() ? static_cast<EtcdCluster &>(m_site) : m_gate; }
     void signOfLife();
     void tellInUse();
+    void lookAtPtp();
+    std::int64_t heardRevision() const;
     Alive ownAlive() const;
     void report();
+    bool reportDue();
     void wake(const QByteArray &configuration);
     Surroundings surroundings(const QByteArray &configuration);
     static qint64 steadyMs();
@@ -54,15 +66,24 @@ private:
     const Config m_config;
     const std::unique_ptr<EtcdCluster> m_cluster;
     Gate m_gate;
-    const News m_news;
+    SiteWatch m_site;
+    const News m_tell;
     DeskRoster m_desk;
+    PtpSign m_ptp;
+    bool m_ptpDue = true; // what the configuration in use asks of PTP may be something else
     std::map<QByteArray, std::unique_ptr<Post>> m_posts; // by configuration
     Assignments m_assignments;
-    std::set<QByteArray> m_complained; // what could not be opened, told once
+    Assignments m_toOpen;
+    std::set<QByteArray> m_unopened;   // what could not be opened
+    std::set<QByteArray> m_complained; // and was told, once
     QByteArray m_told;                 // which configuration the cluster knows to be in use
     qint64 m_startedMs = 0;
     qint64 m_rosterMs = 0;
     qint64 m_aliveMs = 0;
+    qint64 m_saidMs = 0;             // when it last said that it lives
+    std::int64_t m_saidRevision = 0; // and how far it had come
+    qint64 m_reportedMs = 0;
+    bool m_news = true; // something else to tell
     bool m_looked = true;
 
     std::mutex m_mutex;

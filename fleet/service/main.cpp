@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // corvel-fleet: the service, and its commands for people. docs/corvel-fleet.1 is its manual.
+#include "corvelctl/complete.h"
 #include "corvelctl/options.h"
 #include "fleet/service/service.h"
 #include "fleet/tool/fleetcontext.h"
@@ -31,6 +32,8 @@ void addCommands(Command app, FleetContext &context)
     addConflictCommands(app, context);
     addMembershipCommands(app, context);
     addManyServersCommands(app, context);
+    addRestoreCommand(app, context);
+    addCheckCommand(app, context);
 }
 
 int run(CLI::App &app, Context &context, int argc, char **argv)
@@ -50,6 +53,7 @@ int run(CLI::App &app, Context &context, int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    guardStandardStreams();
     ErrLogSetFileName("corvel-fleet");
     const QCoreApplication application(argc, argv);
     CLI::App app(kAbout, "corvel-fleet");
@@ -60,5 +64,7 @@ int main(int argc, char **argv)
     app.add_option("--file", context.file, "The configuration file, when it is not the usual one");
     addCommonOptions(app, context);
     addCommands(Command(app), context);
+    if (isCompletion(argc, argv)) // handed over by corvelctl
+        return complete(app, context, argc, argv, "fleet");
     return run(app, context, argc, argv);
 }

@@ -3,6 +3,8 @@
 
 #include "fleet/service/marks.h"
 
+#include <utility>
+
 namespace fleet {
 
 ops::Outcome<std::unique_ptr<Post>> Post::open(const Assignment &assignment, const Config &config,
@@ -25,9 +27,21 @@ ops::Outcome<std::unique_ptr<Post>> Post::open(const Assignment &assignment, con
 
 qint64 Post::work(qint64 nowMs)
 {
-    if (nowMs >= m_dueMs)
-        m_dueMs = nowMs + m_keeper->work();
+    if (nowMs < m_dueMs)
+        return m_dueMs;
+    m_dueMs = nowMs + m_keeper->work();
+    m_worked = true;
     return m_dueMs;
+}
+
+bool Post::takeNews()
+{
+    if (!std::exchange(m_worked, false))
+        return false;
+    const KeeperStatus status = m_keeper->status();
+    const bool news = !(status == m_told);
+    m_told = status;
+    return news;
 }
 
 KeptConfiguration Post::status() const

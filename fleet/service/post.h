@@ -23,8 +23,16 @@ public:
         m_dueMs = 0;
     }
     void woken() { m_dueMs = 0; }
+    void doubt()
+    {
+        m_keeper->doubt();
+        m_dueMs = 0;
+    }
     // Works when it is due. Returns when it wants to be called again.
     qint64 work(qint64 nowMs);
+
+    // Whether its status is another one than at the last call.
+    bool takeNews();
 
     const Assignment &assignment() const { return m_assignment; }
     KeptConfiguration status() const;
@@ -35,6 +43,8 @@ private:
     const Assignment m_assignment;
     std::unique_ptr<StoreReplica> m_replica;
     std::unique_ptr<Keeper> m_keeper;
+    KeeperStatus m_told;
+    bool m_worked = true;
     qint64 m_dueMs = 0;
 };
 

@@ -15,14 +15,6 @@ namespace {
 
 constexpr int kLongestName = 64;
 
-// A name from the cluster becomes a file's name here.
-bool isConfigurationName(const QByteArray &name)
-{
-    return !name.isEmpty() && name.size() <= kLongestName && name.front() != '.' && !name.contains('/') &&
-           ops::isUtf8(name) &&
-           std::none_of(name.begin(), name.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; });
-}
-
 QByteArray literalStart(const QByteArray &pattern)
 {
     int length = 0;
@@ -32,6 +24,13 @@ QByteArray literalStart(const QByteArray &pattern)
 }
 
 } // namespace
+
+bool isConfigurationName(const QByteArray &name)
+{
+    return !name.isEmpty() && name.size() <= kLongestName && name.front() != '.' && !name.contains('/') &&
+           ops::isUtf8(name) &&
+           std::none_of(name.begin(), name.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; });
+}
 
 bool operator==(const Assignment &left, const Assignment &right)
 {
@@ -102,17 +101,22 @@ bool DeskRoster::lookAt(EtcdCluster &cluster, const QByteArray &server)
     Range range;
     if (cluster.get(inUseKey(m_config.site, server), &range) != Outcome::Done)
         return false;
-    if (!range.entries.empty())
-        m_inUse[server] = QByteArray::fromStdString(range.entries.front().value);
+    const QByteArray inUse =
+        range.entries.empty() ? QByteArray() : QByteArray::fromStdString(range.entries.front().value);
+    if (isConfigurationName(inUse))
+        m_inUse[server] = inUse;
     return true;
 }
 
-Assignments DeskRoster::assignments() const
+Assignments DeskRoster::assignments()
 {
     Assignments assignments;
     for (const auto &[server, configurations] : m_found) {
         const auto inUse = m_inUse.find(server);
-        QByteArray plain = keptConfigurationOf(server); // has the name already
+        QByteArray &kept = m_kept[server]; // has the name already
+        if (kept.isEmpty())
+            kept = keptConfigurationOf(server);
+        QByteArray plain = kept;
         if (plain.isEmpty() && inUse != m_inUse.end())
             plain = inUse->second;
         if (plain.isEmpty())

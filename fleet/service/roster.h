@@ -27,6 +27,9 @@ using Assignments = std::vector<Assignment>;
 
 Assignments serverAssignments(const Config &config);
 
+// Whether a name from the cluster may be a configuration here, where it becomes a file's name.
+bool isConfigurationName(const QByteArray &name);
+
 // The key that tells which of a server's configurations is in use there, also while it is off.
 std::string inUseKey(const QByteArray &site, const QByteArray &server);
 
@@ -42,7 +45,7 @@ public:
     // A server's configuration in use has the server's name here, any other is "CONFIGURATION@SERVER". One
     // that has the server's name keeps it when the server uses another one later: an edit must never meet
     // what belongs elsewhere.
-    Assignments assignments() const;
+    Assignments assignments();
 
 private:
     bool lookAt(EtcdCluster &cluster, const QByteArray &server);
@@ -50,6 +53,7 @@ private:
     const Config &m_config;
     std::map<QByteArray, std::set<QByteArray>> m_found; // configurations by server
     std::map<QByteArray, QByteArray> m_inUse;           // by server
+    std::map<QByteArray, QByteArray> m_kept;            // which of them has the server's name, by server
 };
 
 } // namespace fleet

@@ -16,6 +16,7 @@
 #include <QMutex>
 
 #include <csignal>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -67,6 +68,16 @@ private:
     FleetStatus m_status;
 };
 
+// Each configuration that is kept takes some: a desk may follow thousands of servers.
+void allowManyFiles()
+{
+    rlimit files{};
+    if (getrlimit(RLIMIT_NOFILE, &files) != 0 || files.rlim_cur >= files.rlim_max)
+        return;
+    files.rlim_cur = files.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &files);
+}
+
 ops::Outcome<ops::Done> mayRun(const Config &config)
 {
     if (!StoreNotes::available())
@@ -100,6 +111,7 @@ int serve(const Config &config, const EtcdOptions &options, const QByteArray &fo
 int runService(const QByteArray &configFile)
 {
     const int termination = terminationDescriptor();
+    allowManyFiles();
     const auto config = readConfig(configFile);
     if (!config)
         return failed(config.failure());

@@ -16,10 +16,10 @@ struct OneOptions {
     std::string id;
 };
 
-Json item(const fleet::KeptConflict &kept)
+Json item(const QByteArray &server, const fleet::KeptConflict &kept)
 {
     return {{"id", jsonText(kept.id)},
-            {"server", jsonText(kept.server)},
+            {"server", jsonText(server)},
             {"configuration", jsonText(kept.configuration)},
             {"path", jsonText(kept.conflict.overruled.path)},
             {"overruled", jsonText(kept.conflict.overruled.by.who)},
@@ -28,10 +28,10 @@ Json item(const fleet::KeptConflict &kept)
             {"stoodAt", jsonText(fleet::timeText(kept.conflict.stoodAtMs))}};
 }
 
-QByteArrayList row(const fleet::KeptConflict &kept)
+QByteArrayList row(const QByteArray &server, const fleet::KeptConflict &kept)
 {
     return {kept.id,
-            kept.server,
+            server,
             kept.configuration,
             kept.conflict.overruled.path,
             kept.conflict.overruled.by.who,
@@ -40,12 +40,12 @@ QByteArrayList row(const fleet::KeptConflict &kept)
 
 int list(Context &context, const ListOptions &options)
 {
-    return withSite(context, listOf(options.servers), [&](const Connection &, const fleet::SiteView &site) {
+    return withServers(context, namesAsWhere(options.servers), [&](const Chosen &chosen) {
         std::vector<QByteArrayList> rows{{"ID", "SERVER", "CONFIGURATION", "PATH", "OVERRULED", "STANDS"}};
-        for (const auto &server : site) {
-            for (const fleet::KeptConflict &kept : server.second.conflicts) {
-                context.out.item([&] { return item(kept); });
-                rows.push_back(row(kept));
+        for (const auto &[name, view] : chosen.servers) {
+            for (const fleet::KeptConflict &kept : view->conflicts) {
+                context.out.item([&name = name, &kept] { return item(name, kept); });
+                rows.push_back(row(name, kept));
             }
         }
         if (rows.size() == 1)
@@ -56,27 +56,33 @@ int list(Context &context, const ListOptions &options)
     });
 }
 
+struct OneConflict {
+    const Connection &connection;
+    const fleet::ServerView &server;
+    const fleet::KeptConflict &kept;
+    fleet::SharedConfiguration now; // the configuration that it is of
+};
+
 // The one conflict whose id begins so, and what its path holds now.
 template<class Work>
 int withConflict(Context &context, const std::string &id, const Work &work)
 {
-    return withSite(context, {}, [&](const Connection &connection, const fleet::SiteView &site) {
-        const fleet::KeptConflict *found = nullptr;
-        int count = 0;
-        for (const auto &server : site) {
-            for (const fleet::KeptConflict &kept : server.second.conflicts) {
-                count += kept.id.startsWith(bytes(id)) ? 1 : 0;
-                found = kept.id.startsWith(bytes(id)) ? &kept : found;
+    return withServers(context, {}, [&](const Chosen &chosen) {
+        std::vector<std::pair<const fleet::ServerView *, const fleet::KeptConflict *>> found;
+        for (const auto &server : chosen.servers) {
+            for (const fleet::KeptConflict &kept : server.second->conflicts) {
+                if (kept.id.startsWith(bytes(id)))
+                    found.emplace_back(server.second, &kept);
             }
         }
-        if (count != 1)
-            return context.usage((count == 0 ? "no conflict " : "more than one conflict begins with ") +
+        if (found.size() != 1)
+            return context.usage((found.empty() ? "no conflict " : "more than one conflict begins with ") +
                                  bytes(id));
-        const auto &configurations = site.at(found->server).configurations;
-        const auto configuration = configurations.find(found->configuration);
-        return work(connection, *found,
-                    configuration == configurations.end() ? fleet::SharedConfiguration()
-                                                          : configuration->second);
+        const auto [server, kept] = found.front();
+        const auto configuration = server->configurations.find(kept->configuration);
+        const bool known = configuration != server->configurations.end();
+        return work(OneConflict{chosen.connection, *server, *kept,
+                                known ? configuration->second : fleet::SharedConfiguration()});
     });
 }
 
@@ -94,42 +100,44 @@ ops::Changes toOverruled(const fleet::KeptConflict &kept, const fleet::SharedCon
 
 int show(Context &context, const OneOptions &options)
 {
-    return withConflict(
-        context, options.id,
-        [&](const Connection &, const fleet::KeptConflict &kept, const fleet::SharedConfiguration &now) {
-            const fleet::Document &overruled = kept.conflict.overruled;
-            context.out.line(kept.server + ", " + overruled.path + ": " + overruled.by.who + " at " +
-                             fleet::timeText(overruled.atMs) + " was overruled by " +
-                             kept.conflict.stoodBy.who + ". Taking it would change:");
-            printChanges(context.out, toOverruled(kept, now));
-            return static_cast<int>(Done);
-        });
+    return withConflict(context, options.id, [&](const OneConflict &one) {
+        const fleet::Document &overruled = one.kept.conflict.overruled;
+        context.out.line(one.server.name + ", " + overruled.path + ": " + overruled.by.who + " at " +
+                         fleet::timeText(overruled.atMs) + " was overruled by " +
+                         one.kept.conflict.stoodBy.who + ". Taking it would change:");
+        printChanges(context.out, toOverruled(one.kept, one.now));
+        return static_cast<int>(Done);
+    });
+}
+
+ops::Outcome<ops::Done> write(const OneConflict &one, const ops::Changes &changes)
+{
+    const QByteArray &who = one.connection.config.name;
+    const auto edit =
+        fleet::siteEdit({one.server.site, one.server.name, one.kept.configuration}, one.now, changes, who);
+    if (!edit)
+        return edit.failure();
+    const auto written = fleet::writeEdit(*one.connection.cluster, *edit, who);
+    return written ? ops::Outcome<ops::Done>(ops::Done()) : written.failure();
 }
 
 int take(Context &context, const OneOptions &options)
 {
-    return withConflict(context, options.id,
-                        [&](const Connection &connection, const fleet::KeptConflict &kept,
-                            const fleet::SharedConfiguration &now) {
-                            const ops::Changes changes = toOverruled(kept, now);
-                            printChanges(context.out, changes);
-                            if (context.dryRun)
-                                return static_cast<int>(Done);
-                            const fleet::Place place{connection.config.site, kept.server, kept.configuration};
-                            const QByteArray &who = connection.config.name;
-                            if (!changes.empty()) {
-                                const auto written = fleet::writeEdit(
-                                    *connection.cluster, fleet::siteEdit(place, now, changes, who), who);
-                                if (!written)
-                                    return context.fail(written.failure());
-                            }
-                            fleet::Put settled;
-                            settled.key = kept.key;
-                            settled.remove = true;
-                            return connection.cluster->commit({settled}, nullptr) == fleet::Outcome::Done
-                                       ? static_cast<int>(Done)
-                                       : static_cast<int>(Partly);
-                        });
+    return withConflict(context, options.id, [&](const OneConflict &one) {
+        const ops::Changes changes = toOverruled(one.kept, one.now);
+        printChanges(context.out, changes);
+        if (context.dryRun)
+            return static_cast<int>(Done);
+        const auto written = changes.empty() ? ops::Outcome<ops::Done>(ops::Done()) : write(one, changes);
+        if (!written)
+            return context.fail(written.failure());
+        fleet::Put settled;
+        settled.key = one.kept.key;
+        settled.remove = true;
+        return one.connection.cluster->commit({settled}, nullptr) == fleet::Outcome::Done
+                   ? static_cast<int>(Done)
+                   : static_cast<int>(Partly);
+    });
 }
 
 void declareList(Command &command, ListOptions &options)

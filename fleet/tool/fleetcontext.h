@@ -5,7 +5,7 @@
 #define CORVEL_FLEET_TOOL_FLEETCONTEXT_H
 
 #include "corvelctl/context.h"
-#include "fleet/tool/siteview.h"
+#include "fleet/tool/where.h"
 
 struct FleetContext : Context {
     std::string file; // empty: the usual one
@@ -20,23 +20,40 @@ struct Connection {
 QByteArray configFile(const Context &context);
 ops::Outcome<Connection> connectTo(const Context &context);
 
-// Reads the servers and lets work(connection, site) do the rest.
+// The servers that the command is for, and those that it may look at besides.
+struct Chosen {
+    Connection connection;
+    fleet::Where where;
+    fleet::SiteView site;                                    // all that were read
+    std::map<QByteArray, const fleet::ServerView *> servers; // those of them that are meant
+
+    QByteArray nobody() const; // what to say when none is
+};
+
+// Reads the servers.
+ops::Outcome<Chosen> choose(const Context &context, const QByteArrayList &where);
+
+// Reads the servers and lets work(chosen) do the rest.
 template<class Work>
-int withSite(const Context &context, const QByteArrayList &patterns, const Work &work)
+int withServers(const Context &context, const QByteArrayList &where, const Work &work)
 {
-    const auto connection = connectTo(context);
-    if (!connection)
-        return context.fail(connection.failure());
-    const auto site = fleet::readSite(*connection->cluster, connection->config, patterns);
-    return site ? work(*connection, *site) : context.fail(site.failure());
+    auto chosen = choose(context, where);
+    return chosen ? work(*chosen) : context.fail(chosen.failure());
 }
 
+// Names behind a command without --where, as one text of it; nothing for none.
+QByteArrayList namesAsWhere(const std::vector<std::string> &names);
 QByteArrayList listOf(const std::vector<std::string> &words);
+
+// --where, which may be given several times.
+Argument declareWhere(Command &command, std::vector<std::string> &where);
 
 // Each one file.
 void addStatusCommand(Command &app, Context &context);       // status
 void addConflictCommands(Command &app, Context &context);    // conflicts list, show, take
 void addMembershipCommands(Command &app, Context &context);  // join, leave
-void addManyServersCommands(Command &app, Context &context); // diff, set, copy, check
+void addManyServersCommands(Command &app, Context &context); // diff, set, copy
+void addRestoreCommand(Command &app, Context &context);      // restore
+void addCheckCommand(Command &app, Context &context);        // check
 
 #endif

@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: MIT
-// corvel-fleet diff, set, copy, check: many servers at once.
+// corvel-fleet diff, set, copy: many servers at once.
 #include "corvelctl/changes.h"
-#include "fleet/tool/fleetcontext.h"
 #include "fleet/tool/waves.h"
 #include "ops/batch.h"
-#include "ops/sitepreflight.h"
-
-#include <nlohmann/json.hpp>
+#include "ops/vocabulary.h"
 
 namespace {
 
@@ -26,10 +23,6 @@ struct CopyOptions {
     WaveOptions waves;
 };
 
-struct CheckOptions {
-    std::vector<std::string> where;
-};
-
 // The settings of a server that exists and shares some; a failure names it.
 ops::Outcome<ops::Snapshot> settingsOf(const fleet::SiteView &site, const QByteArray &server)
 {
@@ -42,9 +35,9 @@ ops::Outcome<ops::Snapshot> settingsOf(const fleet::SiteView &site, const QByteA
 
 int diff(Context &context, const DiffOptions &options)
 {
-    return withSite(context, {}, [&](const Connection &, const fleet::SiteView &site) {
-        const auto left = settingsOf(site, bytes(options.left));
-        const auto right = settingsOf(site, bytes(options.right));
+    return withServers(context, namesAsWhere({options.left, options.right}), [&](const Chosen &chosen) {
+        const auto left = settingsOf(chosen.site, bytes(options.left));
+        const auto right = settingsOf(chosen.site, bytes(options.right));
         if (!left || !right)
             return context.fail(left ? right.failure() : left.failure());
         const ops::Changes changes = ops::difference(*left, *right);
@@ -55,14 +48,25 @@ int diff(Context &context, const DiffOptions &options)
 
 int set(Context &context, const SetOptions &options)
 {
-    return changeServers(
-        context, options.waves,
-        [&](const fleet::SiteView &, const ops::Snapshot &values) -> ops::Outcome<ops::Changes> {
-            ops::Draft draft(values);
-            const ops::Rules rules{options.force ? ops::Foreign::Allow : ops::Foreign::Refuse, options.force};
-            const auto filled = ops::setWords(bytes(options.place), listOf(options.words), rules, draft);
-            return filled ? ops::Outcome<ops::Changes>(draft.changes()) : filled.failure();
-        });
+    return changeServers(context, options.waves, [&](const Target &target) -> ops::Outcome<ops::Changes> {
+        ops::Draft draft(target.values);
+        const ops::Rules rules{options.force ? ops::Foreign::Allow : ops::Foreign::Refuse, options.force};
+        const auto filled = ops::setWords(bytes(options.place), listOf(options.words), rules, draft);
+        return filled ? ops::Outcome<ops::Changes>(draft.changes()) : filled.failure();
+    });
+}
+
+// What exists once, by name: it lies below several key paths, with other values between.
+ops::Snapshot serverPart(const ops::Snapshot &values, const ops::Place &server)
+{
+    ops::Snapshot part;
+    for (const ops::KnownName &known : ops::knownNames()) {
+        const QByteArray path = known.place == "server" ? ops::pathOf(server, known) : QByteArray();
+        const ops::Value *value = path.isEmpty() ? nullptr : values.find(path, known.name);
+        if (value)
+            part.set(path, known.name, *value);
+    }
+    return part;
 }
 
 // Only the values below the place's key paths.
@@ -70,6 +74,9 @@ ops::Outcome<ops::Snapshot> partOf(const ops::Snapshot &values, const QByteArray
 {
     if (place.isEmpty())
         return values;
+    const auto one = ops::parsePlace(place);
+    if (one && one->channel < 0 && one->path.isEmpty())
+        return serverPart(values, *one);
     ops::Draft without(values);
     const auto removed = ops::unsetPlace(place, without);
     if (!removed)
@@ -82,47 +89,14 @@ ops::Outcome<ops::Snapshot> partOf(const ops::Snapshot &values, const QByteArray
 
 int copy(Context &context, const CopyOptions &options)
 {
-    return changeServers(
-        context, options.waves,
-        [&](const fleet::SiteView &site, const ops::Snapshot &values) -> ops::Outcome<ops::Changes> {
-            const auto source = settingsOf(site, bytes(options.from));
-            const auto from = source ? partOf(*source, bytes(options.place)) : source;
-            const auto here = partOf(values, bytes(options.place));
-            if (!from || !here)
-                return from ? here.failure() : from.failure();
-            return ops::difference(*here, *from);
-        });
-}
-
-int check(Context &context, const CheckOptions &options)
-{
-    return withSite(context, listOf(options.where), [&](const Connection &, const fleet::SiteView &site) {
-        std::vector<ops::ServerSettings> servers;
-        for (const auto &[name, view] : site) {
-            if (const fleet::SharedConfiguration *current = view.current())
-                servers.push_back({name, current->snapshot()});
-        }
-        const ops::Findings findings = ops::runSitePreflight(servers);
-        for (const ops::Finding &finding : findings) {
-            context.out.item([&]() -> Json {
-                return {{"severity", ops::severityName(finding.severity)},
-                        {"rule", finding.rule},
-                        {"place", jsonText(finding.place)},
-                        {"reason", jsonText(finding.reason)}};
-            });
-        }
-        if (context.out.isText() && !findings.empty())
-            context.out.line(ops::findingsText(findings).trimmed());
-        return static_cast<int>(ops::hasTrouble(findings) ? Found : Done);
+    return changeServers(context, options.waves, [&](const Target &target) -> ops::Outcome<ops::Changes> {
+        const auto source = settingsOf(target.site, bytes(options.from));
+        const auto from = source ? partOf(*source, bytes(options.place)) : source;
+        const auto here = partOf(target.values, bytes(options.place));
+        if (!from || !here)
+            return from ? here.failure() : from.failure();
+        return ops::difference(*here, *from);
     });
-}
-
-void declareWaves(Command &command, WaveOptions &waves)
-{
-    command.option("--where", waves.where, "Names of servers with * and ?").required().withCommas();
-    command.option("--canary", waves.canary,
-                   "So many first, each waited for; the rest only when all took it");
-    command.flag("--wait", waves.wait, "Wait for every server to take it; the first that does not ends it");
 }
 
 void declareDiff(Command &command, DiffOptions &options)
@@ -146,11 +120,6 @@ void declareCopy(Command &command, CopyOptions &options)
     declareWaves(command, options.waves);
 }
 
-void declareCheck(Command &command, CheckOptions &options)
-{
-    command.option("--where", options.where, "Names of servers with * and ?; all when left out").withCommas();
-}
-
 } // namespace
 
 void addManyServersCommands(Command &app, Context &context)
@@ -162,6 +131,4 @@ void addManyServersCommands(Command &app, Context &context)
                            set);
     addCommand<CopyOptions>(app, context, "copy", "Give servers what another one has",
                             "corvel-fleet copy lon-1 server --where 'lon-*'", declareCopy, copy);
-    addCommand<CheckOptions>(app, context, "check", "Look at the whole plant before it goes on air",
-                             "corvel-fleet check --where 'lon-*'", declareCheck, check);
 }

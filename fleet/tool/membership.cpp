@@ -86,9 +86,10 @@ int joinDesk(Context &context, const Connection &connection, const fleet::SiteVi
 
 int join(Context &context, const JoinOptions &options)
 {
-    return withSite(context, {}, [&](const Connection &connection, const fleet::SiteView &site) {
-        return connection.config.isDesk() ? joinDesk(context, connection, site)
-                                          : joinServer(context, options, connection, site);
+    return withServers(context, {}, [&](const Chosen &chosen) {
+        const Connection &connection = chosen.connection;
+        return connection.config.isDesk() ? joinDesk(context, connection, chosen.site)
+                                          : joinServer(context, options, connection, chosen.site);
     });
 }
 

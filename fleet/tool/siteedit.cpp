@@ -15,17 +15,50 @@ namespace {
 ops::Failure failureOf(Outcome outcome, const EtcdCluster &cluster)
 {
     if (outcome == Outcome::Refused)
-        return ops::refused("somebody else changed it meanwhile; nothing was written");
+        return ops::refused("somebody else changed it meanwhile");
     if (outcome == Outcome::Denied)
         return ops::refused("this machine's role does not allow it");
     return ops::refused(QByteArray::fromStdString(cluster.reason()));
 }
 
 // Of the commands, apart from the pushes of the service.
-Receipt receiptFor(const SiteEdit &edit, const QByteArray &who)
+Receipt receiptFor(const Place &place, const Documents &documents, const QByteArray &who)
 {
     const auto number = static_cast<std::uint64_t>(QDateTime::currentMSecsSinceEpoch());
-    return receiptOf(edit.place, who + ".commands", number, edit.documents);
+    return receiptOf(place, who + ".commands", number, documents);
+}
+
+// What one transaction takes of the documents from position on.
+struct Parcel {
+    Documents documents;
+    std::vector<Put> puts;
+};
+
+ops::Outcome<Parcel> nextParcel(const SiteEdit &edit, Documents::const_iterator &position)
+{
+    Parcel parcel;
+    std::size_t bytes = 0;
+    for (; position != edit.documents.end() && parcel.puts.size() < kMaxPuts - 1; ++position) {
+        const auto text = writeDocument(position->second);
+        if (!text)
+            return text.failure();
+        bytes += text->size();
+        if (bytes > kMaxCommitBytes / 2 && !parcel.puts.empty())
+            break;
+        parcel.puts.push_back(
+            {documentPrefix(edit.place) + position->first, *text, edit.revisions.at(position->first)});
+        parcel.documents.insert(*position);
+    }
+    return parcel;
+}
+
+ops::Failure failedAfter(std::size_t written, const SiteEdit &edit, ops::Failure failure)
+{
+    if (written > 0)
+        failure.text += "; " + QByteArray::number(static_cast<qulonglong>(written)) + " of its " +
+                        QByteArray::number(static_cast<qulonglong>(edit.documents.size())) +
+                        " key paths were written before";
+    return failure;
 }
 
 } // namespace
@@ -37,12 +70,16 @@ Author ownAuthor(const QByteArray &who)
             static_cast<quint32>(getpid())};
 }
 
-SiteEdit siteEdit(const Place &place, const SharedConfiguration &configuration, const ops::Changes &changes,
-                  const QByteArray &who)
+ops::Outcome<SiteEdit> siteEdit(const Place &place, const SharedConfiguration &configuration,
+                                const ops::Changes &changes, const QByteArray &who)
 {
     SiteEdit edit{place, changes, {}, {}};
     for (const ops::Change &change : changes) {
         const std::string key = keyOfPath(change.path);
+        const auto foreign = configuration.foreign.find(key);
+        if (foreign != configuration.foreign.end())
+            return ops::refused("what the cluster has of " + change.path +
+                                " is not written over: " + foreign->second);
         const auto shared = configuration.documents.find(key);
         const bool known = shared != configuration.documents.end();
         const auto [position, anew] =
@@ -62,19 +99,19 @@ SiteEdit siteEdit(const Place &place, const SharedConfiguration &configuration, 
 
 ops::Outcome<std::int64_t> writeEdit(EtcdCluster &cluster, const SiteEdit &edit, const QByteArray &who)
 {
-    std::vector<Put> puts;
-    for (const auto &[key, document] : edit.documents) {
-        const auto text = writeDocument(document);
-        if (!text)
-            return text.failure();
-        puts.push_back({documentPrefix(edit.place) + key, *text, edit.revisions.at(key)});
-    }
-    const Receipt receipt = receiptFor(edit, who);
-    puts.push_back({receipt.key, receipt.value});
     std::int64_t revision = 0;
-    const Outcome outcome = cluster.commit(puts, &revision);
-    if (outcome != Outcome::Done)
-        return failureOf(outcome, cluster);
+    std::size_t written = 0;
+    for (auto position = edit.documents.begin(); position != edit.documents.end();) {
+        auto parcel = nextParcel(edit, position);
+        if (!parcel)
+            return failedAfter(written, edit, parcel.failure());
+        const Receipt receipt = receiptFor(edit.place, parcel->documents, who);
+        parcel->puts.push_back({receipt.key, receipt.value});
+        const Outcome outcome = cluster.commit(parcel->puts, &revision);
+        if (outcome != Outcome::Done)
+            return failedAfter(written, edit, failureOf(outcome, cluster));
+        written += parcel->documents.size();
+    }
     return revision;
 }
 

@@ -17,11 +17,13 @@ struct SiteEdit {
     std::map<std::string, std::int64_t> revisions; // that they were read at
 };
 
-// The documents that the changes make of what the configuration has.
-SiteEdit siteEdit(const Place &place, const SharedConfiguration &configuration, const ops::Changes &changes,
-                  const QByteArray &who);
+// The documents that the changes make of what the configuration has. A failure when one of them is not to be
+// written over: of a newer version, or nobody knows what.
+ops::Outcome<SiteEdit> siteEdit(const Place &place, const SharedConfiguration &configuration,
+                                const ops::Changes &changes, const QByteArray &who);
 
-// All of it or nothing. Gives the cluster's revision of it.
+// All of it or nothing, up to so many key paths as one transaction of the cluster holds; more are written in
+// several. Gives the cluster's revision of the last.
 ops::Outcome<std::int64_t> writeEdit(EtcdCluster &cluster, const SiteEdit &edit, const QByteArray &who);
 
 enum class Taken { Yes, Overruled, NotYet };

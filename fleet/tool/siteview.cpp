@@ -6,7 +6,7 @@
 
 #include <QList>
 
-#include <algorithm>
+#include <set>
 
 #include <fnmatch.h>
 
@@ -21,39 +21,78 @@ QByteArray partOf(const QList<QByteArray> &parts, int at)
     return at < parts.size() ? nameOfPart(parts.at(at).toStdString()).value_or(QByteArray()) : QByteArray();
 }
 
-// SERVER/alive, SERVER/default, SERVER/CONFIGURATION/KEY PATH
-void takeEntry(const Entry &entry, const std::string &rest, const QByteArrayList &patterns, SiteView *site)
+// Takes the entries of one site.
+class Reading {
+public:
+    Reading(QByteArray site, bool own, SiteView *view) : m_site(std::move(site)), m_own(own), m_view(*view) {}
+
+    void takeServers(const Range &range);
+    void takeConflicts(const Range &range);
+
+private:
+    ServerView &server(const QByteArray &name);
+    static void takeDocument(const Entry &entry, const std::string &key, SharedConfiguration *configuration);
+
+    const QByteArray m_site;
+    const bool m_own;
+    SiteView &m_view;
+};
+
+ServerView &Reading::server(const QByteArray &name)
 {
-    const QList<QByteArray> parts = QByteArray::fromStdString(rest).split('/');
-    const QByteArray server = partOf(parts, 0);
-    if (server.isEmpty() || parts.size() < 2 || !matches(server, patterns))
-        return;
-    ServerView &view = (*site)[server];
-    if (parts.size() > 2) {
-        SharedConfiguration &configuration = view.configurations[partOf(parts, 1)];
-        const auto document = readDocument(entry.value);
-        const std::string key =
-            rest.substr(static_cast<std::size_t>(parts.at(0).size() + parts.at(1).size() + 2));
-        if (document && keyOfPath(document->path) == key)
-            configuration.documents[key] = {*document, entry.modRevision};
-        else
-            ++configuration.foreign;
-    } else if (parts.at(1) == "alive") {
-        view.alive = readAlive(entry.value);
-    } else if (parts.at(1) == "default") {
-        view.inUse = QByteArray::fromStdString(entry.value);
+    ServerView &view = m_view[m_own ? name : m_site + '/' + name];
+    view.site = m_site;
+    view.name = name;
+    view.ownSite = m_own;
+    return view;
+}
+
+void Reading::takeDocument(const Entry &entry, const std::string &key, SharedConfiguration *configuration)
+{
+    const auto document = readDocument(entry.value);
+    if (document && keyOfPath(document->path) == key)
+        configuration->documents[key] = {*document, entry.modRevision};
+    else
+        configuration->foreign[key] = document ? "its path belongs to another key" : document.failure().text;
+}
+
+// SERVER/alive, SERVER/default, SERVER/CONFIGURATION/KEY PATH
+void Reading::takeServers(const Range &range)
+{
+    const std::size_t start = serversPrefix(m_site).size();
+    for (const Entry &entry : range.entries) {
+        const std::string rest = entry.key.substr(start);
+        const QList<QByteArray> parts = QByteArray::fromStdString(rest).split('/');
+        const QByteArray name = partOf(parts, 0);
+        if (name.isEmpty() || parts.size() < 2)
+            continue;
+        ServerView &view = server(name);
+        const auto before = static_cast<std::size_t>(parts.at(0).size() + parts.at(1).size() + 2);
+        if (parts.size() > 2)
+            takeDocument(entry, rest.substr(before), &view.configurations[partOf(parts, 1)]);
+        else if (parts.at(1) == "alive")
+            view.alive = readAlive(entry.value);
+        else if (parts.at(1) == "default" && isConfigurationName(QByteArray::fromStdString(entry.value)))
+            view.inUse = QByteArray::fromStdString(entry.value);
     }
 }
 
 // SERVER/CONFIGURATION/KEY PATH/ID
-void takeConflict(const Entry &entry, const std::string &rest, const QByteArrayList &patterns, SiteView *site)
+void Reading::takeConflicts(const Range &range)
 {
-    const QList<QByteArray> parts = QByteArray::fromStdString(rest).split('/');
-    const auto conflict = readConflict(entry.value);
-    const QByteArray server = partOf(parts, 0);
-    if (parts.size() < 4 || !conflict || !matches(server, patterns))
-        return;
-    (*site)[server].conflicts.push_back({entry.key, server, partOf(parts, 1), parts.last(), *conflict});
+    const std::size_t start = (sitePrefix(m_site) + "conflicts/").size();
+    for (const Entry &entry : range.entries) {
+        const QList<QByteArray> parts = QByteArray::fromStdString(entry.key.substr(start)).split('/');
+        const auto conflict = readConflict(entry.value);
+        const QByteArray name = partOf(parts, 0);
+        if (parts.size() >= 4 && conflict && !name.isEmpty())
+            server(name).conflicts.push_back({entry.key, partOf(parts, 1), parts.last(), *conflict});
+    }
+}
+
+bool isGlob(const QByteArray &text)
+{
+    return text.contains('*') || text.contains('?') || text.contains('[');
 }
 
 ops::Outcome<Range> readRange(EtcdCluster &cluster, const std::string &prefix)
@@ -68,21 +107,48 @@ ops::Outcome<Range> readRange(EtcdCluster &cluster, const std::string &prefix)
 }
 
 // A server may read its own only.
-std::string prefixFor(const Config &config, const char *what)
+std::string prefixFor(const Config &config, const QByteArray &site, const char *what)
 {
-    const std::string site = sitePrefix(config.site) + what + '/';
-    return config.isDesk() ? site : site + keyPart(config.name) + '/';
+    const std::string prefix = sitePrefix(site) + what + '/';
+    return config.isDesk() || site != config.site ? prefix : prefix + keyPart(config.name) + '/';
+}
+
+ops::Outcome<ops::Done> readOne(EtcdCluster &cluster, const Config &config, const QByteArray &site,
+                                SiteView *view)
+{
+    const auto servers = readRange(cluster, prefixFor(config, site, "servers"));
+    if (!servers)
+        return servers.failure();
+    const auto conflicts = readRange(cluster, prefixFor(config, site, "conflicts"));
+    if (!conflicts)
+        return conflicts.failure();
+    Reading reading(site, site == config.site, view);
+    reading.takeServers(*servers);
+    reading.takeConflicts(*conflicts);
+    return ops::Done();
+}
+
+// Which sites there are can only be seen with a role for all of them.
+ops::Outcome<std::set<QByteArray>> sitesLike(EtcdCluster &cluster, const QByteArray &glob)
+{
+    if (!isGlob(glob))
+        return std::set<QByteArray>{glob};
+    const std::string start = sitePrefix("x");
+    const std::string all = start.substr(0, start.size() - 2);
+    std::vector<std::string> keys;
+    if (cluster.keys(all, &keys) != Outcome::Done)
+        return ops::refused("which sites there are cannot be read, name them one by one: " +
+                            QByteArray::fromStdString(cluster.reason()));
+    std::set<QByteArray> sites;
+    for (const std::string &key : keys) {
+        const auto site = nameOfPart(key.substr(all.size(), key.find('/', all.size()) - all.size()));
+        if (site && fnmatch(glob.constData(), site->constData(), 0) == 0)
+            sites.insert(*site);
+    }
+    return sites;
 }
 
 } // namespace
-
-bool matches(const QByteArray &name, const QByteArrayList &patterns)
-{
-    return patterns.isEmpty() ||
-           std::any_of(patterns.begin(), patterns.end(), [&](const QByteArray &pattern) {
-               return fnmatch(pattern.constData(), name.constData(), 0) == 0;
-           });
-}
 
 ops::Snapshot SharedConfiguration::snapshot() const
 {
@@ -94,15 +160,15 @@ ops::Snapshot SharedConfiguration::snapshot() const
     return ops::Snapshot::fromRows(std::move(rows));
 }
 
-const SharedConfiguration *ServerView::current(QByteArray *name) const
+const SharedConfiguration *ServerView::current(QByteArray *which) const
 {
     auto found = configurations.find(inUse);
     if (found == configurations.end() && configurations.size() == 1)
         found = configurations.begin();
     if (found == configurations.end())
         return nullptr;
-    if (name)
-        *name = found->first;
+    if (which)
+        *which = found->first;
     return &found->second;
 }
 
@@ -118,22 +184,44 @@ const Document *ServerView::newest() const
     return newest;
 }
 
-ops::Outcome<SiteView> readSite(EtcdCluster &cluster, const Config &config, const QByteArrayList &patterns)
+PtpSeen ServerView::ptp() const
 {
-    const auto servers = readRange(cluster, prefixFor(config, "servers"));
-    if (!servers)
-        return servers.failure();
-    const auto conflicts = readRange(cluster, prefixFor(config, "conflicts"));
-    if (!conflicts)
-        return conflicts.failure();
-    SiteView site;
-    const std::size_t serversSize = serversPrefix(config.site).size();
-    for (const Entry &entry : servers->entries)
-        takeEntry(entry, entry.key.substr(serversSize), patterns, &site);
-    const std::size_t conflictsSize = (sitePrefix(config.site) + "conflicts/").size();
-    for (const Entry &entry : conflicts->entries)
-        takeConflict(entry, entry.key.substr(conflictsSize), patterns, &site);
-    return site;
+    return alive && alive->ptp ? *alive->ptp : PtpSeen();
+}
+
+int ServerView::foreign() const
+{
+    std::size_t count = 0;
+    for (const auto &configuration : configurations)
+        count += configuration.second.foreign.size();
+    return static_cast<int>(count);
+}
+
+QByteArray stateOf(const ServerView &view)
+{
+    if (!view.alive)
+        return "off";
+    return view.alive->inStep ? "in step" : view.alive->waiting > 0 ? "edits wait" : "behind";
+}
+
+ops::Outcome<SiteView> readSites(EtcdCluster &cluster, const Config &config, const QByteArrayList &others)
+{
+    std::set<QByteArray> sites{config.site};
+    for (const QByteArray &other : others) {
+        const auto found = sitesLike(cluster, other);
+        if (!found)
+            return found.failure();
+        sites.insert(found->begin(), found->end());
+    }
+    SiteView view;
+    for (const QByteArray &site : sites) {
+        const auto read = readOne(cluster, config, site, &view);
+        if (!read)
+            return site == config.site
+                       ? read.failure()
+                       : ops::refused("the site " + site + " cannot be read: " + read.failure().text);
+    }
+    return view;
 }
 
 } // namespace fleet

@@ -21,38 +21,46 @@ struct SharedDocument {
 
 struct SharedConfiguration {
     std::map<std::string, SharedDocument> documents; // by the key of their path
-    int foreign = 0;                                 // documents that are not taken
+    std::map<std::string, QByteArray> foreign;       // those that are not taken, and why
 
     ops::Snapshot snapshot() const;
 };
 
 struct KeptConflict {
     std::string key;
-    QByteArray server;
     QByteArray configuration;
     QByteArray id;
     Conflict conflict;
 };
 
 struct ServerView {
-    QByteArray inUse; // the configuration in use there, as far as known
+    QByteArray site;
+    QByteArray name;
+    bool ownSite = true; // this machine's
+    QByteArray inUse;    // the configuration in use there, as far as known
     std::optional<Alive> alive;
     std::map<QByteArray, SharedConfiguration> configurations;
     std::vector<KeptConflict> conflicts;
 
     // The one in use, else the only one.
-    const SharedConfiguration *current(QByteArray *name = nullptr) const;
+    const SharedConfiguration *current(QByteArray *which = nullptr) const;
     // The document that was changed last; null without any.
     const Document *newest() const;
+    // What it sees of PTP; no words when it is off or does not tell.
+    PtpSeen ptp() const;
+    // Documents that are not taken, of all configurations.
+    int foreign() const;
 };
 
+// "in step", "edits wait", "behind", "off"
+QByteArray stateOf(const ServerView &view);
+
+// By how a server is shown: its name, and for those of other sites SITE/NAME.
 using SiteView = std::map<QByteArray, ServerView>;
 
-// The servers whose names match a pattern of the list, all of them for an empty list. Where only a server's
-// own is allowed to be read, that one.
-ops::Outcome<SiteView> readSite(EtcdCluster &cluster, const Config &config, const QByteArrayList &patterns);
-
-bool matches(const QByteArray &name, const QByteArrayList &patterns);
+// The servers of this machine's site and of the others named, * and ? allowed; where only a server's own is
+// allowed to be read, that one.
+ops::Outcome<SiteView> readSites(EtcdCluster &cluster, const Config &config, const QByteArrayList &others);
 
 } // namespace fleet
 

@@ -6,37 +6,79 @@
 
 #include <QThread>
 
+#include <nlohmann/json.hpp>
+
 namespace {
 
-constexpr int kTakenMs = 30000;
+constexpr int kSecond = 1000;
 constexpr int kLookMs = 200;
+constexpr std::size_t kWave = 50; // that are written before they are waited for
 
-using Edits = std::vector<fleet::SiteEdit>;
+struct Planned {
+    QByteArray server; // as it is shown
+    fleet::SiteEdit edit;
+};
+using Plan = std::vector<Planned>;
 
-ops::Outcome<Edits> plan(const Connection &connection, const fleet::SiteView &site,
-                         const WaveOptions &options, const ChangeMaker &make)
+// One that has nothing yet has the configuration in use, empty.
+std::optional<fleet::SharedConfiguration> configurationOf(const fleet::ServerView &view, QByteArray *name)
 {
-    Edits edits;
-    for (const auto &[server, view] : site) {
+    if (const fleet::SharedConfiguration *current = view.current(name))
+        return *current;
+    *name = view.inUse;
+    return name->isEmpty() ? std::nullopt
+                           : std::optional<fleet::SharedConfiguration>(fleet::SharedConfiguration());
+}
+
+ops::Failure of(const QByteArray &server, const ops::Failure &failure)
+{
+    return {failure.kind, server + ": " + failure.text};
+}
+
+ops::Outcome<Plan> plan(const Context &context, const Chosen &chosen, const ChangeMaker &make)
+{
+    Plan plan;
+    for (const auto &[server, view] : chosen.servers) {
         QByteArray name;
-        const fleet::SharedConfiguration *current = view.current(&name);
-        if (!current || !fleet::matches(server, listOf(options.where)))
+        const auto configuration = configurationOf(*view, &name);
+        if (!configuration) {
+            context.out.note(server + ": shares nothing, and is left out");
             continue;
-        const auto changes = make(site, current->snapshot());
+        }
+        const auto changes = make({chosen.site, server, configuration->snapshot()});
         if (!changes)
-            return ops::Failure{changes.failure().kind, server + ": " + changes.failure().text};
-        if (!changes->empty())
-            edits.push_back(fleet::siteEdit({connection.config.site, server, name}, *current, *changes,
-                                            connection.config.name));
+            return of(server, changes.failure());
+        if (changes->empty())
+            continue;
+        auto edit = fleet::siteEdit({view->site, view->name, name}, *configuration, *changes,
+                                    chosen.connection.config.name);
+        if (!edit)
+            return of(server, edit.failure());
+        plan.push_back({server, std::move(*edit)});
     }
-    return edits;
+    return plan;
+}
+
+void print(Output &out, const Planned &planned)
+{
+    if (out.isText()) {
+        out.line(planned.server + ':');
+        return printChanges(out, planned.edit.changes);
+    }
+    for (const ops::Change &change : planned.edit.changes) {
+        out.item([&] {
+            Json item = changeItem(change);
+            item["server"] = jsonText(planned.server);
+            return item;
+        });
+    }
 }
 
 // Until the server's sign of life says that it has it. A server that is off has not.
 ops::Outcome<ops::Done> waitFor(fleet::EtcdCluster &cluster, const fleet::SiteEdit &edit,
-                                std::int64_t revision)
+                                std::int64_t revision, int seconds)
 {
-    for (int waited = 0; waited < kTakenMs; waited += kLookMs) {
+    for (int waited = 0; waited < seconds * kSecond; waited += kLookMs) {
         const auto taken = fleet::takenBy(cluster, edit, revision);
         if (taken && *taken == fleet::Taken::Yes)
             return ops::Done();
@@ -44,50 +86,100 @@ ops::Outcome<ops::Done> waitFor(fleet::EtcdCluster &cluster, const fleet::SiteEd
             return ops::refused("an edit made on the server stands instead");
         QThread::msleep(kLookMs);
     }
-    return ops::refused("the server has not taken it within 30 s");
+    return ops::refused("the server has not taken it within " + QByteArray::number(seconds) + " s");
 }
 
-int write(Context &context, const Connection &connection, const Edits &edits, const WaveOptions &options)
-{
-    int done = 0;
-    for (const fleet::SiteEdit &edit : edits) {
-        const auto written = fleet::writeEdit(*connection.cluster, edit, connection.config.name);
-        const bool wait = options.wait || done < options.canary;
-        const auto taken = !written ? ops::Outcome<ops::Done>(written.failure())
-                           : wait   ? waitFor(*connection.cluster, edit, *written)
-                                    : ops::Outcome<ops::Done>(ops::Done());
-        if (!taken) {
-            Output::error(edit.place.server + ": " + taken.failure().text + "; " + QByteArray::number(done) +
-                          " of " + QByteArray::number(static_cast<qulonglong>(edits.size())) +
-                          " servers were changed before");
-            return Partly;
-        }
-        context.out.note(edit.place.server + (wait ? ": taken" : ": written"));
-        ++done;
+// Writes to the servers of the plan, wave by wave.
+class Writer {
+public:
+    Writer(Context &context, const Connection &connection, const Plan &plan, const WaveOptions &options)
+        : m_context(context), m_connection(connection), m_plan(plan), m_options(options)
+    {
     }
-    return Done;
+
+    int run();
+
+private:
+    bool wave(std::size_t first, std::size_t end, bool wait);
+    bool failed(const QByteArray &server, const ops::Failure &failure) const;
+
+    Context &m_context;
+    const Connection &m_connection;
+    const Plan &m_plan;
+    const WaveOptions &m_options;
+    std::size_t m_written = 0;
+};
+
+bool Writer::failed(const QByteArray &server, const ops::Failure &failure) const
+{
+    const auto number = [](std::size_t count) { return QByteArray::number(static_cast<qulonglong>(count)); };
+    Output::error(server + ": " + failure.text + "; " + number(m_written) + " of " + number(m_plan.size()) +
+                  " servers were written to");
+    return false;
+}
+
+// All of the wave are written before the first is waited for, so they take it side by side.
+bool Writer::wave(std::size_t first, std::size_t end, bool wait)
+{
+    std::vector<std::int64_t> revisions;
+    for (std::size_t at = first; at < end; ++at) {
+        const Planned &one = m_plan[at];
+        const auto written = fleet::writeEdit(*m_connection.cluster, one.edit, m_connection.config.name);
+        if (!written)
+            return failed(one.server, written.failure());
+        ++m_written;
+        revisions.push_back(*written);
+        if (!wait)
+            m_context.out.note(one.server + ": written");
+    }
+    for (std::size_t at = first; wait && at < end; ++at) {
+        const auto taken =
+            waitFor(*m_connection.cluster, m_plan[at].edit, revisions[at - first], m_options.within);
+        if (!taken)
+            return failed(m_plan[at].server, taken.failure());
+        m_context.out.note(m_plan[at].server + ": taken");
+    }
+    return true;
+}
+
+int Writer::run()
+{
+    const std::size_t canary = std::min(static_cast<std::size_t>(m_options.canary), m_plan.size());
+    bool fine = wave(0, canary, true);
+    for (std::size_t first = canary; fine && first < m_plan.size(); first += kWave)
+        fine = wave(first, std::min(first + kWave, m_plan.size()), m_options.wait);
+    return fine ? Done : m_written > 0 ? Partly : StoreFailed;
 }
 
 } // namespace
 
+void declareWaves(Command &command, WaveOptions &waves)
+{
+    declareWhere(command, waves.where).required();
+    command.option("--canary", waves.canary, "So many first and waited for; the rest only when all took it")
+        .within(0, 100000);
+    command.option("--within", waves.within, "Seconds that a server has to take it, 30 when left out")
+        .within(1, 3600);
+    command.flag("--wait", waves.wait, "Wait until every server took it, in waves of 50");
+}
+
 int changeServers(Context &context, const WaveOptions &options, const ChangeMaker &make)
 {
-    return withSite(context, {}, [&](const Connection &connection, const fleet::SiteView &site) {
-        const auto edits = plan(connection, site, options, make);
-        if (!edits)
-            return context.fail(edits.failure());
-        for (const fleet::SiteEdit &edit : *edits) {
-            if (context.out.isText())
-                context.out.line(edit.place.server + ':');
-            printChanges(context.out, edit.changes);
-        }
-        if (edits->empty())
+    return withServers(context, listOf(options.where), [&](const Chosen &chosen) {
+        if (chosen.servers.empty()) // a slip, where something was to be done
+            return context.usage(chosen.nobody());
+        const auto planned = plan(context, chosen, make);
+        if (!planned)
+            return context.fail(planned.failure());
+        for (const Planned &one : *planned)
+            print(context.out, one);
+        if (planned->empty())
             return context.nothing("nothing to change");
-        const QByteArray servers = counted(edits->size(), "server");
+        const QByteArray servers = counted(planned->size(), "server");
         if (context.dryRun)
             return context.nothing(servers + " would change");
         if (!agreed(context, "Change " + servers + '?'))
             return static_cast<int>(Usage);
-        return write(context, connection, *edits, options);
+        return Writer(context, chosen.connection, *planned, options).run();
     });
 }

@@ -89,6 +89,17 @@ ProgramResult Machine::fleet(const QStringList &words) const
     return runProgram(QStringLiteral(CORVEL_BIN_DIR "/corvel-fleet"), words, environment());
 }
 
+ProgramResult Machine::type(const QByteArray &line) const
+{
+    QProcessEnvironment environment = this->environment();
+    environment.insert(QStringLiteral("PATH"),
+                       QStringLiteral(CORVEL_BIN_DIR ":") + environment.value(QStringLiteral("PATH")));
+    return runProgram(
+        QStringLiteral("bash"),
+        {QStringLiteral("-c"), QStringLiteral("cd \"$XDG_CONFIG_HOME\"; ") + QString::fromUtf8(line)},
+        environment);
+}
+
 bool Machine::set(const QByteArray &configuration, const char *place, const char *assignment) const
 {
     return ctl(configuration, {QStringLiteral("set"), QLatin1String(place), QLatin1String(assignment)})

@@ -29,6 +29,8 @@ public:
     // corvelctl with this machine's store; an empty configuration is the one in use.
     ProgramResult ctl(const QByteArray &configuration, const QStringList &words) const;
     ProgramResult fleet(const QStringList &words) const;
+    // A line as somebody types it, in this machine's own folder.
+    ProgramResult type(const QByteArray &line) const;
     bool set(const QByteArray &configuration, const char *place, const char *assignment) const;
     QByteArray get(const QByteArray &configuration, const char *place, const char *word) const;
 

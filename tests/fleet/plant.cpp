@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "fleet/plant.h"
 
+#include <QDir>
+
 #include <unistd.h>
 
 Plant::Plant() = default;
@@ -55,12 +57,12 @@ ProgramResult Plant::setup(const QStringList &arguments) const
     return runProgram(QStringLiteral(CORVEL_SOURCE_DIR "/packaging/fleet/corvel-fleet-setup"), arguments);
 }
 
-ProgramResult Plant::etcdctl(const QStringList &arguments) const
+ProgramResult Plant::etcdctlAt(const QByteArray &endpoints, const QStringList &arguments) const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("ETCDCTL_API"), QStringLiteral("3"));
     return runProgram(QStringLiteral("etcdctl"),
-                      QStringList{QStringLiteral("--endpoints=") + QString::fromLatin1(endpoints()),
+                      QStringList{QStringLiteral("--endpoints=") + QString::fromLatin1(endpoints),
                                   QStringLiteral("--cacert=") + file(QStringLiteral("ca.crt")),
                                   QStringLiteral("--cert=") + file(QStringLiteral("root.crt")),
                                   QStringLiteral("--key=") + file(QStringLiteral("root.key"))} +
@@ -76,7 +78,7 @@ bool Plant::startNode(int node, const QStringList &flags)
     process->start(QStringLiteral(CORVEL_SOURCE_DIR "/tools/fleet-node"),
                    QStringList{folder(), QStringLiteral("node%1").arg(node), QString::fromLatin1(host(node)),
                                QString::fromLatin1(members())} +
-                       flags);
+                       m_flags + flags);
     m_nodes[node] = std::move(process);
     return m_nodes[node]->waitForStarted();
 }
@@ -110,8 +112,9 @@ int Plant::leader() const
     return -1;
 }
 
-bool Plant::start()
+bool Plant::start(const QStringList &flags)
 {
+    m_flags = flags;
     if (!succeeded(setup({QStringLiteral("ca"), folder()}), "the authority"))
         return false;
     for (int node = 0; node < kNodes; ++node) {
@@ -125,8 +128,11 @@ bool Plant::start()
     }
     for (int node = 0; node < kNodes; ++node)
         startNode(node);
-    if (!succeeded(setup({QStringLiteral("admin"), folder(), QStringLiteral("root")}), "root"))
-        return false;
+    return succeeded(setup({QStringLiteral("admin"), folder(), QStringLiteral("root")}), "root") && users();
+}
+
+bool Plant::users()
+{
     if (!eventually([this] { return healthy(); })) {
         m_error = "the members do not find each other";
         return false;
@@ -134,26 +140,79 @@ bool Plant::start()
     return succeeded(setup({QStringLiteral("roles"), folder(), QString::fromLatin1(endpoints())}), "users");
 }
 
+void Plant::wipe()
+{
+    for (int node = 0; node < kNodes; ++node) {
+        killNode(node);
+        QDir(file(QStringLiteral("node%1.data").arg(node))).removeRecursively();
+    }
+    for (int node = 0; node < kNodes; ++node)
+        startNode(node);
+}
+
+// Of one member, which has it all.
+bool Plant::snapshot(const QString &name)
+{
+    return succeeded(etcdctlAt(endpoint(0), {QStringLiteral("snapshot"), QStringLiteral("save"), name}),
+                     "a snapshot");
+}
+
+bool Plant::restore(const QString &snapshot)
+{
+    QByteArrayList peers;
+    for (int node = 0; node < kNodes; ++node)
+        peers.append("node" + QByteArray::number(node) + "=https://" + host(node) + ":2380");
+    const QString cluster = QString::fromLatin1(peers.join(','));
+    bool restored = true;
+    for (int node = 0; node < kNodes; ++node) {
+        killNode(node);
+        const QString name = QStringLiteral("node%1").arg(node);
+        const QString data = file(name + QStringLiteral(".data"));
+        QDir(data).removeRecursively();
+        const QStringList words{QStringLiteral("snapshot"),
+                                QStringLiteral("restore"),
+                                snapshot,
+                                QStringLiteral("--name=") + name,
+                                QStringLiteral("--data-dir=") + data,
+                                QStringLiteral("--initial-cluster=") + cluster,
+                                QStringLiteral("--initial-cluster-token=restored"),
+                                QStringLiteral("--initial-advertise-peer-urls=https://%1:2380")
+                                    .arg(QString::fromLatin1(host(node)))};
+        restored = succeeded(etcdctl(words), "restoring a member") && restored;
+    }
+    for (int node = 0; node < kNodes; ++node)
+        startNode(node);
+    return restored && eventually([this] { return healthy(); });
+}
+
 bool Plant::addCertificate(const QByteArray &name)
 {
     return succeeded(setup({QStringLiteral("server"), folder(), QString::fromLatin1(name)}), "a certificate");
 }
 
-bool Plant::addServer(const QByteArray &name)
+bool Plant::allowServer(const QByteArray &name, const QByteArray &site)
 {
-    return addCertificate(name) &&
-           succeeded(
-               setup({QStringLiteral("allow"), folder(), QStringLiteral("london"),
-                      QString::fromLatin1(endpoints()), QStringLiteral("server"), QString::fromLatin1(name)}),
-               "a server's role");
+    return succeeded(
+        setup({QStringLiteral("allow"), folder(), QString::fromLatin1(site), QString::fromLatin1(endpoints()),
+               QStringLiteral("server"), QString::fromLatin1(name)}),
+        "a server's role");
 }
 
-bool Plant::addDesk(const QByteArray &name, const QStringList &servers)
+bool Plant::allowDesk(const QByteArray &name, const QStringList &servers)
 {
-    return addCertificate(name) &&
-           succeeded(setup(QStringList{QStringLiteral("allow"), folder(), QStringLiteral("london"),
+    return succeeded(setup(QStringList{QStringLiteral("allow"), folder(), QStringLiteral("london"),
                                        QString::fromLatin1(endpoints()), QStringLiteral("desk"),
                                        QString::fromLatin1(name)} +
                            servers),
                      "a desk's role");
+}
+
+bool Plant::addServer(const QByteArray &name)
+{
+    return addCertificate(name) && allowServer(name);
+}
+
+bool Plant::addDesk(const QByteArray &name, const QStringList &servers)
+{
+    return addCertificate(name) && allowDesk(name, servers);
 }

@@ -56,8 +56,8 @@ public:
     // Other addresses than loopback ones: this machine has them already. Before start().
     void useHosts(const QByteArrayList &hosts) { m_hosts = hosts; }
 
-    // Certificates, members, users. False when that failed; error() says why.
-    bool start();
+    // Certificates, members, users. False when that failed; error() says why. flags: for each member.
+    bool start(const QStringList &flags = {});
     QByteArray error() const { return m_error; }
 
     QString folder() const { return m_folder.path(); }
@@ -68,9 +68,18 @@ public:
     bool startNode(int node, const QStringList &flags = {});
     void killNode(int node);                                                                  // as kill -9
     qint64 nodePid(int node) const { return m_nodes[node] ? m_nodes[node]->processId() : 0; } // 0: ended
+    // What the members know is lost for good, and an empty cluster takes their place. Then users() again.
+    void wipe();
+    // The same with what a snapshot of etcdctl holds.
+    bool restore(const QString &snapshot);
+    bool snapshot(const QString &name);
+    bool users();
     bool healthy() const;
     int leader() const; // -1: none
 
+    // User and role of a machine that has a certificate.
+    bool allowServer(const QByteArray &name, const QByteArray &site = "london");
+    bool allowDesk(const QByteArray &name, const QStringList &servers);
     // Certificate, user and role of a machine. Servers: what a desk may write.
     bool addServer(const QByteArray &name);
     bool addDesk(const QByteArray &name, const QStringList &servers);
@@ -79,9 +88,10 @@ public:
 
     ProgramResult setup(const QStringList &arguments) const;
     // As the cluster's root.
-    ProgramResult etcdctl(const QStringList &arguments) const;
+    ProgramResult etcdctl(const QStringList &arguments) const { return etcdctlAt(endpoints(), arguments); }
 
 private:
+    ProgramResult etcdctlAt(const QByteArray &endpoints, const QStringList &arguments) const;
     QByteArray host(int node) const;
     QByteArray members() const;
     bool succeeded(const ProgramResult &result, const char *what);
@@ -89,6 +99,7 @@ private:
     QTemporaryDir m_folder;
     QByteArrayList m_hosts;
     QByteArray m_error;
+    QStringList m_flags;
     std::unique_ptr<QProcess> m_nodes[kNodes];
 };
 

@@ -2,6 +2,8 @@
 // The commands for people, against three members, two servers and a desk.
 #include "fleet/machine.h"
 
+#include <QFile>
+
 namespace {
 
 const char kPlace[] = "0/video";
@@ -26,11 +28,20 @@ private slots:
     void aServerThatIsOffStopsTheRun();
     void copyGivesWhatAnotherHas();
     void aRoleThatDoesNotAllowItIsTold();
+    void whereChoosesByWhatServersAre();
+    void statusTellsWhatIsSeenOfPtp();
+    void theFirstFailureEndsTheRun();
+    void aLargeServerIsWrittenInSeveralTransactions();
+    void restoreGivesBackWhatADumpHolds();
+    void restoreGivesEachItsOwn();
+    void whatIsNoDumpRestoresNothing();
+    void anotherSiteIsReadWhereTheRoleAllowsIt();
     void checkSeesTheWholePlant();
     void whatWasOverruledIsListedAndTaken();
     void joinTellsWhatDiffersAndTakesIt();
     void leavingKeepsTheSettings();
     void corvelctlHandsItsWordsOver();
+    void whatThePaperSaysIsTrue();
 
 private:
     bool eventuallyHas(const Machine &machine, const QByteArray &value)
@@ -94,6 +105,9 @@ void TestFleetCommands::aDryRunChangesNothing()
     const ProgramResult result = m_desk->fleet(words("--dry-run set 0/video tx.dst=239.1.3.1 --where *"));
     QCOMPARE(result.code, 0);
     QCOMPARE(result.out.count("239.1.2.1 -> 239.1.3.1"), 2);
+    const QByteArray lines =
+        m_desk->fleet(words("--dry-run --lines set 0/video tx.dst=239.1.3.1 --where lon-2")).out;
+    QVERIFY2(lines.count('\n') == 1 && lines.contains("\"server\":\"lon-2\""), lines.constData());
     QCOMPARE(m_desk->fleet(words("diff lon-1 lon-2")).code, 0);
     QCOMPARE(m_first->get({}, kPlace, "tx.dst"), QByteArray("239.1.2.1"));
 }
@@ -125,6 +139,12 @@ void TestFleetCommands::copyGivesWhatAnotherHas()
     QVERIFY(eventually([&] { return m_desk->fleet(words("diff lon-1 lon-2")).code == 1; }));
     QCOMPARE(m_desk->fleet(words("--yes copy lon-1 1 --where lon-2")).code, 0);
     QVERIFY(eventually([&] { return m_second->get({}, "1/video", "tx.dst") == "239.1.5.1"; }));
+    QVERIFY(m_first->set({}, "server", "nmos.ip=10.1.1.1") &&
+            m_first->set({}, "2/video", "tx.dst=239.1.5.2"));
+    QVERIFY(eventually(
+        [&] { return m_desk->fleet(words("status --where server/nmos.ip=10.*")).out.contains("lon-1"); }));
+    const QByteArray server = m_desk->fleet(words("--dry-run copy lon-1 server --where lon-2")).out;
+    QCOMPARE(server, QByteArray("lon-2:\nserver nmos.ip: (absent) -> 10.1.1.1\n"));
 }
 
 void TestFleetCommands::aRoleThatDoesNotAllowItIsTold()
@@ -136,6 +156,136 @@ void TestFleetCommands::aRoleThatDoesNotAllowItIsTold()
              result.err.constData());
     QVERIFY(eventuallyHas(*m_first, "239.1.6.1"));
     QCOMPARE(m_second->get({}, kPlace, "tx.dst"), QByteArray("239.1.4.1"));
+}
+
+void TestFleetCommands::whereChoosesByWhatServersAre()
+{
+    const auto chosen = [&](const QStringList &where) {
+        return m_desk->fleet(words("status") + where).out.count('\n') - 1;
+    };
+    QCOMPARE(chosen(words("--where alive")), 2);
+    QCOMPARE(chosen(words("--where 0/video/tx.dst=239.1.6.1")), 1);
+    QCOMPARE(chosen(words("--where *,!lon-1")), 1);
+    QCOMPARE(chosen(words("--where lon-* --where lon-2")), 1);
+    const ProgramResult nobody = m_desk->fleet(words("--yes set 0/video tx.dst=239.1.9.9 --where away"));
+    QCOMPARE(nobody.code, 2);
+    QVERIFY2(nobody.err.contains("no server is meant by --where away"), nobody.err.constData());
+    const ProgramResult none = m_desk->fleet(words("status --where away")); // which is no mistake
+    QVERIFY2(none.code == 0 && none.out.isEmpty() && none.err.contains("no server is meant"),
+             none.err.constData());
+    const ProgramResult slip = m_desk->fleet(words("status --where ptpp=locked"));
+    QCOMPARE(slip.code, 2);
+    QVERIFY2(slip.err.contains("did you mean ptp?"), slip.err.constData());
+}
+
+void TestFleetCommands::statusTellsWhatIsSeenOfPtp()
+{
+    QVERIFY(m_desk->fleet(words("--lines status lon-1")).out.contains("\"state\":\"no ptp\""));
+    QCOMPARE(m_second->ctl({}, words("set 0 clock=sw-ptp domain=7")).code, 0);
+    QVERIFY(eventually([&] {
+        return m_desk->fleet(words("--lines status --where ptp.domain=7")).out.contains("\"domain\":7");
+    }));
+    QCOMPARE(m_second->ctl({}, words("unset 0 clock domain")).code, 0);
+    QVERIFY(eventually([&] { return m_desk->fleet(words("status --where ptp=no*")).out.count('\n') == 3; }));
+}
+
+void TestFleetCommands::theFirstFailureEndsTheRun()
+{
+    QCOMPARE(m_first->stop(), 0);
+    const ProgramResult result =
+        m_desk->fleet(words("--yes set 0/video tx.dst=239.1.6.9 --where * --canary 1 --within 1"));
+    QCOMPARE(result.code, 4);
+    QVERIFY2(
+        result.err.contains("lon-1: the server has not taken it within 1 s; 1 of 2 servers were written to"),
+        result.err.constData());
+    QCOMPARE(m_second->get({}, kPlace, "tx.dst"), QByteArray("239.1.4.1"));
+    m_first->start();
+    QVERIFY(eventuallyHas(*m_first, "239.1.6.9"));
+}
+
+void TestFleetCommands::aLargeServerIsWrittenInSeveralTransactions()
+{
+    QCOMPARE(m_first->ctl({}, words("set server channels=100")).code, 0);
+    QVERIFY(eventually(
+        [&] { return m_desk->fleet(words("status --where server/channels=100")).out.contains("lon-1"); }));
+    const ProgramResult result =
+        m_desk->fleet(words("--yes --quiet set 0-99/video rx.dst-port=5004 --where lon-1 --wait"));
+    QVERIFY2(result.code == 0, result.err.constData());
+    QCOMPARE(m_first->get({}, "99/video", "rx.dst-port"), QByteArray("5004"));
+    QCOMPARE(m_first->get({}, "0/video", "rx.dst-port"), QByteArray("5004"));
+}
+
+void TestFleetCommands::restoreGivesBackWhatADumpHolds()
+{
+    const QString dump = m_plant.file(QStringLiteral("before.json"));
+    QCOMPARE(m_first->ctl({}, {QStringLiteral("dump"), dump}).code, 0);
+    QCOMPARE(
+        m_desk->fleet(words("--yes set 0/video tx.dst=239.1.6.5 rx.dst=239.1.6.6 --where lon-1 --wait")).code,
+        0);
+    const QStringList restore{QStringLiteral("restore"), dump, QStringLiteral("--where"),
+                              QStringLiteral("lon-1")};
+    const ProgramResult dry = m_desk->fleet(words("--dry-run") + restore);
+    QVERIFY2(dry.code == 0 && dry.out.contains("239.1.6.5 -> 239.1.6.9"), dry.out.constData());
+    QVERIFY(dry.out.contains("239.1.6.6 -> (absent)")); // exactly the dump
+    QCOMPARE(m_first->get({}, kPlace, "tx.dst"), QByteArray("239.1.6.5"));
+    const ProgramResult done = m_desk->fleet(words("--yes") + restore + words("--wait"));
+    QVERIFY2(done.code == 0 && done.err.contains("lon-1: taken"), done.err.constData());
+    QCOMPARE(m_first->get({}, kPlace, "tx.dst"), QByteArray("239.1.6.9"));
+    QVERIFY(m_desk->fleet(words("--yes") + restore).err.contains("nothing to change"));
+}
+
+void TestFleetCommands::restoreGivesEachItsOwn()
+{
+    m_desk->start();
+    QVERIFY(eventually([&] {
+        return m_desk->get("lon-1", kPlace, "tx.dst") == "239.1.6.9" &&
+               m_desk->get("lon-2", kPlace, "tx.dst") == "239.1.4.1";
+    }));
+    const QString dump = m_plant.file(QStringLiteral("plant.json"));
+    QCOMPARE(m_desk->ctl({}, {QStringLiteral("dump"), dump, QStringLiteral("--all")}).code, 0);
+    QCOMPARE(m_desk->stop(), 0);
+    QCOMPARE(m_desk->fleet(words("--yes set 0/video tx.dst=239.1.6.7 --where *")).code, 0);
+    const QStringList restore{QStringLiteral("restore"), dump, QStringLiteral("--where"),
+                              QStringLiteral("*")};
+    const ProgramResult which = m_desk->fleet(words("--yes") + restore);
+    QCOMPARE(which.code, 2);
+    QVERIFY2(which.err.contains("--each"), which.err.constData());
+    QCOMPARE(m_desk->fleet(words("--yes") + restore + words("--from par-1")).code, 2);
+    const ProgramResult done = m_desk->fleet(words("--yes") + restore + words("--each --wait"));
+    QVERIFY2(done.code == 0, done.err.constData());
+    QCOMPARE(m_first->get({}, kPlace, "tx.dst"), QByteArray("239.1.6.9"));
+    QCOMPARE(m_second->get({}, kPlace, "tx.dst"), QByteArray("239.1.4.1"));
+}
+
+void TestFleetCommands::whatIsNoDumpRestoresNothing()
+{
+    const QString rubbish = m_plant.file(QStringLiteral("ca.crt"));
+    QCOMPARE(
+        m_desk->fleet({QStringLiteral("restore"), rubbish, QStringLiteral("--where"), QStringLiteral("*")})
+            .code,
+        2);
+    QCOMPARE(m_desk->fleet(words("restore /nowhere --where *")).code, 2);
+    QCOMPARE(m_desk->fleet(words("restore x --each --from y --where *")).code, 2);
+    QCOMPARE(m_desk->fleet(words("restore x")).code, 2); // where?
+}
+
+void TestFleetCommands::anotherSiteIsReadWhereTheRoleAllowsIt()
+{
+    QVERIFY2(m_plant.addCertificate("par-1") && m_plant.allowServer("par-1", "paris"),
+             m_plant.error().constData());
+    Machine paris(m_plant, "server", "par-1");
+    paris.writeConfig(paris.config().replace("site = london", "site = paris"));
+    QVERIFY(paris.set({}, kPlace, "tx.dst=239.1.4.1:5000"));
+    paris.start();
+    const Machine all(m_plant, "desk", "root", "[follow]\nservers = *\n"); // who may read everything
+    QVERIFY(eventually(
+        [&] { return all.fleet(words("status --where paris/*")).out.contains("paris/par-1  in step"); }));
+    QCOMPARE(all.fleet(words("status --where */*")).out.count('\n'), 4);
+    QVERIFY(all.fleet(words("diff lon-2 paris/par-1")).code <= 1);
+    const ProgramResult denied = m_desk->fleet(words("status --where site=paris"));
+    QCOMPARE(denied.code, 3);
+    QVERIFY2(denied.err.contains("the site paris cannot be read"), denied.err.constData());
+    QCOMPARE(paris.stop(), 0);
 }
 
 void TestFleetCommands::checkSeesTheWholePlant()
@@ -201,7 +351,41 @@ void TestFleetCommands::corvelctlHandsItsWordsOver()
     QCOMPARE(handed.code, 0);
     QVERIFY2(handed.out.contains("lon-1"), handed.err.constData());
     QCOMPARE(m_desk->ctl({}, words("fleet diff lon-1 par-1")).code, 2);
+    const auto offered = [&](const QStringList &line) {
+        return m_desk->ctl({}, words("__complete fleet") + line).out;
+    };
+    QVERIFY(offered({QString()}).contains("restore\n") && offered(words("re")) == "restore\n");
+    QVERIFY(offered({QStringLiteral("diff"), QString()})
+                .contains("lon-1\n")); // the desk's copies have their names
+    QVERIFY(offered(words("set 0/video tx.dst-p")).contains("tx.dst-port=\n"));
+    QVERIFY(offered(words("restore x --c")).contains("--canary\n"));
     QVERIFY(m_desk->ctl({}, words("--json fleet status")).out.contains("\"state\""));
+}
+
+// The commands of docs/fleet.md for every day, typed on this desk in their order. They end with 0, or as
+// their comment says.
+void TestFleetCommands::whatThePaperSaysIsTrue()
+{
+    m_second->start();
+    m_desk->start();
+    QVERIFY(
+        eventually([&] { return m_desk->fleet(words("status --where alive")).out.count("in step") == 2; }));
+    QFile paper(QStringLiteral(CORVEL_SOURCE_DIR "/docs/fleet.md"));
+    QVERIFY(paper.open(QIODevice::ReadOnly));
+    const QByteArray text = paper.readAll();
+    const int from = text.indexOf("\n## Every day\n"), to = text.indexOf("\n### The whole plant");
+    int typed = 0;
+    for (const QByteArray &line : text.mid(from, to - from).split('\n')) {
+        if (!line.startsWith("    corvelctl "))
+            continue;
+        const ProgramResult result = m_desk->type(line.trimmed());
+        const bool announced =
+            line.contains("# exit ") && line.contains(QByteArray::number(result.code) + ": ");
+        QVERIFY2(result.code == 0 || announced, (line + '\n' + result.err).constData());
+        ++typed;
+    }
+    QVERIFY(typed > 10);
+    QCOMPARE(m_desk->stop(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestFleetCommands)

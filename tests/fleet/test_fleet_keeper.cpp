@@ -40,6 +40,10 @@ private slots:
     void pushThatLandedBeforeTheLossIsKept();
     void aliveIsToldAtADesk();
     void statusCountsWhatWaits();
+    void howLongItIsBehindIsTold();
+    void whoDoubtsLooksAtOnce();
+    void aDeskSoonHearsThatNobodyAnswers();
+    void errorsOfTheStoreAreCounted();
 
 private:
     std::unique_ptr<Keeper> keeper(Role role = Role::Server);
@@ -510,6 +514,62 @@ void TestFleetKeeper::statusCountsWhatWaits()
     run(20000);
     QCOMPARE(m_keeper->status().waiting, 0);
     QVERIFY(m_keeper->status().inStep);
+}
+
+void TestFleetKeeper::howLongItIsBehindIsTold()
+{
+    QCOMPARE(m_keeper->status().behindMs, m_nowMs); // since it was started
+    run(100000);
+    QCOMPARE(m_keeper->status().behindMs, qint64(0));
+    m_link->cut = true;
+    const qint64 beganMs = m_nowMs;
+    edit("P", 1);
+    run(20000);
+    const qint64 behindMs = m_keeper->status().behindMs;
+    QVERIFY(behindMs >= beganMs && behindMs < beganMs + 100);
+    edit("Q", 1);
+    run(20000);
+    QCOMPARE(m_keeper->status().behindMs, behindMs); // the first edit is the one that waits longest
+    m_link->cut = false;
+    run(20000);
+    QCOMPARE(m_keeper->status().behindMs, qint64(0));
+}
+
+void TestFleetKeeper::whoDoubtsLooksAtOnce()
+{
+    run(1000);
+    m_link->cut = true;
+    run(1000);
+    QVERIFY(m_keeper->status().connected); // it has had nothing to ask
+    m_keeper->doubt();
+    m_keeper->work();
+    QVERIFY(!m_keeper->status().connected);
+}
+
+void TestFleetKeeper::aDeskSoonHearsThatNobodyAnswers()
+{
+    m_keeper = keeper(Role::Desk);
+    run(1000);
+    QVERIFY(m_keeper->status().connected);
+    m_link->cut = true;
+    run(Keeper::kAliveMs + 100);
+    QVERIFY(!m_keeper->status().connected);
+}
+
+void TestFleetKeeper::errorsOfTheStoreAreCounted()
+{
+    run(100);
+    QCOMPARE(m_keeper->status().storeErrors, 0);
+    bool busy = true;
+    m_replica->busy = [&] { return busy; };
+    putRemote("P", 2);
+    run(200);
+    const int errors = m_keeper->status().storeErrors;
+    QVERIFY(errors > 0);
+    busy = false;
+    run(1000);
+    QVERIFY(m_keeper->status().inStep);
+    QCOMPARE(m_keeper->status().storeErrors, errors);
 }
 
 QTEST_GUILESS_MAIN(TestFleetKeeper)

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The service's parts that need no cluster: the sign of life, the signs of the store, the figures, the
 // roster, the gate.
+#include "fleet/member.h"
 #include "fleet/service/alive.h"
 #include "fleet/service/gate.h"
 #include "fleet/service/metrics.h"
+#include "fleet/service/ptpsign.h"
 #include "fleet/service/roster.h"
 #include "fleet/service/storesigns.h"
 
@@ -13,46 +15,7 @@
 
 namespace {
 
-// Answers as it is told to, and counts.
-class Member : public fleet::EtcdCluster {
-public:
-    fleet::Outcome answer = fleet::Outcome::Done;
-    std::map<std::string, std::string> values;
-    int calls = 0;
-
-    fleet::Outcome range(const std::string &, fleet::Range *) override { return called(); }
-    fleet::Outcome get(const std::string &key, fleet::Range *range) override
-    {
-        *range = fleet::Range();
-        if (values.count(key) > 0)
-            range->entries.push_back({key, values.at(key), 1, false});
-        return called();
-    }
-    fleet::Outcome keys(const std::string &prefix, std::vector<std::string> *keys) override
-    {
-        keys->clear();
-        for (const auto &value : values) {
-            if (value.first.compare(0, prefix.size(), prefix) == 0)
-                keys->push_back(value.first);
-        }
-        return called();
-    }
-    fleet::Outcome commit(const std::vector<fleet::Put> &, std::int64_t *) override { return called(); }
-    std::unique_ptr<fleet::Watch> watch(const std::string &, std::int64_t, fleet::WatchSink *) override
-    {
-        return std::make_unique<fleet::Watch>();
-    }
-    fleet::Outcome keepAlive(const std::string &, const std::string &, int) override { return called(); }
-    fleet::Outcome endLease() override { return called(); }
-    std::string reason() const override { return "no answer"; }
-
-private:
-    fleet::Outcome called()
-    {
-        ++calls;
-        return answer;
-    }
-};
+using fleet::Member;
 
 fleet::Config desk(const QByteArrayList &follow)
 {
@@ -86,7 +49,10 @@ private slots:
     void filesBelongToConfigurations();
     void aTouchedFileTellsItsConfiguration();
     void figuresHaveNamesTypesAndLabels();
+    void ptpIsTold_data();
+    void ptpIsTold();
     void onlyTheFiguresAreAnswered();
+    void whatNobodyAsksOfPtpIsNotRead();
     void patternsBecomePrefixes();
     void aDeskNamesItsCopiesAfterServers();
     void foreignNamesBecomeNoConfigurations();
@@ -104,7 +70,8 @@ void TestFleetParts::aSignOfLifeIsReadAsItWasWritten()
     alive.revision = 42;
     alive.waiting = 3;
     alive.refused = 1;
-    alive.interfaces.push_back({"eth0", {0x0a000001, 0x0a000002}});
+    alive.interfaces.push_back({"eth0", {0x0a000001, 0x0a000002}, {{0x0a000000, 0xffffff00}, {0, 0}}});
+    alive.ptp = fleet::PtpSeen{"locked", 127, "00-1D-C1-FF-FE-00-00-01"};
     const auto read = fleet::readAlive(fleet::aliveText(alive));
     QVERIFY(read);
     QCOMPARE(read->version, alive.version);
@@ -117,6 +84,14 @@ void TestFleetParts::aSignOfLifeIsReadAsItWasWritten()
     QCOMPARE(read->interfaces.size(), std::size_t(1));
     QCOMPARE(read->interfaces[0].name, QByteArray("eth0"));
     QVERIFY(read->interfaces[0].addresses == alive.interfaces[0].addresses);
+    QCOMPARE(read->interfaces[0].networks.size(), std::size_t(2));
+    QCOMPARE(read->interfaces[0].networks[0].network, 0x0a000000U);
+    QCOMPARE(read->interfaces[0].networks[0].mask, 0xffffff00U);
+    QCOMPARE(read->interfaces[0].networks[1].mask, 0U);
+    QVERIFY(read->ptp);
+    QCOMPARE(read->ptp->state, QByteArray("locked"));
+    QCOMPARE(read->ptp->domain, 127U);
+    QCOMPARE(read->ptp->grandmaster, QByteArray("00-1D-C1-FF-FE-00-00-01"));
 }
 
 void TestFleetParts::aForeignSignOfLifeIsNotTaken_data()
@@ -137,7 +112,14 @@ void TestFleetParts::aForeignSignOfLifeIsNotTaken_data()
                                         "\"interfaces\":{\"name\":1}}")
                                  << true;
     QTest::newRow("odd interfaces")
-        << QByteArray("{\"format\":1,\"interfaces\":[1,{\"name\":2},{\"addresses\":[1,\"x\"]}]}") << true;
+        << QByteArray("{\"format\":1,\"interfaces\":[1,{\"name\":2},{\"addresses\":[1,\"x\"],"
+                      "\"networks\":[7,\"x/y\",\"10.0.0.0\",\"10.0.0.0/33\",\"/8\"]}]}")
+        << true;
+    QTest::newRow("words that no terminal should get")
+        << QByteArray("{\"format\":1,\"version\":\"\\u001b[2J\",\"configuration\":\"a\\nb\"}") << true;
+    QTest::newRow("odd PTP") << QByteArray("{\"format\":1,\"ptp\":{\"state\":\"\\u0007\",\"domain\":\"x\"}}")
+                             << true;
+    QTest::newRow("no PTP") << QByteArray("{\"format\":1,\"ptp\":\"locked\"}") << true;
 }
 
 void TestFleetParts::aForeignSignOfLifeIsNotTaken()
@@ -146,7 +128,7 @@ void TestFleetParts::aForeignSignOfLifeIsNotTaken()
     const auto alive = fleet::readAlive(text.toStdString());
     QTEST(alive.has_value(), "taken");
     if (alive)
-        QVERIFY(!alive->inStep && alive->waiting == 0 && alive->version.isEmpty());
+        QVERIFY(!alive->inStep && alive->waiting == 0 && alive->version.isEmpty() && !alive->ptp);
 }
 
 void TestFleetParts::filesBelongToConfigurations_data()
@@ -193,7 +175,9 @@ void TestFleetParts::figuresHaveNamesTypesAndLabels()
     kept.server = "lon-1";
     kept.status.connected = true;
     kept.status.waiting = 4;
-    kept.status.sinceMs = 1000;
+    kept.status.sinceMs = 1;
+    kept.status.behindMs = 1000;
+    kept.status.storeErrors = 7;
     status.configurations.push_back(kept);
     const QByteArray text = fleet::metricsText(status, 61000);
     const QByteArray labels = R"({server="lon-1",configuration="say \"hi\"\\\n"})";
@@ -201,8 +185,50 @@ void TestFleetParts::figuresHaveNamesTypesAndLabels()
     QVERIFY(text.contains("corvel_fleet_edits_waiting" + labels + " 4\n"));
     QVERIFY(text.contains("corvel_fleet_lag_seconds" + labels + " 60\n"));
     QVERIFY(text.contains("# TYPE corvel_fleet_lag_seconds gauge\n"));
-    status.configurations[0].status.inStep = true;
+    QVERIFY(text.contains("corvel_fleet_store_errors_total" + labels + " 7\n"));
+    QVERIFY(text.contains("# TYPE corvel_fleet_store_errors_total counter\n"));
+    QVERIFY(text.contains("\ncorvel_fleet_unopened 0\n"));
+    status.configurations[0].status.behindMs = 0;
     QVERIFY(fleet::metricsText(status, 61000).contains("corvel_fleet_lag_seconds" + labels + " 0\n"));
+}
+
+void TestFleetParts::ptpIsTold_data()
+{
+    QTest::addColumn<QByteArray>("state");
+    QTest::addColumn<QByteArray>("locked");
+    QTest::newRow("locked") << QByteArray("locked") << QByteArray("1");
+    QTest::newRow("another master") << QByteArray("other master") << QByteArray("0");
+    QTest::newRow("nobody looks") << QByteArray("not running") << QByteArray("0");
+    QTest::newRow("nobody wants it") << QByteArray("no ptp") << QByteArray();
+    QTest::newRow("not known") << QByteArray() << QByteArray();
+}
+
+void TestFleetParts::ptpIsTold()
+{
+    QFETCH(QByteArray, state);
+    QFETCH(QByteArray, locked);
+    fleet::FleetStatus status;
+    status.name = "lon-1";
+    if (!state.isEmpty())
+        status.ptp = fleet::PtpSeen{state, 127, "00-1D"};
+    const QByteArray text = fleet::metricsText(status, 0);
+    QCOMPARE(text.contains("ptp"), !locked.isEmpty());
+    if (locked.isEmpty())
+        return;
+    QVERIFY(text.contains("corvel_fleet_ptp_locked{server=\"lon-1\"} " + locked + '\n'));
+    QVERIFY(text.contains("corvel_fleet_ptp_state{server=\"lon-1\",state=\"" + state +
+                          "\",domain=\"127\",grandmaster=\"00-1D\"} 1\n"));
+}
+
+void TestFleetParts::whatNobodyAsksOfPtpIsNotRead()
+{
+    fleet::PtpSign sign;
+    QCOMPARE(sign.seen()->state, QByteArray("no ptp"));
+    sign.want(ops::PtpTarget{"127.9.9.9", 5, {}}); // nobody has that address
+    QTRY_COMPARE(sign.seen()->state, QByteArray("no interface"));
+    QCOMPARE(sign.seen()->domain, 5U);
+    sign.want(std::nullopt);
+    QCOMPARE(sign.seen()->state, QByteArray("no ptp"));
 }
 
 void TestFleetParts::onlyTheFiguresAreAnswered()

@@ -212,6 +212,14 @@ typedef int (*RKPTP_MASTER_VISITOR)(void *context, const RKPTP_MASTER *master);
  */
 RKPTP_API int rkPTPForEachMaster(PTP_HANDLE handle, RKPTP_MASTER_VISITOR visitor, void *context);
 
+/*
+ * As rkPTPStart, for programs that run all the time and only want to tell: starts no process, opens no PTP
+ * port and does not listen to the network. It shows what a ptp4l that runs already sees, the system's own or
+ * one that another program of this user has started through this library. Without either, or after it has
+ * ended, the state is RKPTP_STATE_NOT_RUNNING; it looks again every 5 s.
+ */
+RKPTP_API PTP_HANDLE rkPTPStartReading(const char *interfaceAddress);
+
 #ifdef __cplusplus
 }
 #endif

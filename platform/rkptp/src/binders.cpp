@@ -396,4 +396,24 @@ std::optional<SystemClient> findSystemClient(const std::vector<Interface> &wante
     return describeClient(foreign.front(), processes, wanted);
 }
 
+std::optional<SystemClient> findHouseClient(const std::vector<Interface> &wanted)
+{
+    const auto isWanted = [&wanted](const std::string &name) {
+        return std::any_of(wanted.begin(), wanted.end(),
+                           [&name](const Interface &one) { return one.name == name; });
+    };
+    for (const PtpProcess &process : readPtpProcesses()) {
+        const std::vector<std::string> on = process.interfaces();
+        const auto found = std::find_if(on.begin(), on.end(), isWanted);
+        if (!process.ours() || process.user != geteuid() || found == on.end())
+            continue;
+        SystemClient client;
+        client.who = nameOf(process.pid);
+        client.interface = *found;
+        describe(process, client);
+        return client;
+    }
+    return std::nullopt;
+}
+
 } // namespace rkptp

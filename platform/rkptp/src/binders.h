@@ -59,6 +59,10 @@ struct SystemClient {
 std::optional<SystemClient> findSystemClient(const std::vector<Interface> &wanted, size_t ownSockets,
                                              uint64_t known);
 
+/* A ptp4l on one of `wanted` that this library started in another program of this user, and that can be
+ * asked. */
+std::optional<SystemClient> findHouseClient(const std::vector<Interface> &wanted);
+
 } // namespace rkptp
 
 #endif // RKPTP_BINDERS_H

@@ -73,6 +73,19 @@ RKPTP_MASTER shown(const HeardMaster &heard)
     return master;
 }
 
+PTP_HANDLE startClient(const char *interfaceAddress, bool readsOnly)
+{
+    const auto address = parseAddress(interfaceAddress);
+    Client client;
+    client.addressValid = address.has_value();
+    client.key.address = address.value_or(0);
+    client.readsOnly = readsOnly;
+    client.changedAt = monotonicNow();
+    resetSnapshot(client);
+    // A number in the guise of a pointer on purpose: it can be neither followed nor freed.
+    return reinterpret_cast<PTP_HANDLE>(Worker::instance().add(client)); // NOLINT(performance-no-int-to-ptr)
+}
+
 void splitTime(int64_t nanos, uint64_t *seconds, uint32_t *nanoseconds)
 {
     if (seconds)
@@ -90,14 +103,12 @@ const char *rkPTPVersion(void)
 
 PTP_HANDLE rkPTPStart(const char *interfaceAddress)
 {
-    const auto address = parseAddress(interfaceAddress);
-    Client client;
-    client.addressValid = address.has_value();
-    client.key.address = address.value_or(0);
-    client.changedAt = monotonicNow();
-    resetSnapshot(client);
-    // A number in the guise of a pointer on purpose: it can be neither followed nor freed.
-    return reinterpret_cast<PTP_HANDLE>(Worker::instance().add(client)); // NOLINT(performance-no-int-to-ptr)
+    return startClient(interfaceAddress, false);
+}
+
+PTP_HANDLE rkPTPStartReading(const char *interfaceAddress)
+{
+    return startClient(interfaceAddress, true);
 }
 
 void rkPTPEnd(PTP_HANDLE handle)

@@ -64,7 +64,7 @@ int64_t Worker::settleSeat(Id id, Seat &seat, int64_t now)
         return INT64_MAX;
     if (seat.child && now >= seat.lookAt)
         giveWay(id, seat, now);
-    if (!seat.child && !adopt(id, seat)) {
+    if (!seat.child && (seat.wanted.readsOnly || !adopt(id, seat))) {
         const int64_t startAt = std::max(seat.wanted.changedAt + settleTime, seat.retryAt);
         if (now < startAt)
             return startAt;
@@ -134,6 +134,8 @@ void Worker::visit(Id id, Seat &seat, std::vector<Interface> interfaces, int64_t
     if (!m_folder.prepare() || !child->visit(seat.system, m_folder, ++m_childNumber, now))
         return block(id, seat, now);
     seat.child = std::move(child);
+    if (seat.wanted.readsOnly) // nothing of ours has to give way; that it goes shows in its silence
+        seat.lookAt = INT64_MAX;
     // One that could not be read before is told of when it answers.
     if (seat.systemLogged != seat.system.inode)
         publish(id, seat.child->key(), seat.child->view());
@@ -148,7 +150,21 @@ void Worker::block(Id id, Seat &seat, int64_t now)
     if (std::exchange(seat.systemLogged, seat.system.inode) != seat.system.inode)
         ErrOut("PTP: %s", seat.detail.c_str());
     seat.child.reset();
-    fail(id, seat, now + lookInterval);
+    fail(id, seat, now + (seat.wanted.readsOnly ? searchInterval : lookInterval));
+}
+
+// Nobody else has the ports: then another program of the house may have a ptp4l, which answers us as well.
+void Worker::readHouse(Id id, Seat &seat, std::vector<Interface> interfaces, int64_t now)
+{
+    const auto house = findHouseClient(interfaces);
+    auto child = std::make_unique<Child>(seat.wanted.key, std::move(interfaces), seat.carried);
+    if (house && m_folder.prepare() && child->visit(*house, m_folder, ++m_childNumber, now)) {
+        seat.lookAt = INT64_MAX;
+        seat.child = std::move(child);
+        return publish(id, seat.child->key(), seat.child->view());
+    }
+    seat.trouble = Trouble::None;
+    fail(id, seat, now + searchInterval);
 }
 
 // ---- the masters of all domains --------------------------------------------------------------------
@@ -158,9 +174,9 @@ void Worker::block(Id id, Seat &seat, int64_t now)
 int64_t Worker::settleListener(Seat &seat, int64_t now)
 {
     const Snapshot seen = seat.child ? seat.child->view() : Snapshot();
-    const bool lonely =
-        seat.child && (seen.state == ClientState::Listening || seen.state == ClientState::Faulty ||
-                       (seen.state == ClientState::Following && !seen.carried.freshAt(now)));
+    const bool lonely = seat.child && !seat.wanted.readsOnly &&
+                        (seen.state == ClientState::Listening || seen.state == ClientState::Faulty ||
+                         (seen.state == ClientState::Following && !seen.carried.freshAt(now)));
     seat.lonelySince = !lonely ? 0 : seat.lonelySince == 0 ? now : seat.lonelySince;
     const bool listen = seat.wanted.wantsMasters || (lonely && now - seat.lonelySince >= loneliness);
     if (listen && !seat.listener)
@@ -226,6 +242,8 @@ void Worker::startChild(Id id, Seat &seat, int64_t now)
         seat.retryAt = seat.lookAt;
         return;
     }
+    if (seat.wanted.readsOnly)
+        return readHouse(id, seat, std::move(interfaces), now);
     const std::string key = seat.wanted.key.text();
     const int64_t allowedAt = m_spawnLimit.allowedAt(key, now);
     if (allowedAt <= now)

@@ -25,6 +25,7 @@ struct Client {
     GrandmasterWish wish;
     int64_t changedAt = 0; // CLOCK_MONOTONIC of the last Start or SetTarget call
     Snapshot snapshot;
+    bool readsOnly = false;           // starts nothing: shows what a ptp4l that runs already sees
     bool wantsMasters = false;        // somebody asked for the list
     std::vector<HeardMaster> masters; // as last heard
 };
@@ -130,6 +131,7 @@ private:
     void giveWay(Id id, Seat &seat, int64_t now);
     void visit(Id id, Seat &seat, std::vector<Interface> interfaces, int64_t now);
     void block(Id id, Seat &seat, int64_t now);
+    void readHouse(Id id, Seat &seat, std::vector<Interface> interfaces, int64_t now);
     void serve(Id id, Seat &seat, const pollfd *fds, int64_t now);
     void replace(Id id, Seat &seat, int64_t now);
     void childEnded(Id id, Seat &seat, const ProcessEnd &ended, int64_t now);

@@ -44,6 +44,8 @@ private slots:
     void anotherDomainIsToldApart();
     void anotherInterfaceIsNoReason();
     void ptpstatusDoesTheSame();
+    void whoOnlyReadsSeesTheSystemsClient();
+    void whoOnlyReadsSeesTheHousesClientAndStartsNone();
 
 private:
     // The ptp4l processes that the library has started: their socket tells.
@@ -197,6 +199,51 @@ void TestPtpBeside::ptpstatusDoesTheSame()
     QCOMPARE(process.exitCode(), 3);
     const QByteArray complaint = process.readAllStandardError();
     QVERIFY2(complaint.contains("has the PTP ports on v0"), complaint.constData());
+}
+
+namespace {
+
+// A client that starts nothing, until its scope ends.
+class Reader {
+public:
+    explicit Reader(unsigned domain) : m_handle(rkPTPStartReading("10.9.0.1"))
+    {
+        rkPTPSetTargetDomain(m_handle, domain);
+    }
+    ~Reader() { rkPTPEnd(m_handle); }
+    Reader(const Reader &) = delete;
+    Reader &operator=(const Reader &) = delete;
+
+    int state() const { return rkPTPGetState(m_handle); }
+    QByteArray grandmaster() const { return textOf(rkPTPGetGrandmasterID, m_handle); }
+
+private:
+    const PTP_HANDLE m_handle;
+};
+
+} // namespace
+
+void TestPtpBeside::whoOnlyReadsSeesTheSystemsClient()
+{
+    const auto master = startMaster(modes[0], 9);
+    SystemClient system(QStringLiteral("v0"), 9, modes[0].client);
+    const Reader reader(9);
+    QTRY_COMPARE_WITH_TIMEOUT(reader.state(), RKPTP_STATE_LOCKED, lockTimeout);
+    QCOMPARE(reader.grandmaster(), QByteArray("00-1D-C1-FF-FE-00-00-01"));
+    QCOMPARE(ownClients(), size_t{0});
+}
+
+void TestPtpBeside::whoOnlyReadsSeesTheHousesClientAndStartsNone()
+{
+    const auto master = startMaster(modes[0], 10);
+    const Reader reader(10);
+    QTRY_COMPARE_WITH_TIMEOUT(reader.state(), RKPTP_STATE_NOT_RUNNING, lockTimeout);
+    QCOMPARE(ownClients(), size_t{0});
+    const TestClient client(10);
+    QTRY_COMPARE_WITH_TIMEOUT(reader.state(), RKPTP_STATE_LOCKED, lockTimeout);
+    QCOMPARE(reader.grandmaster(), QByteArray("00-1D-C1-FF-FE-00-00-01"));
+    QCOMPARE(ownClients(), size_t{1});                      // the other one's
+    QVERIFY(childrenNamed(getpid(), "ptp_launch").empty()); // and nobody listens to other domains for it
 }
 
 QTEST_GUILESS_MAIN(TestPtpBeside)
