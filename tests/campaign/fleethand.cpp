@@ -5,6 +5,7 @@
 //
 //   edit CHANNEL COUNT NUMBER   gives so many channels that number  -> "edited MICROSECONDS", of the slowest
 //   dump                        what is there                       -> "CHANNEL NUMBER|torn ..." in one line
+//   await CHANNEL NUMBER        waits until it is stored            -> "seen"
 //   repeats                     what was stored more than once      -> "repeated COUNT"
 #include "rkcfg.h"
 
@@ -15,10 +16,12 @@
 #include <map>
 #include <set>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
 constexpr int valueCount = 20;
+constexpr useconds_t lookUs = 500;
 
 long long nowUs()
 {
@@ -66,6 +69,17 @@ public:
                 printf("%ld torn ", channel);
         }
         puts("");
+    }
+    void await(long channel, uint32_t number)
+    {
+        uint32_t present = number + 1;
+        const std::string path = pathOf(channel);
+        const std::string last = nameOf(valueCount - 1);
+        while (present != number) {
+            usleep(lookUs);
+            rkCFGValueDword(m_store, path.c_str(), last.c_str(), &present, 0);
+        }
+        puts("seen");
     }
     void repeats()
     {
@@ -125,6 +139,8 @@ int main(int argc, char **argv)
         unsigned number = 0;
         if (sscanf(line, "edit %ld %ld %u", &channel, &count, &number) == 3)
             hand.edit(channel, count, number);
+        else if (sscanf(line, "await %ld %u", &channel, &number) == 2)
+            hand.await(channel, number);
         else if (strncmp(line, "dump", 4) == 0)
             hand.dump();
         else

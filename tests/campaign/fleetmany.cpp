@@ -168,10 +168,10 @@ private:
         const QString name = QString::fromLatin1(Crowd::nameOf(0));
         m_crowd->stop(0);
         for (const char *port : {"5007", "5008"}) {
-            const ProgramResult result = m_desk->fleet(
-                {QStringLiteral("set"), QStringLiteral("0/video"),
-                 QStringLiteral("tx.dst-port=") + QLatin1String(port), QStringLiteral("--where"), name,
-                 QStringLiteral("--yes")});
+            const ProgramResult result =
+                m_desk->fleet({QStringLiteral("set"), QStringLiteral("0/video"),
+                               QStringLiteral("tx.dst-port=") + QLatin1String(port),
+                               QStringLiteral("--where"), name, QStringLiteral("--yes")});
             if (result.code != 0)
                 m_problems.add("corvel-fleet set: %s", (result.out + result.err).right(300).constData());
         }

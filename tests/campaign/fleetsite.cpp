@@ -32,6 +32,11 @@ Hand::~Hand()
 QByteArray Hand::ask(const QByteArray &line)
 {
     m_process.write(line + '\n');
+    return answer();
+}
+
+QByteArray Hand::answer()
+{
     while (!m_process.canReadLine()) {
         if (!m_process.waitForReadyRead(kAnswerMs))
             return {};
@@ -44,6 +49,17 @@ qint64 Hand::editUs(int channel, int count, quint32 number)
     const QByteArray answer = ask("edit " + QByteArray::number(channel) + ' ' + QByteArray::number(count) +
                                   ' ' + QByteArray::number(number));
     return answer.startsWith("edited ") ? answer.mid(7).toLongLong() : -1;
+}
+
+void Hand::await(int channel, quint32 number)
+{
+    m_process.write("await " + QByteArray::number(channel) + ' ' + QByteArray::number(number) + '\n');
+    m_process.waitForBytesWritten();
+}
+
+bool Hand::seen()
+{
+    return answer() == "seen";
 }
 
 std::map<int, QByteArray> Hand::dump()

@@ -20,11 +20,15 @@ public:
 
     // How long the slowest took; -1: the store refused it.
     qint64 editUs(int channel, int count, quint32 number);
+    // From now on it waits for a number; seen() returns when it is there. Nothing else in between.
+    void await(int channel, quint32 number);
+    bool seen();
     std::map<int, QByteArray> dump(); // number or "torn" by channel
     int repeats();                    // values that the store got more than once
 
 private:
     QByteArray ask(const QByteArray &line);
+    QByteArray answer();
 
     QProcess m_process;
 };
