@@ -26,7 +26,7 @@ constexpr char kDesktopEntry[] = "org.corvel.Corvel"; // packaging/org.corvel.Co
 QString preferredFamily()
 {
     for (const char *family : {"Noto Sans", "DejaVu Sans"}) {
-        if (QFontInfo(QFont(QLatin1String(family))).family() == QLatin1String(family))
+        if (QFontInfo(QFont(QLatin1String(family), kPointSize)).family() == QLatin1String(family))
             return QLatin1String(family);
     }
     return QApplication::font().family();

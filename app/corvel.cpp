@@ -33,9 +33,11 @@ QCorvel::QCorvel(bool standAlone, QWidget *parent)
     : QDialog(parent), d(std::make_unique<QCorvelPrivate>(this))
 {
     initResources();
-    init(standAlone);
+    // Before there is a control: each one that a style sheet comes upon looks for its rules anew, and its
+    // combo boxes make their lists.
     if (standAlone)
         applyStyleSheet(QStringLiteral(":/resources/default.qss"));
+    init(standAlone);
 }
 
 QCorvel::QCorvel(QWidget *parent) : QDialog(parent), d(std::make_unique<QCorvelPrivate>(this))
@@ -118,6 +120,7 @@ void QCorvel::showEvent(QShowEvent *event)
 void QCorvel::initCtrls()
 {
     setFont(QFont(m_fontFamily, m_fontSize));
+    d->createPages();
     d->createHeader();
     if (m_pConfig)
         findConfigs();

@@ -4,7 +4,7 @@
 // the first paint, processor time at rest, anonymous memory. Prints medians, and the median of the ratios of
 // neighbouring starts. Needs a display; without one it starts Xvfb, unless QT_QPA_PLATFORM is offscreen.
 //
-//   desktop_bench [STARTS] [SECONDS AT REST; 0: not measured]
+//   desktop_bench [STARTS] [SECONDS AT REST; 0: not measured] [PROGRAM instead of the bare dialog]
 #include "measure.h"
 
 #include <QCoreApplication>
@@ -150,7 +150,7 @@ int main(int argc, char **argv)
     QProcess server;
     if (qEnvironmentVariableIsEmpty("DISPLAY") && qgetenv("QT_QPA_PLATFORM") != "offscreen")
         startServer(server);
-    Program bare = {CORVEL_BARE_DIALOG, {}};
+    Program bare = {argc > 3 ? argv[3] : CORVEL_BARE_DIALOG, {}};
     Program ours = {CORVEL_BIN_DIR "/corvel", {}};
     measureStarts(bare, ours, starts);
     if (seconds > 0)

@@ -6,6 +6,7 @@
 #include "channel/channelstore.h"
 #include "channel/storecalls.h"
 #include "files/fileload.h"
+#include "files/storedsections.h"
 #include "rkcfg.h"
 #include "rkos.h"
 
@@ -161,7 +162,10 @@ void LoadBench::save()
     {
         setGlobalDword(StorePath::AvHAL, MachineValue::NmosOverride, 0);
         commitStore();
-        text = writeSettingsFile(stored, kSavedChannels, kMostFlows);
+        text = settingsHeader().join();
+        StoredSections sections(kMostFlows);
+        for (int channel = 0; channel < kSavedChannels; ++channel)
+            text += sections.section(channel);
         writeFile(copy, text);
     }
     QCOMPARE(text.count('\n'), fileText(1, kSavedChannels, kMostFlows).count('\n'));

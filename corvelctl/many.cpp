@@ -7,6 +7,8 @@
 #include "ops/inputfile.h"
 #include "ops/table.h"
 
+#include <algorithm>
+
 namespace {
 
 QByteArrayList listOf(const std::vector<std::string> &words)
@@ -114,19 +116,50 @@ int exportFile(Context &context, const TableOptions &options)
     });
 }
 
-// What is wrong with the table on the server as it is: told before anything is held up by a transaction.
-int complaintsOf(const Context &context, const QByteArray &table, const TableOptions &options)
+bool isSame(const ops::Row &left, const ops::Row &right)
 {
-    return withValues(context, [&](const ops::Store &, const ops::Snapshot &values) -> int {
-        ops::Draft draft(values);
-        const QByteArrayList complaints = ops::importTable(table, options.force, draft);
-        for (const QByteArray &complaint : complaints)
-            Output::error(bytes(options.file) + ", " + complaint);
-        if (complaints.isEmpty())
-            return Done;
+    return left.path == right.path && left.name == right.name && left.value == right.value;
+}
+
+bool holdTheSame(const ops::Snapshot &left, const ops::Snapshot &right)
+{
+    return std::equal(left.rows().begin(), left.rows().end(), right.rows().begin(), right.rows().end(),
+                      isSame);
+}
+
+// What is wrong with the table is told before anything is held up by a transaction, so it has been read into
+// the draft already. Inside the transaction it is read once more only when the server is another one by now.
+ops::Plan asRead(const ops::Draft &draft, const QByteArray &table, bool anyChannel)
+{
+    return [&draft, &table, anyChannel](const ops::Snapshot &now) -> ops::Outcome<ops::Changes> {
+        if (holdTheSame(draft.base(), now))
+            return draft.changes();
+        ops::Draft again(now);
+        if (!ops::importTable(table, anyChannel, again).isEmpty())
+            return ops::wrong("the server has other channels by now; nothing was changed");
+        return again.changes();
+    };
+}
+
+// changes: whether the table would change anything.
+int importTable(Context &context, const QByteArray &table, const TableOptions &options, bool &changes)
+{
+    auto store = context.open();
+    if (!store)
+        return context.fail(store.failure());
+    const auto values = store->read();
+    if (!values)
+        return context.fail(values.failure());
+    ops::Draft draft(*values);
+    const QByteArrayList complaints = ops::importTable(table, options.force, draft);
+    for (const QByteArray &complaint : complaints)
+        Output::error(bytes(options.file) + ", " + complaint);
+    if (!complaints.isEmpty())
         return context.usage(counted(static_cast<std::size_t>(complaints.size()), "error") +
                              "; nothing was changed");
-    });
+    changes = !draft.changes().empty();
+    return applyPlan(context, *store, asRead(draft, table, options.force),
+                     fileLabel("table import", bytes(options.file)), Ask::Never);
 }
 
 int importFile(Context &context, const TableOptions &options)
@@ -134,18 +167,10 @@ int importFile(Context &context, const TableOptions &options)
     const auto text = ops::readInput(bytes(options.file));
     if (!text)
         return context.fail(text.failure());
-    if (const int trouble = complaintsOf(context, *text, options); trouble != Done)
-        return trouble;
     const bool dry = !options.apply || context.dryRun;
     context.dryRun = dry;
     bool changes = false;
-    const auto fill = [&](ops::Draft &draft) {
-        const bool fits = ops::importTable(*text, options.force, draft).isEmpty();
-        changes = !draft.changes().empty();
-        return fits ? ops::Outcome<ops::Done>(ops::Done())
-                    : ops::wrong("the server has other channels by now; nothing was changed");
-    };
-    const int code = applyDraft(context, fileLabel("table import", bytes(options.file)), Ask::Never, fill);
+    const int code = importTable(context, *text, options, changes);
     if (code == Done && dry && changes)
         context.out.note("nothing was changed; --apply does it");
     return code;

@@ -23,12 +23,23 @@ constexpr bool kAnyChecksum = true;
 #else
 constexpr bool kAnyChecksum = false;
 #endif
+constexpr int kHashedBytes =
+    1 << 16; // handed over at a time: a call for each piece costs more than its bytes
 
 // The length goes before the bytes, so that no two lists of values give the same stream.
-void addBytes(QCryptographicHash &hash, const QByteArray &bytes)
+void addBytes(QByteArray &stream, const QByteArray &bytes)
 {
-    hash.addData(QByteArray::number(bytes.size()) + ':');
-    hash.addData(bytes);
+    stream += QByteArray::number(bytes.size());
+    stream += ':';
+    stream += bytes;
+}
+
+void addRow(QByteArray &stream, const Row &row)
+{
+    addBytes(stream, row.path);
+    addBytes(stream, row.name);
+    stream += row.value.isText ? 't' : 'n';
+    addBytes(stream, row.value.isText ? row.value.text : QByteArray::number(row.value.number));
 }
 
 QByteArray quoted(const QByteArray &text)
@@ -157,16 +168,20 @@ Outcome<Dump> Reader::read(const QByteArray &text)
 QByteArray dumpChecksum(const Dump &dump)
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
+    QByteArray stream;
     for (const Configuration &configuration : dump) {
-        addBytes(hash, configuration.name);
-        hash.addData(QByteArray::number(static_cast<qulonglong>(configuration.values.rows().size())) + ';');
+        addBytes(stream, configuration.name);
+        stream += QByteArray::number(static_cast<qulonglong>(configuration.values.rows().size()));
+        stream += ';';
         for (const Row &row : configuration.values.rows()) {
-            addBytes(hash, row.path);
-            addBytes(hash, row.name);
-            hash.addData(row.value.isText ? "t" : "n");
-            addBytes(hash, row.value.isText ? row.value.text : QByteArray::number(row.value.number));
+            addRow(stream, row);
+            if (stream.size() < kHashedBytes)
+                continue;
+            hash.addData(stream);
+            stream.resize(0);
         }
     }
+    hash.addData(stream);
     return hash.result().toHex();
 }
 

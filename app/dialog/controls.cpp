@@ -81,15 +81,15 @@ QFont QCorvelPrivate::controlFont() const
 
 QLabel *QCorvelPrivate::newLabel(const char *name, const QString &text)
 {
-    QLabel *label = new QLabel(text, q);
+    QLabel *label = new QLabel(text, ground);
     label->setObjectName(QLatin1String(name));
     label->setFont(controlFont());
     return label;
 }
 
-QComboBox *QCorvelPrivate::newCombo(const char *name, QWidget *parent)
+QComboBox *QCorvelPrivate::newCombo(const char *name)
 {
-    QComboBox *combo = new QComboBox(parent ? parent : q);
+    QComboBox *combo = new QComboBox(ground);
     combo->setObjectName(QLatin1String(name));
     combo->setFont(controlFont());
     combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
@@ -100,7 +100,7 @@ QComboBox *QCorvelPrivate::newCombo(const char *name, QWidget *parent)
 
 QCheckBox *QCorvelPrivate::newCheckBox(const char *name, const QString &text)
 {
-    QCheckBox *box = new QCheckBox(text, q);
+    QCheckBox *box = new QCheckBox(text, ground);
     box->setObjectName(QLatin1String(name));
     box->setFont(controlFont());
     return box;
@@ -109,7 +109,7 @@ QCheckBox *QCorvelPrivate::newCheckBox(const char *name, const QString &text)
 // No button is ever the default: Return in a field must not press one.
 QPushButton *QCorvelPrivate::newButton(const char *name, const QString &text)
 {
-    QPushButton *button = new QPushButton(text, q);
+    QPushButton *button = new QPushButton(text, ground);
     button->setObjectName(QLatin1String(name));
     button->setFont(controlFont());
     button->setAutoDefault(false);
@@ -119,7 +119,7 @@ QPushButton *QCorvelPrivate::newButton(const char *name, const QString &text)
 
 QLineEdit *QCorvelPrivate::newLineEdit(const char *name)
 {
-    QLineEdit *edit = new QLineEdit(q);
+    QLineEdit *edit = new QLineEdit(ground);
     edit->setObjectName(QLatin1String(name));
     edit->setFont(controlFont());
     edit->setStyleSheet(QLatin1String(kTightStyle));
@@ -128,7 +128,7 @@ QLineEdit *QCorvelPrivate::newLineEdit(const char *name)
 
 QLineAddress *QCorvelPrivate::newAddress(const char *name)
 {
-    QLineAddress *address = new QLineAddress(q);
+    QLineAddress *address = new QLineAddress(ground);
     address->setObjectName(QLatin1String(name));
     return address;
 }
@@ -145,6 +145,7 @@ QRadioButton *QCorvelPrivate::newRadio(const char *name, const QString &text, QW
 
 void QCorvelPrivate::createHeader()
 {
+    ground = headerBand;
     q->m_pChannelLbl = newLabel("m_pChannelLbl", QCorvel::isStandAlone() ? QCorvel::tr("Channel/Instance")
                                                                          : QCorvel::tr("Channel"));
     q->m_pChannel = newCombo("m_pChannel");
@@ -154,6 +155,7 @@ void QCorvelPrivate::createHeader()
 
 void QCorvelPrivate::createNmosRow()
 {
+    ground = q;
     q->m_pNmosOverride = newCheckBox("m_pNmosOverride", QCorvel::tr("Override NMOS Settings"));
     q->m_pNmosOutLog = newCheckBox("m_pNmosOutLog", QCorvel::tr("NMOS Log to file"));
     for (QCheckBox *box : {q->m_pNmosOverride, q->m_pNmosOutLog})
@@ -170,6 +172,7 @@ void QCorvelPrivate::createNmosRow()
 
 void QCorvelPrivate::createFormatRows()
 {
+    ground = fullPage;
     q->m_pTypeLbl = newLabel("m_pTypeLbl", QCorvel::tr("Type"));
     q->m_pComboType = newCombo("m_pComboType");
     q->m_pVidFormatLbl = newLabel("m_pVidFormatLbl", QCorvel::tr("Video Format"));
@@ -187,7 +190,7 @@ void QCorvelPrivate::createFormatRows()
 // Each set of radio buttons has a group box of its own as parent: exclusiveness works by parent.
 void QCorvelPrivate::createElementRow()
 {
-    q->m_pRadioGroup = new QGroupBox(q);
+    q->m_pRadioGroup = new QGroupBox(ground);
     q->m_pRadioGroup->setObjectName(QStringLiteral("m_pRadioGroup"));
     q->m_pVideoConfig = newRadio("m_pVideoConfig", QCorvel::tr("Video"), q->m_pRadioGroup);
     q->m_pAudioConfig = newRadio("m_pAudioConfig", QCorvel::tr("Audio"), q->m_pRadioGroup);
@@ -195,7 +198,7 @@ void QCorvelPrivate::createElementRow()
     q->m_pVideoConfig->setChecked(true);
 
     q->m_pAudFlowSelectLbl = newLabel("m_pAudFlowSelectLbl", QCorvel::tr("Flow"));
-    q->m_pAudFlowGroup = new QGroupBox(q);
+    q->m_pAudFlowGroup = new QGroupBox(ground);
     q->m_pAudFlowGroup->setObjectName(QStringLiteral("m_pAudFlowGroup"));
     for (int flow = 0; flow < kFlowCount; ++flow) {
         const QByteArray name = "m_pAudFlowSelect" + QByteArray::number(flow);
@@ -271,6 +274,7 @@ void QCorvelPrivate::createClockBlock()
 
 void QCorvelPrivate::createSimplePage()
 {
+    ground = simplePage;
     q->m_pSimpleLabel = newLabel("m_pSimpleLabel", QCorvel::tr("Multicast Address"));
     q->m_pSimpleAddress = newAddress("m_pSimpleAddress");
 }
@@ -278,9 +282,11 @@ void QCorvelPrivate::createSimplePage()
 // "Cancel" exists in both modes and is shown embedded only; "Show URLs" exists embedded only.
 void QCorvelPrivate::createCommands()
 {
+    ground = fullPage;
+    q->m_pCmdSaveElement = newButton("m_pCmdSaveElement", QCorvel::tr("Save Video SDP"));
+    ground = commandBand;
     q->m_pCmdLoad = newButton("m_pCmdLoad", QCorvel::tr("Load File"));
     q->m_pCmdSave = newButton("m_pCmdSave", QCorvel::tr("Save File"));
-    q->m_pCmdSaveElement = newButton("m_pCmdSaveElement", QCorvel::tr("Save Video SDP"));
     q->m_pCmdSaveElement->setStyleSheet(QLatin1String(kTightStyle));
     q->m_pCmdAccept = newButton("m_pCmdAccept", QCorvel::tr("Done"));
     q->m_pCmdCancel = newButton("m_pCmdCancel", QCorvel::tr("Cancel"));
@@ -304,8 +310,8 @@ void QCorvelPrivate::createErrorDialog()
     q->m_pEditErrMsg->setAcceptRichText(false);
     q->m_pEditErrMsg->setTabChangesFocus(true);
     q->m_pEditErrMsg->document()->setDocumentMargin(px(9));
+    ground = q->m_pErrDlg;
     q->m_pErrOk = newButton("m_pErrOk", QCorvel::tr("OK"));
-    q->m_pErrOk->setParent(q->m_pErrDlg); // first: a default button belongs to the dialog that it is in
     q->m_pErrOk->setDefault(true);
     q->m_pErrOk->setFocus();
     QObject::connect(q->m_pErrOk, &QPushButton::clicked, q->m_pErrDlg, &QDialog::accept);
@@ -317,6 +323,7 @@ void QCorvelPrivate::createNmosDialog()
     q->m_pNmosCfg->setObjectName(QStringLiteral("m_pNmosCfg"));
     q->m_pNmosCfg->setWindowTitle(QCorvel::tr("NMOS Config"));
     q->m_pNmosCfg->setFont(q->font());
+    ground = q->m_pNmosCfg;
     q->m_pEditNmosDmn = newLineEdit("m_pEditNmosDmn");
     q->m_pLineNmosIp = newAddress("m_pLineNmosIp");
     q->m_pLineNmosSrv = newAddress("m_pLineNmosSrv");

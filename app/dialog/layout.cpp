@@ -73,15 +73,18 @@ QWidget *firstOctet(QLineAddress *address)
 
 } // namespace
 
-void QCorvelPrivate::buildLayout()
+void QCorvelPrivate::createPages()
 {
-    QFrame *headerBand = new QFrame(q);
+    headerBand = new QFrame(q);
     headerBand->setProperty("role", QStringLiteral("band"));
-    QFrame *commandBand = new QFrame(q);
+    commandBand = new QFrame(q);
     commandBand->setProperty("role", QStringLiteral("commands"));
     fullPage = new QWidget(q);
-    QWidget *simplePage = new QWidget(q);
+    simplePage = new QWidget(q);
+}
 
+void QCorvelPrivate::buildLayout()
+{
     QVBoxLayout *root = new QVBoxLayout(q);
     root->setContentsMargins(0, 0, 0, 0);
     root->setSpacing(0);
@@ -90,12 +93,10 @@ void QCorvelPrivate::buildLayout()
     root->addLayout(nmosRow);
     q->m_pSwapLayout = new QStackedLayout;
     q->m_pSwapLayout->setObjectName(QStringLiteral("m_pSwapLayout"));
-    q->m_pSwapLayout->addWidget(fullPage);
-    q->m_pSwapLayout->addWidget(simplePage);
     root->addLayout(q->m_pSwapLayout, 1);
     root->addWidget(commandBand);
 
-    layoutHeader(headerBand);
+    layoutHeader();
     layoutNmosRow(nmosRow);
     q->m_pFullLayout = new QGridLayout(fullPage);
     q->m_pFullLayout->setObjectName(QStringLiteral("m_pFullLayout"));
@@ -104,22 +105,26 @@ void QCorvelPrivate::buildLayout()
     q->m_pFullLayout->setVerticalSpacing(px(kRowGap));
     for (int column = 0; column < ColumnCount; ++column)
         q->m_pFullLayout->setColumnMinimumWidth(column, px(kColumnWidth[column]));
+    ground = fullPage;
     layoutFormatRows();
     layoutElementRow();
     layoutBlock(Side::Receive, kReceiveRow);
     layoutBlock(Side::Send, kSendRow);
     layoutClockBlock();
     q->m_pFullLayout->setRowStretch(kClockRow + 4, 1);
-    layoutSimplePage(simplePage);
-    layoutCommands(commandBand);
+    layoutSimplePage();
+    layoutCommands();
     layoutErrorDialog();
     layoutNmosDialog();
+    // Last: this styles the controls on the pages, which have got their roles by now.
+    q->m_pSwapLayout->addWidget(fullPage);
+    q->m_pSwapLayout->addWidget(simplePage);
 }
 
-void QCorvelPrivate::layoutHeader(QFrame *band)
+void QCorvelPrivate::layoutHeader()
 {
-    band->setFixedHeight(px(40));
-    QHBoxLayout *row = new QHBoxLayout(band);
+    headerBand->setFixedHeight(px(40));
+    QHBoxLayout *row = new QHBoxLayout(headerBand);
     row->setContentsMargins(px(kMargin), 0, px(kMargin), 0);
     row->setSpacing(px(kColumnGap));
     q->m_pChannelLbl->setFixedWidth(px(kColumnWidth[LabelColumn]));
@@ -328,10 +333,11 @@ void QCorvelPrivate::layoutClockBlock()
     underlay("clockCard", kClockRow, 4, 3);
 }
 
-void QCorvelPrivate::layoutSimplePage(QWidget *page)
+void QCorvelPrivate::layoutSimplePage()
 {
-    QFrame *card = newSurface(page, "sendCard");
-    q->m_pSimpleLayout = new QGridLayout(page);
+    QFrame *card = newSurface(simplePage, "sendCard");
+    card->lower();
+    q->m_pSimpleLayout = new QGridLayout(simplePage);
     q->m_pSimpleLayout->setObjectName(QStringLiteral("m_pSimpleLayout"));
     q->m_pSimpleLayout->setContentsMargins(px(kMargin), px(16), px(kMargin), 0);
     q->m_pSimpleLayout->setHorizontalSpacing(px(kColumnGap));
@@ -348,10 +354,10 @@ void QCorvelPrivate::layoutSimplePage(QWidget *page)
     q->m_pSimpleLabel->setBuddy(firstOctet(q->m_pSimpleAddress));
 }
 
-void QCorvelPrivate::layoutCommands(QFrame *band)
+void QCorvelPrivate::layoutCommands()
 {
-    band->setFixedHeight(px(44));
-    QHBoxLayout *row = new QHBoxLayout(band);
+    commandBand->setFixedHeight(px(44));
+    QHBoxLayout *row = new QHBoxLayout(commandBand);
     row->setContentsMargins(px(kMargin), 0, px(kMargin), 0);
     row->setSpacing(px(8));
     q->m_pCmdLoad->setFixedSize(px(104), px(28));
@@ -382,6 +388,7 @@ void QCorvelPrivate::layoutErrorDialog()
 
 void QCorvelPrivate::layoutNmosDialog()
 {
+    ground = q->m_pNmosCfg;
     QGridLayout *grid = new QGridLayout(q->m_pNmosCfg);
     grid->setContentsMargins(px(16), px(16), px(16), px(14));
     grid->setHorizontalSpacing(px(12));

@@ -43,7 +43,7 @@ struct QCorvelPrivate {
     // ---- class floor: controls
     QFont controlFont() const;
     QLabel *newLabel(const char *name, const QString &text);
-    QComboBox *newCombo(const char *name, QWidget *parent = nullptr);
+    QComboBox *newCombo(const char *name);
     QCheckBox *newCheckBox(const char *name, const QString &text);
     QPushButton *newButton(const char *name, const QString &text);
     QLineEdit *newLineEdit(const char *name);
@@ -66,8 +66,9 @@ struct QCorvelPrivate {
     void fillTypes();
 
     // ---- class floor: layout
+    void createPages(); // before the controls that stand on them
     void buildLayout();
-    void layoutHeader(QFrame *band);
+    void layoutHeader();
     void layoutNmosRow(QHBoxLayout *row);
     void layoutFormatRows();
     void layoutElementRow();
@@ -75,8 +76,8 @@ struct QCorvelPrivate {
     void layoutBlockRows(Side side, int row);
     void layoutClockBlock();
     void underlay(const char *name, int row, int rows, int columns);
-    void layoutSimplePage(QWidget *page);
-    void layoutCommands(QFrame *band);
+    void layoutSimplePage();
+    void layoutCommands();
     void layoutErrorDialog();
     void layoutNmosDialog();
 
@@ -152,7 +153,9 @@ struct QCorvelPrivate {
     ChannelView view;
     SignalWiring wiring;
     Notices notices;
-    QWidget *fullPage = nullptr;
+    QFrame *headerBand = nullptr, *commandBand = nullptr;
+    QWidget *fullPage = nullptr, *simplePage = nullptr;
+    QWidget *ground = nullptr;  // where the next controls are made: to move one is to style it anew
     QLabel *rowLabels[10] = {}; // beside the network fields, in their order
     bool showsErrors = false;   // the error list's event loop runs
     bool toldSize = false;      // the log knows that the screen is too small

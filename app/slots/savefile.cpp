@@ -8,6 +8,7 @@
 #include "channel/channelstore.h"
 #include "files/sdpwriter.h"
 #include "files/settingsfile.h"
+#include "files/storedsections.h"
 #include "rkos.h"
 
 #include <QCheckBox>
@@ -71,14 +72,11 @@ bool SettingsSave::writeSection(const QByteArray &section)
 // written.
 void SettingsSave::writeSections(const FileWork &work, const QCorvel *q)
 {
-    const auto value = [](const char *name, bool isString, int channel) {
-        return cfgValue(name, isString, channel);
-    };
-    const int flows = q->m_pComboAudFlow->currentData().toInt();
+    StoredSections sections(q->m_pComboAudFlow->currentData().toInt());
     const int channels = q->m_pChannel->count();
     for (int channel = 0; channel < channels; ++channel) {
         const bool goesOn = m_progress.step(channel, channels, m_counts.values) && work.isWanted();
-        if (!goesOn || !writeSection(settingsSection(value, channel, flows)))
+        if (!goesOn || !writeSection(sections.section(channel)))
             return;
     }
 }
