@@ -23,8 +23,8 @@ namespace {
 
 using Value = StoreChange::Value;
 
-constexpr QLatin1String kPrefix(".corvel-kept-");
-constexpr QLatin1String kUnfinished(".new");
+constexpr char kPrefix[] = ".corvel-kept-";
+constexpr char kUnfinished[] = ".new";
 constexpr qint64 kMostBytes = 64 << 20;
 
 // ---------------------------------------------------------------------------------------------- as a text
@@ -117,7 +117,7 @@ QString newPath()
         return {};
     const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
     const qint64 us = std::chrono::duration_cast<std::chrono::microseconds>(sinceEpoch).count();
-    return QFileInfo(store).dir().filePath(kPrefix + QString::number(us) + QLatin1Char('-') +
+    return QFileInfo(store).dir().filePath(QLatin1String(kPrefix) + QString::number(us) + QLatin1Char('-') +
                                            QString::number(getpid()));
 }
 
@@ -153,7 +153,7 @@ std::vector<std::unique_ptr<QFile>> allLeftBehind()
     if (store.isEmpty())
         return files;
     const QDir dir = QFileInfo(store).dir();
-    const QStringList patterns{kPrefix + QLatin1Char('*')};
+    const QStringList patterns{QLatin1String(kPrefix) + QLatin1Char('*')};
     for (const QString &name : dir.entryList(patterns, QDir::Files | QDir::Hidden, QDir::Name)) {
         if (auto file = leftBehind(dir.filePath(name)))
             files.push_back(std::move(file));
@@ -172,7 +172,7 @@ int sizeOf(const QVector<KeptWrites> &steps)
 // The steps of one file go behind those that are there. False when it has to stay as it is.
 bool takeSteps(QFile *file, QVector<KeptWrites> *steps)
 {
-    if (file->fileName().endsWith(kUnfinished))
+    if (file->fileName().endsWith(QLatin1String(kUnfinished)))
         return true; // what it was to replace is still there
     const std::optional<QVector<KeptWrites>> read = readSteps(file->read(kMostBytes));
     if (!read) {
@@ -192,7 +192,7 @@ bool KeptJournal::save(const QVector<KeptWrites> &steps)
         return true;
     }
     const QString path = m_path.isEmpty() ? newPath() : m_path;
-    auto next = std::make_unique<QFile>(path + kUnfinished);
+    auto next = std::make_unique<QFile>(path + QLatin1String(kUnfinished));
     if (path.isEmpty() || !replaceFile(path, next.get(), written(steps))) {
         ErrOut("%s cannot be written: what waits is lost if the program ends",
                QFile::encodeName(next->fileName()).constData());

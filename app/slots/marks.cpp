@@ -146,8 +146,8 @@ void QCorvelPrivate::tellStored(QWidget *field)
     markFields();
     if (!QCorvel::isStandAlone() || !isMarkedInvalid(field))
         return;
-    const QString stored = storedIn(field);
+    const QString value = storedIn(field);
     const QString words =
-        stored.isEmpty() ? QCorvel::tr("Nothing is stored") : QCorvel::tr("Stored is: %1").arg(stored);
+        value.isEmpty() ? QCorvel::tr("Nothing is stored") : QCorvel::tr("Stored is: %1").arg(value);
     field->setToolTip(field->toolTip() + QLatin1Char('\n') + words);
 }
