@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "corvelctl/complete.h"
 
-#include "channel/channelstore.h"
-#include "channel/valuenames.h"
-#include "ops/assignment.h"
+#include "corvelctl/candidates.h"
 #include "ops/configurations.h"
-#include "ops/ipv4.h"
 #include "ops/shellwords.h"
 
 #include <CLI/CLI.hpp>
-
-#include <arpa/inet.h>
-#include <ifaddrs.h>
-#include <net/if.h>
 
 #include <algorithm>
 
@@ -90,7 +83,6 @@ const struct {
 
 constexpr char kForAnyShell[] = "__complete";
 constexpr char kForBash[] = "__complete_bash";
-constexpr char kFullHd[] = "1920x";
 constexpr char kConfiguration[] = "config:";
 
 // Where the words lead: the command, and what stands behind it.
@@ -149,124 +141,12 @@ Line readLine(const CLI::App &app, Context &context, const QByteArrayList &words
     return line;
 }
 
-QByteArrayList interfaceAddresses()
-{
-    QByteArrayList addresses;
-    ifaddrs *all = nullptr;
-    if (getifaddrs(&all) != 0)
-        return addresses;
-    for (const ifaddrs *one = all; one; one = one->ifa_next) {
-        if (!one->ifa_addr || one->ifa_addr->sa_family != AF_INET)
-            continue;
-        const auto *address = reinterpret_cast<const sockaddr_in *>(one->ifa_addr);
-        addresses.append(ops::ipv4Text(ntohl(address->sin_addr.s_addr)));
-    }
-    freeifaddrs(all);
-    return addresses;
-}
-
-QByteArrayList channelNumbers(const Context &context)
-{
-    const auto store = context.open();
-    const auto values = store ? store->read(StorePath::Config) : ops::Outcome<ops::Snapshot>(store.failure());
-    const int channels = values ? ops::channelCount(*values) : 0;
-    QByteArrayList numbers;
-    for (int channel = 0; channel < channels; ++channel)
-        numbers.append(QByteArray::number(channel));
-    return numbers;
-}
-
-// Those of the store, each once; they are in its order, so equal ones follow each other.
-QByteArrayList paths(const Context &context)
-{
-    const auto store = context.open();
-    const auto values = store ? store->read() : ops::Outcome<ops::Snapshot>(store.failure());
-    QByteArrayList found;
-    for (const ops::Row &row : values ? values->rows() : std::vector<ops::Row>()) {
-        if (found.isEmpty() || found.last() != row.path)
-            found.append(row.path);
-    }
-    return found;
-}
-
-// A path only when it is begun: nobody looks for one among the channels.
-QByteArrayList places(const Context &context, const QByteArray &current)
-{
-    QByteArrayList found;
-    if (!current.isEmpty() && !QByteArray("0123456789*").contains(current[0]))
-        return paths(context) << "server";
-    const int slash = current.indexOf('/');
-    if (slash < 0) {
-        found = channelNumbers(context);
-        return found << "server";
-    }
-    const QByteArray channel = current.left(slash + 1);
-    found << channel + "video" << channel + "audio" << channel + "anc";
-    for (int flow = 0; flow < kFlowCount && current.startsWith(channel + "audio/"); ++flow)
-        found << channel + "audio/" + QByteArray::number(flow);
-    return found;
-}
-
 // The place of the line, "2/video", or nothing.
 std::optional<ops::Place> placeOf(const Line &line)
 {
     const auto places = line.arguments.isEmpty() ? ops::Outcome<std::vector<ops::Place>>(ops::wrong(""))
                                                  : ops::parsePlaces(line.arguments.first(), 1);
     return places && !places->empty() ? std::optional<ops::Place>(places->front()) : std::nullopt;
-}
-
-// The store's own names only once one is begun: there are many, and few people want them.
-QByteArrayList wordsAndNames(const ops::Place &place, const QByteArray &current)
-{
-    const QByteArrayList names = current.isEmpty() ? QByteArrayList() : ops::valueNamesAt(place);
-    return ops::wordsAt(place) + names;
-}
-
-// "2/video/rx.dst": a place and behind it a word.
-QByteArrayList placesAndWords(const Context &context, const QByteArray &current)
-{
-    QByteArrayList found = places(context, current);
-    const QByteArray before = current.left(current.lastIndexOf('/') + 1);
-    const auto place = ops::parsePlace(before.chopped(before.isEmpty() ? 0 : 1));
-    if (!place)
-        return found;
-    for (const QByteArray &word : wordsAndNames(*place, current.mid(before.size())))
-        found.append(before + word);
-    return found;
-}
-
-// What copy takes behind --fields and --step, the last of several.
-QByteArrayList fieldWords(const QByteArray &current, bool steps)
-{
-    const QByteArray before = current.left(current.lastIndexOf(',') + 1);
-    QByteArrayList found = steps ? QByteArrayList() : QByteArrayList{"rx", "tx", "video", "audio", "anc"};
-    for (const QByteArray &word : ops::wordsAt({0, Element::Video, ops::kNoFlow, {}})) {
-        const bool stepped = word.endsWith("src") || word.endsWith("dst") || word.endsWith("port");
-        if (stepped || !steps)
-            found << word.mid(3) << word;
-    }
-    for (QByteArray &word : found)
-        word = steps ? word + '=' : before + word;
-    return found;
-}
-
-// "rx.use=dst," completes to "rx.use=dst,if".
-QByteArrayList valuesOf(const ops::Place &place, const QByteArray &current)
-{
-    const int equals = current.indexOf('=');
-    const ops::KnownName *known = ops::knownByWord(place, current.left(equals));
-    if (!known)
-        return {};
-    const int comma = known->kind == ops::Kind::Use ? current.lastIndexOf(',') : -1;
-    const QByteArray before = current.left(std::max(equals, comma) + 1);
-    QByteArrayList found;
-    for (const QByteArray &word :
-         known->kind == ops::Kind::Interface ? interfaceAddresses() : ops::wordsOf(known->kind)) {
-        found.append(before + word);
-        if (known->kind == ops::Kind::Format && word.startsWith(kFullHd) && current.size() > before.size())
-            found.append(before + word.mid(qstrlen(kFullHd))); // "1080p50", for those who begin like this
-    }
-    return found;
 }
 
 QByteArrayList assignments(const Line &line)

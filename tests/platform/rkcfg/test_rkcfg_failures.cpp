@@ -283,6 +283,7 @@ void TestRkcfgFailures::patienceReturnsAfterABusyStart()
         QCOMPARE(number("p", "n"), std::nullopt);
     }
     QCOMPARE(number("p", "n"), 1u);
+    QVERIFY(putNumber("p", "n", 3)); // what is written shows that nobody holds the store any more
     Direct writer(m_home->database());
     QCOMPARE(writer.ask("BEGIN IMMEDIATE"), QByteArray());
     bool written = false;
