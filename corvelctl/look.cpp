@@ -5,6 +5,8 @@
 #include "corvelctl/showtext.h"
 #include "ops/assignment.h"
 
+#include <cctype>
+
 namespace {
 
 struct ShowOptions {
@@ -101,8 +103,26 @@ int getPlace(Context &context, const ops::Snapshot &snapshot, const ops::Place &
     return found > 0 || words.isEmpty() ? Done : Found;
 }
 
-int get(Context &context, const GetOptions &options)
+// "2/video/rx.dst" is what blame and the history call "2/video rx.dst". Behind an element of audio a number
+// is a flow.
+GetOptions split(GetOptions options)
 {
+    const std::size_t slash = options.place.rfind('/');
+    if (!options.words.empty() || slash == std::string::npos || ops::parsePlace(bytes(options.place)))
+        return options;
+    const std::string word = options.place.substr(slash + 1);
+    const auto place = ops::parsePlace(bytes(options.place.substr(0, slash)));
+    if (place && place->element && !word.empty() &&
+        std::isalpha(static_cast<unsigned char>(word.front())) != 0) {
+        options.place.resize(slash);
+        options.words.push_back(word);
+    }
+    return options;
+}
+
+int get(Context &context, const GetOptions &given)
+{
+    const GetOptions options = split(given);
     const auto place = ops::parsePlace(bytes(options.place));
     if (!place)
         return context.fail(place.failure());
