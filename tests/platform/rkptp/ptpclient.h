@@ -14,7 +14,7 @@
 
 constexpr qint64 nanosPerSecond = 1000000000;
 constexpr qint64 tolerance = nanosPerSecond / 1000; // of a client's time
-constexpr int lockTimeout = 20000;                  // ms; generous, a loaded machine is no failure
+constexpr int lockTimeout = 60000;                  // ms; generous, a loaded machine is no failure
 
 /* The lines written to the log since the last call. ErrOut of rkos is replaced in these programs. */
 QByteArrayList takeLog();
