@@ -200,12 +200,17 @@ bool endsWith(const std::string &text, const std::string &end)
 
 // ---- putting it together ---------------------------------------------------------------------------
 
+bool runsOn(const PtpProcess &process, const std::string &interface)
+{
+    const std::vector<std::string> named = process.interfaces();
+    return std::find(named.begin(), named.end(), interface) != named.end();
+}
+
 // A ptp4l that is not ours and may be the one behind the socket, where the kernel does not tell.
 bool mayHold(const PtpProcess &process, const PortBinder &binder, const std::string &interface)
 {
-    const std::vector<std::string> named = process.interfaces();
     return !process.ours() && process.user == binder.user &&
-           (named.empty() || std::find(named.begin(), named.end(), interface) != named.end());
+           (process.interfaces().empty() || runsOn(process, interface));
 }
 
 void describe(const PtpProcess &process, SystemClient &client)
@@ -396,21 +401,35 @@ std::optional<SystemClient> findSystemClient(const std::vector<Interface> &wante
     return describeClient(foreign.front(), processes, wanted);
 }
 
+const PtpProcess *houseClient(const std::vector<PtpProcess> &processes,
+                              const std::vector<PortBinder> &binders, const Interface &wanted, uid_t user)
+{
+    const PtpProcess *likely = nullptr;
+    for (const PtpProcess &process : processes) {
+        if (!process.ours() || process.user != user || !runsOn(process, wanted.name))
+            continue;
+        for (const PortBinder &one : relevant(binders, {wanted})) {
+            if (contains(process.sockets, one.inode))
+                return &process;
+            if (!process.socketsKnown && one.user == user)
+                likely = &process;
+        }
+    }
+    return likely;
+}
+
 std::optional<SystemClient> findHouseClient(const std::vector<Interface> &wanted)
 {
-    const auto isWanted = [&wanted](const std::string &name) {
-        return std::any_of(wanted.begin(), wanted.end(),
-                           [&name](const Interface &one) { return one.name == name; });
-    };
-    for (const PtpProcess &process : readPtpProcesses()) {
-        const std::vector<std::string> on = process.interfaces();
-        const auto found = std::find_if(on.begin(), on.end(), isWanted);
-        if (!process.ours() || process.user != geteuid() || found == on.end())
+    const std::vector<PtpProcess> processes = readPtpProcesses();
+    const std::vector<PortBinder> binders = readPortBinders();
+    for (const Interface &one : wanted) {
+        const PtpProcess *process = houseClient(processes, binders, one, geteuid());
+        if (!process)
             continue;
         SystemClient client;
-        client.who = nameOf(process.pid);
-        client.interface = *found;
-        describe(process, client);
+        client.who = nameOf(process->pid);
+        client.interface = one.name;
+        describe(*process, client);
         return client;
     }
     return std::nullopt;

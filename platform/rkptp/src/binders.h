@@ -59,6 +59,13 @@ struct SystemClient {
 std::optional<SystemClient> findSystemClient(const std::vector<Interface> &wanted, size_t ownSockets,
                                              uint64_t known);
 
+/* Which of `processes` is the one that this library started for `user` and that has the PTP ports on
+   `wanted`; null: none. One in another container or network namespace has none of the sockets seen here,
+   though its command line may be the same; where sockets cannot be looked at, some of this user must be here
+   at least. */
+const PtpProcess *houseClient(const std::vector<PtpProcess> &processes,
+                              const std::vector<PortBinder> &binders, const Interface &wanted, uid_t user);
+
 /* A ptp4l on one of `wanted` that this library started in another program of this user, and that can be
  * asked. */
 std::optional<SystemClient> findHouseClient(const std::vector<Interface> &wanted);

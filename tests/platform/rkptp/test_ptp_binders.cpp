@@ -138,6 +138,49 @@ private slots:
         QCOMPARE(foreignBinders(binders, {ending}, m_wanted).size(), size_t{2});
     }
 
+    // A container has its own network, but often the same interface names, and its processes can be seen.
+    void aClientOfTheHouseHasItsSocketsHere_data()
+    {
+        QTest::addColumn<bool>("socketsKnown");
+        QTest::addColumn<bool>("holdsThem");
+        QTest::addColumn<uint>("binderUser");
+        QTest::addColumn<bool>("bound");
+        QTest::addColumn<bool>("expected");
+        QTest::newRow("its sockets are seen") << true << true << 7U << true << true;
+        QTest::newRow("may not be looked at") << false << false << 7U << true << true;
+        QTest::newRow("nothing is bound here") << false << false << 7U << false << false;
+        QTest::newRow("the sockets are another's") << true << false << 7U << true << false;
+        QTest::newRow("the sockets are another user's") << false << false << 8U << true << false;
+    }
+    void aClientOfTheHouseHasItsSocketsHere()
+    {
+        QFETCH(bool, socketsKnown);
+        QFETCH(bool, holdsThem);
+        QFETCH(uint, binderUser);
+        QFETCH(bool, bound);
+        QFETCH(bool, expected);
+        PtpProcess process = ours(100, 7, {"lo"});
+        process.socketsKnown = socketsKnown;
+        if (holdsThem)
+            process.sockets = {11, 12};
+        std::vector<PortBinder> binders;
+        if (bound)
+            binders = {{m_lo, binderUser, 11, 319}, {m_lo, binderUser, 12, 320}};
+        QCOMPARE(houseClient({process}, binders, m_wanted[0], 7) != nullptr, expected);
+    }
+    void theOneWhoseSocketsAreSeenIsPreferred()
+    {
+        const PtpProcess elsewhere = ours(100, 7, {"lo"});
+        PtpProcess here = ours(101, 7, {"lo"});
+        here.sockets = {11, 12};
+        here.socketsKnown = true;
+        const std::vector<PtpProcess> processes = {elsewhere, here, elsewhere};
+        const std::vector<PortBinder> binders = {{m_lo, 7, 11, 319}, {m_lo, 7, 12, 320}};
+        QCOMPARE(houseClient(processes, binders, m_wanted[0], 7), &processes[1]);
+        QVERIFY(!houseClient(processes, binders, {"v7", "10.0.0.1", 7777}, 7));
+        QVERIFY(!houseClient(processes, binders, m_wanted[0], 8));
+    }
+
     // Processes come and go while they are looked at; at some moments nothing can be read of them any more.
     void processesThatEndMeanwhileDoNoHarm()
     {
