@@ -6,8 +6,7 @@
 // looks first, and goes when another one comes.
 
 #include "interfaces.h"
-
-#include <sys/types.h>
+#include "ptpprocesses.h"
 
 namespace rkptp {
 
@@ -19,25 +18,8 @@ struct PortBinder {
     uint16_t port = 0;
 };
 
-/* One ptp4l of this machine, as its command line shows it. */
-struct PtpProcess {
-    pid_t pid = 0;
-    uid_t user = 0;
-    std::vector<std::string> arguments;
-    std::vector<uint64_t> sockets; // inodes, where they may be looked at: those of ours as root only
-    bool socketsKnown = false;     // they were looked at; one that is ending has none any more
-
-    /* Started by this library, here or in another program, of whatever user. */
-    bool ours() const;
-    std::vector<std::string> interfaces() const;
-    /* Value of "--name=value" or, failing that, of a line "name value" in the file given with -f. */
-    std::string option(const std::string &name) const;
-};
-
 /* The sockets of the network namespace of this process. */
 std::vector<PortBinder> readPortBinders();
-
-std::vector<PtpProcess> readPtpProcesses();
 
 /* Those of `binders` on one of `wanted` that no process of ours accounts for. Each of ours whose sockets are
    not known has one socket per interface and port. Pure, but for turning names of interfaces into numbers. */
