@@ -13,10 +13,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     // A message longer than what is kept: the input, over and over.
     std::string message(reinterpret_cast<const char *>(data), size);
     if (size > 0 && data[0] == 'L' && size % 32 == 0) // seldom: it takes long
-        while (message.size() < maxMessageBytes + 100)
+        while (message.size() < kMaxMessageBytes + 100)
             message += message;
     const std::string text = logText(message);
-    require(text.size() <= 6 * maxMessageBytes + 3, "length");
+    require(text.size() <= 6 * kMaxMessageBytes + 3, "length");
     std::string_view rest = text;
     while (!rest.empty()) {
         const rk::Character character = rk::firstCharacter(rest);

@@ -37,9 +37,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const auto whole = linesOf(text, size - 1, size, last);
     const auto inPieces = linesOf(text, size - 1, 1 + data[0] % 16, lastInPieces);
     require(whole == inPieces && last == lastInPieces, "lines depend on how they are read");
-    require(last.size() <= 2 * OutputLines::longestLine + 2, "kept lines too long");
+    require(last.size() <= 2 * OutputLines::kLongestLine + 2, "kept lines too long");
     for (const std::string &line : whole) {
-        require(!line.empty() && line.size() <= OutputLines::longestLine, "length of a line");
+        require(!line.empty() && line.size() <= OutputLines::kLongestLine, "length of a line");
         require(std::none_of(line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; }),
                 "control character");
     }

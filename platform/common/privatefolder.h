@@ -15,8 +15,8 @@
 
 namespace rk {
 
-constexpr mode_t privateFolderMode = 0700;
-constexpr mode_t othersBits = 0077;
+constexpr mode_t kPrivateFolderMode = 0700;
+constexpr mode_t kOthersBits = 0077;
 
 // ---- places ----------------------------------------------------------------------------------------
 
@@ -97,14 +97,14 @@ inline Descriptor openPrivate(const std::string &path, bool parents)
 {
     const std::string above = path.substr(0, path.rfind('/'));
     if (parents && !above.empty() && !isFolder(above) &&
-        !makePath(above, privateFolderMode, privateFolderMode))
+        !makePath(above, kPrivateFolderMode, kPrivateFolderMode))
         return Descriptor();
-    mkdir(path.c_str(), privateFolderMode);
+    mkdir(path.c_str(), kPrivateFolderMode);
     Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat info {};
     if (!folder.valid() || fstat(folder.get(), &info) != 0 || info.st_uid != geteuid())
         return Descriptor();
-    if ((info.st_mode & othersBits) != 0 && fchmod(folder.get(), privateFolderMode) != 0)
+    if ((info.st_mode & kOthersBits) != 0 && fchmod(folder.get(), kPrivateFolderMode) != 0)
         return Descriptor();
     return folder;
 }
@@ -128,7 +128,7 @@ inline std::string sessionFolder()
     const std::string path = folderFromEnvironment("XDG_RUNTIME_DIR");
     struct stat info {};
     const bool safe = !path.empty() && lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode) &&
-                      info.st_uid == geteuid() && (info.st_mode & othersBits) == 0;
+                      info.st_uid == geteuid() && (info.st_mode & kOthersBits) == 0;
     return safe ? below(path, "/corvel") : std::string();
 }
 

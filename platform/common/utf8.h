@@ -32,7 +32,7 @@ inline Character firstCharacter(std::string_view text)
         unsigned char value;
     };
     // clang-format off
-    constexpr LeadByte leadBytes[] = {
+    constexpr LeadByte kLeadBytes[] = {
         {1, 0x0,     0x80, 0x00},
         {2, 0x80,    0xe0, 0xc0},
         {3, 0x800,   0xf0, 0xe0},
@@ -40,7 +40,7 @@ inline Character firstCharacter(std::string_view text)
     };
     // clang-format on
     const auto lead = static_cast<unsigned char>(text.empty() ? '\xff' : text[0]);
-    for (const LeadByte &form : leadBytes) {
+    for (const LeadByte &form : kLeadBytes) {
         if ((lead & form.mask) != form.value || text.size() < form.length)
             continue;
         uint32_t code = lead & static_cast<unsigned char>(~form.mask);

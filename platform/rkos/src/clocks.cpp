@@ -19,14 +19,14 @@ using namespace rkos;
 
 namespace {
 
-constexpr uint64_t nanosPerSecond = 1000000000;
-constexpr uint64_t nanosPerMicro = 1000;
-constexpr uint64_t secondsPerDay = 86400;
-constexpr size_t textSize = 64;
+constexpr uint64_t kNanosPerSecond = 1000000000;
+constexpr uint64_t kNanosPerMicro = 1000;
+constexpr uint64_t kSecondsPerDay = 86400;
+constexpr size_t kTextSize = 64;
 
 uint64_t nanosOf(const timespec &time)
 {
-    return static_cast<uint64_t>(time.tv_sec) * nanosPerSecond + static_cast<uint64_t>(time.tv_nsec);
+    return static_cast<uint64_t>(time.tv_sec) * kNanosPerSecond + static_cast<uint64_t>(time.tv_nsec);
 }
 
 uint64_t nanosOf(clockid_t clock)
@@ -47,8 +47,8 @@ int hardwareClockOf(const std::string &interface)
 // The kernel's clock id of an open clock device.
 clockid_t clockOfDevice(int fd)
 {
-    constexpr unsigned deviceClock = 3;
-    return static_cast<clockid_t>((~static_cast<unsigned>(fd) << 3) | deviceClock);
+    constexpr unsigned kDeviceClock = 3;
+    return static_cast<clockid_t>((~static_cast<unsigned>(fd) << 3) | kDeviceClock);
 }
 
 // Opens a clock device that can be read, for the rest of the process; CLOCK_TAI when it cannot.
@@ -84,11 +84,11 @@ struct CivilDate {
 // is the last of its year; 400 years repeat. Good for every 64-bit number of seconds.
 CivilDate dateOf(uint64_t days)
 {
-    constexpr uint64_t daysTo1970 = 719468;
-    constexpr uint64_t daysIn400Years = 146097;
-    const uint64_t shifted = days + daysTo1970;
-    const uint64_t era = shifted / daysIn400Years;
-    const auto dayOfEra = static_cast<unsigned>(shifted % daysIn400Years);
+    constexpr uint64_t kDaysTo1970 = 719468;
+    constexpr uint64_t kDaysIn400Years = 146097;
+    const uint64_t shifted = days + kDaysTo1970;
+    const uint64_t era = shifted / kDaysIn400Years;
+    const auto dayOfEra = static_cast<unsigned>(shifted % kDaysIn400Years);
     const unsigned yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
     const unsigned dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
     const unsigned fromMarch = (5 * dayOfYear + 2) / 153;
@@ -111,7 +111,7 @@ char *putNumber(char *to, uint64_t number, unsigned digits)
 
 void putDate(char *to, uint64_t seconds)
 {
-    const CivilDate date = dateOf(seconds / secondsPerDay);
+    const CivilDate date = dateOf(seconds / kSecondsPerDay);
     to = putNumber(to, date.year, 4);
     *to++ = '-';
     to = putNumber(to, date.month, 2);
@@ -122,7 +122,7 @@ void putDate(char *to, uint64_t seconds)
 
 void putTime(char *to, uint64_t seconds, uint32_t nanoseconds, uint32_t flags)
 {
-    const uint64_t ofDay = seconds % secondsPerDay;
+    const uint64_t ofDay = seconds % kSecondsPerDay;
     to = putNumber(to, ofDay / 3600, 2);
     *to++ = ':';
     to = putNumber(to, ofDay / 60 % 60, 2);
@@ -137,7 +137,7 @@ void putTime(char *to, uint64_t seconds, uint32_t nanoseconds, uint32_t flags)
     *to = '\0';
 }
 
-static_assert(sizeof "584554051223-11-09" <= textSize, "the latest date fits a caller's buffer");
+static_assert(sizeof "584554051223-11-09" <= kTextSize, "the latest date fits a caller's buffer");
 
 } // namespace
 
@@ -147,7 +147,7 @@ extern "C" uint64_t rkOSGetMicro(void)
     // repeats a number nor makes a hole.
     static const uint64_t start = nanosOf(CLOCK_REALTIME) - nanosOf(CLOCK_BOOTTIME);
     static std::atomic<uint64_t> last{0};
-    uint64_t now = (start + nanosOf(CLOCK_BOOTTIME)) / nanosPerMicro;
+    uint64_t now = (start + nanosOf(CLOCK_BOOTTIME)) / kNanosPerMicro;
     uint64_t before = last.load();
     do {
         if (now <= before)
@@ -172,13 +172,13 @@ extern "C" uint64_t rkOSGetTimePTPNano(void)
 extern "C" int rkOSGetEpochDateTimeString(uint64_t seconds, char *date, char *time, uint32_t nanoseconds,
                                           uint32_t flags)
 {
-    const uint64_t carry = nanoseconds / nanosPerSecond;
+    const uint64_t carry = nanoseconds / kNanosPerSecond;
     const uint64_t room = std::numeric_limits<uint64_t>::max() - seconds;
     seconds += carry < room ? carry : room;
     if (date != nullptr)
         putDate(date, seconds);
     if (time != nullptr)
-        putTime(time, seconds, nanoseconds % nanosPerSecond, flags);
+        putTime(time, seconds, nanoseconds % kNanosPerSecond, flags);
     return date != nullptr || time != nullptr ? 1 : 0;
 }
 

@@ -14,13 +14,13 @@ using namespace rkos;
 
 namespace {
 
-constexpr uint32_t forever = 0xFFFFFFFFu;
-constexpr int signalled = 0;
-constexpr int timedOut = 1;
-constexpr int failed = -1;
+constexpr uint32_t kForever = 0xFFFFFFFFu;
+constexpr int kSignalled = 0;
+constexpr int kTimedOut = 1;
+constexpr int kFailed = -1;
 
 // More than a socket's queue holds; a bound all the same, as sets may arrive while it is emptied.
-constexpr int maxDrain = 16384;
+constexpr int kMaxDrain = 16384;
 
 struct Event {
     std::string name;
@@ -87,7 +87,7 @@ int setEvent(Event &event)
 bool drain(const Event &event)
 {
     bool any = false;
-    for (int i = 0; i < maxDrain; ++i) {
+    for (int i = 0; i < kMaxDrain; ++i) {
         char byte = 0;
         const ssize_t got = recv(event.service.fd.get(), &byte, 1, MSG_DONTWAIT);
         // An empty datagram is no set, and not the end of the queue; a socket that was shut down gives the
@@ -112,12 +112,12 @@ uint64_t nowMs()
 // Rounded up to what poll() takes; a longer wait is made of several.
 int pollTimeout(uint32_t milliseconds, uint64_t start)
 {
-    if (milliseconds == forever)
+    if (milliseconds == kForever)
         return -1;
     const uint64_t passed = nowMs() - start;
     const uint64_t left = passed < milliseconds ? milliseconds - passed : 0;
-    constexpr uint64_t longest = 0x7fffffff;
-    return static_cast<int>(left < longest ? left : longest);
+    constexpr uint64_t kLongest = 0x7fffffff;
+    return static_cast<int>(left < kLongest ? left : kLongest);
 }
 
 int waitEvent(const Event &event, uint32_t milliseconds)
@@ -128,14 +128,14 @@ int waitEvent(const Event &event, uint32_t milliseconds)
         pollfd waiting = {event.service.fd.get(), POLLIN, 0};
         const int ready = poll(&waiting, 1, timeout);
         if (ready < 0 && errno != EINTR)
-            return failed;
+            return kFailed;
         // Another thread may have been quicker; then the wait goes on.
         if (ready > 0 && drain(event))
-            return signalled;
+            return kSignalled;
         if (ready == 0 && pollTimeout(milliseconds, start) == 0)
-            return timedOut;
+            return kTimedOut;
     }
-    return failed;
+    return kFailed;
 }
 
 int closeEvent(uint64_t handle)
@@ -173,9 +173,9 @@ extern "C" int rkOSSetEvent(uint64_t handle)
 
 extern "C" int rkOSWaitEvent(uint64_t handle, uint32_t milliseconds)
 {
-    return guarded(failed, [&] {
+    return guarded(kFailed, [&] {
         const auto event = Events::instance().find(handle);
-        return event != nullptr && event->isService() ? waitEvent(*event, milliseconds) : failed;
+        return event != nullptr && event->isService() ? waitEvent(*event, milliseconds) : kFailed;
     });
 }
 

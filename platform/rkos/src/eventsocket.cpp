@@ -17,14 +17,14 @@ namespace rkos {
 
 namespace {
 
-constexpr size_t maxNameBytes = 200;
-constexpr mode_t privateSocket = 0600;
-constexpr mode_t sharedSocket = 0666; // who may reach it is the directory's matter
-constexpr const char *systemDirectory = "/run/corvel";
-constexpr const char *lockName = ".lock";
-constexpr const char *newName = ".new";
-constexpr int lockTries = 400;
-constexpr timespec lockPause = {0, 5000000};
+constexpr size_t kMaxNameBytes = 200;
+constexpr mode_t kPrivateSocket = 0600;
+constexpr mode_t kSharedSocket = 0666; // who may reach it is the directory's matter
+constexpr const char *kSystemDirectory = "/run/corvel";
+constexpr const char *kLockName = ".lock";
+constexpr const char *kNewName = ".new";
+constexpr int kLockTries = 400;
+constexpr timespec kLockPause = {0, 5000000};
 
 // A socket's address may have 107 bytes only; this names any file in any directory in fewer.
 sockaddr_un addressOf(int fd, const char *name)
@@ -68,12 +68,12 @@ Descriptor newSocket()
 // Waits for the directory's lock, not for ever: its holder may have been stopped.
 Descriptor lockDirectory(const EventDirectory &directory)
 {
-    constexpr int flags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    Descriptor lock(openat(directory.fd.get(), lockName, flags, privateSocket));
-    for (int tries = 0; lock.valid() && tries < lockTries; ++tries) {
+    constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    Descriptor lock(openat(directory.fd.get(), kLockName, kFlags, kPrivateSocket));
+    for (int tries = 0; lock.valid() && tries < kLockTries; ++tries) {
         if (flock(lock.get(), LOCK_EX | LOCK_NB) == 0)
             return lock;
-        nanosleep(&lockPause, nullptr);
+        nanosleep(&kLockPause, nullptr);
     }
     return Descriptor();
 }
@@ -83,17 +83,17 @@ Descriptor lockDirectory(const EventDirectory &directory)
 bool bindUnder(const EventDirectory &directory, const std::string &name, EventSocket *made)
 {
     const int at = directory.fd.get();
-    const sockaddr_un address = addressOf(at, newName);
-    unlinkat(at, newName, 0);
+    const sockaddr_un address = addressOf(at, kNewName);
+    unlinkat(at, kNewName, 0);
     made->fd = newSocket();
     // Before the bind this sets what mode the file starts with: closed until it is complete.
-    if (!made->fd.valid() || fchmod(made->fd.get(), privateSocket) != 0 ||
+    if (!made->fd.valid() || fchmod(made->fd.get(), kPrivateSocket) != 0 ||
         bind(made->fd.get(), generic(address), sizeof address) != 0)
         return false;
     struct stat info {};
-    const mode_t mode = directory.shared ? sharedSocket : privateSocket;
-    if (fchmodat(at, newName, mode, 0) != 0 || fstatat(at, newName, &info, AT_SYMLINK_NOFOLLOW) != 0 ||
-        renameat(at, newName, at, name.c_str()) != 0)
+    const mode_t mode = directory.shared ? kSharedSocket : kPrivateSocket;
+    if (fchmodat(at, kNewName, mode, 0) != 0 || fstatat(at, kNewName, &info, AT_SYMLINK_NOFOLLOW) != 0 ||
+        renameat(at, kNewName, at, name.c_str()) != 0)
         return false;
     made->device = info.st_dev;
     made->inode = info.st_ino;
@@ -125,8 +125,8 @@ bool isEventName(const char *name)
 {
     if (name == nullptr || name[0] == '\0' || name[0] == '.')
         return false;
-    const size_t length = strnlen(name, maxNameBytes + 1);
-    return length <= maxNameBytes && std::all_of(name, name + length, [](char c) {
+    const size_t length = strnlen(name, kMaxNameBytes + 1);
+    return length <= kMaxNameBytes && std::all_of(name, name + length, [](char c) {
                const auto byte = static_cast<unsigned char>(c);
                return byte >= 0x20 && byte != 0x7f && byte != '/';
            });
@@ -135,7 +135,7 @@ bool isEventName(const char *name)
 std::vector<EventDirectory> eventDirectories()
 {
     std::vector<EventDirectory> found;
-    if (auto system = openDirectory(systemDirectory, true))
+    if (auto system = openDirectory(kSystemDirectory, true))
         found.push_back(std::move(*system));
     if (const auto runtime = runtimeDir(SIZE_MAX)) {
         const std::string path = *runtime + "events";

@@ -17,9 +17,9 @@ using namespace rkos;
 
 namespace {
 
-constexpr mode_t userFileMode = 0666;
-constexpr mode_t ownFileMode = 0600;
-constexpr mode_t othersBits = 0077;
+constexpr mode_t kUserFileMode = 0666;
+constexpr mode_t kOwnFileMode = 0600;
+constexpr mode_t kOthersBits = 0077;
 
 struct File {
     Descriptor fd;
@@ -42,7 +42,7 @@ struct Disposition {
 
 // Index: the disposition's number.
 // clang-format off
-const Disposition dispositions[] = {
+const Disposition kDispositions[] = {
     // create exclusive truncate
     {false, false, false}, // 0 is none
     {true,  true,  false}, // RKOS_CREATE_NEW
@@ -55,7 +55,7 @@ const Disposition dispositions[] = {
 
 const Disposition *dispositionOf(uint32_t number)
 {
-    return number >= RKOS_CREATE_NEW && number <= RKOS_TRUNCATE_EXISTING ? &dispositions[number] : nullptr;
+    return number >= RKOS_CREATE_NEW && number <= RKOS_TRUNCATE_EXISTING ? &kDispositions[number] : nullptr;
 }
 
 // True when the file lies in one of the library's own directories.
@@ -87,7 +87,7 @@ bool acceptOwn(int fd, const struct stat &info, const std::string &path)
         ErrOut("rkos: %s is not used: it has another owner or a second name", path.c_str());
         return false;
     }
-    return (info.st_mode & othersBits) == 0 || fchmod(fd, ownFileMode) == 0;
+    return (info.st_mode & kOthersBits) == 0 || fchmod(fd, kOwnFileMode) == 0;
 }
 
 // An existing path that is no regular file must not even be opened: opening alone has effects on
@@ -106,7 +106,7 @@ Descriptor openRegular(const std::string &path, uint32_t access, const Dispositi
     const int flags = openFlags(access, how, own);
     int opened = -1;
     do {
-        opened = open(path.c_str(), flags, own ? ownFileMode : userFileMode);
+        opened = open(path.c_str(), flags, own ? kOwnFileMode : kUserFileMode);
     } while (opened < 0 && errno == EINTR);
     Descriptor fd = aboveStandardStreams(Descriptor(opened));
     struct stat info {};

@@ -10,7 +10,7 @@ namespace rkos {
 
 namespace {
 
-constexpr size_t readAhead = 65536;
+constexpr size_t kReadAhead = 65536;
 
 ssize_t readRetried(int fd, char *buffer, size_t size)
 {
@@ -27,7 +27,7 @@ ssize_t readRetried(int fd, char *buffer, size_t size)
 bool LineBuffer::ensure(int fd, size_t count)
 {
     if (m_data.empty())
-        m_data.resize(readAhead);
+        m_data.resize(kReadAhead);
     while (unread() < count) {
         std::copy(m_data.begin() + static_cast<ptrdiff_t>(m_begin),
                   m_data.begin() + static_cast<ptrdiff_t>(m_end), m_data.begin());

@@ -16,8 +16,8 @@ using namespace rkos;
 namespace {
 
 // Longer than a message may be, so that a cut is noticed.
-constexpr size_t formatBytes = maxMessageBytes + 512;
-constexpr size_t maxNameBytes = 100;
+constexpr size_t kFormatBytes = kMaxMessageBytes + 512;
+constexpr size_t kMaxNameBytes = 100;
 
 struct Log {
     std::mutex mutex;
@@ -71,7 +71,7 @@ int writeText(const std::string &text)
 bool isUsableName(const char *name)
 {
     const size_t length = strlen(name);
-    return length <= maxNameBytes && name[0] != '.' && strchr(name, '/') == nullptr && logText(name) == name;
+    return length <= kMaxNameBytes && name[0] != '.' && strchr(name, '/') == nullptr && logText(name) == name;
 }
 
 int setFileName(const char *name)
@@ -106,7 +106,7 @@ extern "C" void ErrOut(const char *format, ...)
         return;
     }
     const WritingMark mark;
-    char message[formatBytes];
+    char message[kFormatBytes];
     va_list arguments;
     va_start(arguments, format);
     const int length = vsnprintf(message, sizeof message, format, arguments);

@@ -13,7 +13,7 @@ namespace rkos {
 
 namespace {
 
-constexpr mode_t logMode = 0600;
+constexpr mode_t kLogMode = 0600;
 
 ssize_t writeOnce(int fd, const std::string &text)
 {
@@ -73,14 +73,14 @@ bool LogFile::isCurrent() const
 
 bool LogFile::openIn(const std::string &directory)
 {
-    constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     Descriptor fd =
-        aboveStandardStreams(Descriptor(open((directory + m_name + ".log").c_str(), flags, logMode)));
+        aboveStandardStreams(Descriptor(open((directory + m_name + ".log").c_str(), kFlags, kLogMode)));
     struct stat info {};
     if (!fd.valid() || fstat(fd.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != geteuid() ||
         !hasOneName(info))
         return false;
-    if ((info.st_mode & 07777) != logMode && fchmod(fd.get(), logMode) != 0)
+    if ((info.st_mode & 07777) != kLogMode && fchmod(fd.get(), kLogMode) != 0)
         return false;
     m_fd = std::move(fd);
     m_directory = directory;
@@ -104,7 +104,7 @@ bool LogFile::ready()
 void LogFile::shiftNames(int directory) const
 {
     const std::string name = m_name + ".log";
-    for (int number = keptLogs; number > 0; --number) {
+    for (int number = kKeptLogs; number > 0; --number) {
         const std::string from = number == 1 ? name : name + "." + std::to_string(number - 1);
         const std::string to = name + "." + std::to_string(number);
         renameat(directory, from.c_str(), directory, to.c_str());
@@ -143,7 +143,7 @@ bool LogFile::append(const std::string &line)
         return false;
     struct stat info {};
     if (fstat(m_fd.get(), &info) == 0 && info.st_size > 0 &&
-        info.st_size + static_cast<off_t>(line.size()) > maxLogBytes)
+        info.st_size + static_cast<off_t>(line.size()) > kMaxLogBytes)
         rotate();
     if (!m_fd.valid())
         return false;

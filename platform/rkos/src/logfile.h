@@ -11,8 +11,8 @@
 
 namespace rkos {
 
-constexpr off_t maxLogBytes = 1048576;
-constexpr int keptLogs = 3; // name.log.1 (newest) to name.log.3
+constexpr off_t kMaxLogBytes = 1048576;
+constexpr int kKeptLogs = 3; // name.log.1 (newest) to name.log.3
 
 // Not thread-safe; the caller holds a lock.
 class LogFile {

@@ -13,7 +13,7 @@ namespace rkos {
 
 namespace {
 
-constexpr std::string_view ellipsis = "\xe2\x80\xa6";
+constexpr std::string_view kEllipsis = "\xe2\x80\xa6";
 
 struct CharacterRange {
     uint32_t first;
@@ -22,7 +22,7 @@ struct CharacterRange {
 
 // Characters that are valid but would disturb who reads the log on a terminal.
 // clang-format off
-const CharacterRange disturbing[] = {
+const CharacterRange kDisturbing[] = {
     {0x0000, 0x001f}, // C0 controls
     {0x007f, 0x009f}, // delete and C1 controls
     {0x061c, 0x061c}, // direction mark
@@ -35,7 +35,7 @@ const CharacterRange disturbing[] = {
 
 bool isDisturbing(uint32_t code)
 {
-    for (const CharacterRange &range : disturbing) {
+    for (const CharacterRange &range : kDisturbing) {
         if (code >= range.first && code <= range.last)
             return true;
     }
@@ -67,11 +67,11 @@ std::string escapedByte(char byte)
 std::string logText(std::string_view message)
 {
     std::string_view rest = rk::trimmed(message);
-    const bool tooLong = rest.size() > maxMessageBytes;
+    const bool tooLong = rest.size() > kMaxMessageBytes;
     if (tooLong)
-        rest = rk::cutBefore(rest, maxMessageBytes);
+        rest = rk::cutBefore(rest, kMaxMessageBytes);
     std::string text;
-    text.reserve(rest.size() + ellipsis.size());
+    text.reserve(rest.size() + kEllipsis.size());
     while (!rest.empty()) {
         const rk::Character character = rk::firstCharacter(rest);
         const size_t length = character.length == 0 ? 1 : character.length;
@@ -84,7 +84,7 @@ std::string logText(std::string_view message)
         rest.remove_prefix(length);
     }
     if (tooLong)
-        text += ellipsis;
+        text += kEllipsis;
     return text;
 }
 

@@ -11,7 +11,7 @@
 namespace rkos {
 
 // A longer message is cut here, between two characters, and ends in an ellipsis.
-constexpr size_t maxMessageBytes = 4096;
+constexpr size_t kMaxMessageBytes = 4096;
 
 // White space and line ends around the message are dropped; inside it control characters, line
 // and paragraph separators, direction overrides and bytes that are no UTF-8 become escapes (\n, \t, \x1b,

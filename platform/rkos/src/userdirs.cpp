@@ -11,7 +11,7 @@ namespace rkos {
 
 namespace {
 
-constexpr int maxLines = 1000;
+constexpr int kMaxLines = 1000;
 
 std::string skipBlanks(const std::string &text, size_t from)
 {
@@ -66,7 +66,7 @@ std::optional<std::string> userDir(std::istream &text, const std::string &key, c
 {
     std::optional<std::string> found;
     std::string line;
-    for (int n = 0; n < maxLines && std::getline(text, line); ++n) {
+    for (int n = 0; n < kMaxLines && std::getline(text, line); ++n) {
         const std::string entry = skipBlanks(line, 0);
         if (entry.compare(0, key.size(), key) != 0)
             continue;

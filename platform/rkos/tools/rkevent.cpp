@@ -25,7 +25,7 @@ namespace {
 
 enum ExitCode { exitDone = 0, exitNo = 1, exitUsage = 2, exitFailed = 3, exitSignal = 128 };
 
-constexpr const char *usage =
+constexpr const char *kUsage =
     "Usage: rkevent wait NAME [--timeout MS] [--count N]\n"
     "       rkevent set NAME\n"
     "       rkevent list\n"
@@ -198,7 +198,7 @@ int run(const Options &options)
     return command == "wait" ? waitFor(name, options) : setOne(name, options);
 }
 
-const option longOptions[] = {
+const option kLongOptions[] = {
     {"timeout", required_argument, nullptr, 't'},
     {"count", required_argument, nullptr, 'n'},
     {"help", no_argument, nullptr, 'h'},
@@ -212,10 +212,10 @@ int main(int argc, char **argv)
 {
     Options options;
     opterr = 0;
-    for (int found = 0; (found = getopt_long(argc, argv, "t:n:hV", longOptions, nullptr)) != -1;) {
+    for (int found = 0; (found = getopt_long(argc, argv, "t:n:hV", kLongOptions, nullptr)) != -1;) {
         const bool timeout = found == 't';
         if (found == 'h')
-            return say(usage);
+            return say(kUsage);
         if (found == 'V')
             return say("rkevent " RKEVENT_VERSION "\n");
         if (found == '?')

@@ -16,7 +16,7 @@
 #define ANNOUNCE_SIZE 64
 #define ANNOUNCE_TYPE 0x0b
 
-static const char ptpGroup[] = "224.0.1.129";
+static const char kPtpGroup[] = "224.0.1.129";
 static struct pollfd listeners[MAX_LISTENERS];
 
 static int openListener(const char *interface)
@@ -26,7 +26,7 @@ static int openListener(const char *interface)
     const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     struct sockaddr_in address = {.sin_family = AF_INET, .sin_port = htons(PTP_GENERAL_PORT)};
     struct ip_mreqn group = {.imr_ifindex = (int)if_nametoindex(interface)};
-    inet_pton(AF_INET, ptpGroup, &address.sin_addr);
+    inet_pton(AF_INET, kPtpGroup, &address.sin_addr);
     group.imr_multiaddr = address.sin_addr;
     if (fd < 0 || setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) != 0 ||
         setsockopt(fd, SOL_SOCKET, SO_BINDTODEVICE, interface, (socklen_t)strlen(interface)) != 0 ||

@@ -46,7 +46,7 @@
 #define TEXT_OF_TOKENS(x) #x
 #define TEXT_OF(macro) TEXT_OF_TOKENS(macro)
 
-static const char usage[] = "usage: ptp_launch PARENT DOMAIN IDENTITY SOCKET INTERFACE...\n"
+static const char kUsage[] = "usage: ptp_launch PARENT DOMAIN IDENTITY SOCKET INTERFACE...\n"
                             "       ptp_launch PARENT listen INTERFACE...\n";
 
 static void refuse(const char *what, const char *value)
@@ -133,7 +133,7 @@ static bool listens(int argc, char **argv)
 static void checkInterfaces(int count, char **names)
 {
     if (count < 1 || count > MAX_INTERFACES) {
-        fputs(usage, stderr);
+        fputs(kUsage, stderr);
         exit(LAUNCH_BAD_ARGUMENT);
     }
     for (int i = 0; i < count; ++i) {
@@ -149,7 +149,7 @@ static void checkArguments(int argc, char **argv)
 {
     const int first = listens(argc, argv) ? FIRST_LISTENED : FIRST_INTERFACE;
     if (argc < 2 || argc <= first || argc > first + MAX_INTERFACES) {
-        fputs(usage, stderr);
+        fputs(kUsage, stderr);
         exit(LAUNCH_BAD_ARGUMENT);
     }
     if (parseNumber(argv[1], 1L << 30) < 1)

@@ -14,17 +14,17 @@ namespace {
 using namespace wire;
 
 // Behind the header: origin time stamp 34 to 43, then the announce itself.
-constexpr size_t atPriority1 = 47;
-constexpr size_t atClass = 48;
-constexpr size_t atAccuracy = 49;
-constexpr size_t atVariance = 50;
-constexpr size_t atPriority2 = 52;
-constexpr size_t atGrandmaster = 53;
-constexpr size_t atSteps = 61;
-constexpr size_t announceSize = 64;
+constexpr size_t kAtPriority1 = 47;
+constexpr size_t kAtClass = 48;
+constexpr size_t kAtAccuracy = 49;
+constexpr size_t kAtVariance = 50;
+constexpr size_t kAtPriority2 = 52;
+constexpr size_t kAtGrandmaster = 53;
+constexpr size_t kAtSteps = 61;
+constexpr size_t kAnnounceSize = 64;
 
-constexpr uint8_t announceType = 0x0b;
-constexpr int missedAnnounces = 4;
+constexpr uint8_t kAnnounceType = 0x0b;
+constexpr int kMissedAnnounces = 4;
 
 // The order of the best master clock algorithm, as far as it does not depend on who asks.
 auto rank(const HeardMaster &one)
@@ -37,41 +37,41 @@ auto rank(const HeardMaster &one)
 int64_t patience(const HeardMaster &master)
 {
     const int power = std::clamp<int>(master.logInterval, -7, 6);
-    const int64_t interval = power < 0 ? nanosPerSecond >> -power : nanosPerSecond << power;
-    return std::max(missedAnnounces * interval, 3 * nanosPerSecond);
+    const int64_t interval = power < 0 ? kNanosPerSecond >> -power : kNanosPerSecond << power;
+    return std::max(kMissedAnnounces * interval, 3 * kNanosPerSecond);
 }
 
 } // namespace
 
 std::optional<HeardMaster> parseAnnounce(const uint8_t *bytes, size_t size)
 {
-    if (size < announceSize || !isMessage(bytes, announceType) || get16(bytes + atLength) < announceSize ||
-        get16(bytes + atLength) > size)
+    if (size < kAnnounceSize || !isMessage(bytes, kAnnounceType) ||
+        get16(bytes + kAtLength) < kAnnounceSize || get16(bytes + kAtLength) > size)
         return std::nullopt;
     HeardMaster master;
-    master.domain = bytes[atDomain];
-    master.source = getPort(bytes + atSource);
-    master.logInterval = static_cast<int8_t>(bytes[atInterval]);
-    master.priority1 = bytes[atPriority1];
-    master.clockClass = bytes[atClass];
-    master.clockAccuracy = bytes[atAccuracy];
-    master.variance = get16(bytes + atVariance);
-    master.priority2 = bytes[atPriority2];
-    master.grandmaster = getClock(bytes + atGrandmaster);
-    master.stepsRemoved = get16(bytes + atSteps);
+    master.domain = bytes[kAtDomain];
+    master.source = getPort(bytes + kAtSource);
+    master.logInterval = static_cast<int8_t>(bytes[kAtInterval]);
+    master.priority1 = bytes[kAtPriority1];
+    master.clockClass = bytes[kAtClass];
+    master.clockAccuracy = bytes[kAtAccuracy];
+    master.variance = get16(bytes + kAtVariance);
+    master.priority2 = bytes[kAtPriority2];
+    master.grandmaster = getClock(bytes + kAtGrandmaster);
+    master.stepsRemoved = get16(bytes + kAtSteps);
     return master;
 }
 
 std::optional<HeardMaster> parseHeardLine(std::string_view line)
 {
-    constexpr std::string_view digits = "0123456789abcdef";
+    constexpr std::string_view kDigits = "0123456789abcdef";
     const size_t blank = line.find(' ');
     if (blank == std::string_view::npos || blank == 0 || (line.size() - blank) % 2 != 1)
         return std::nullopt;
     std::vector<uint8_t> bytes;
     for (size_t i = blank + 1; i < line.size(); i += 2) {
-        const size_t high = digits.find(line[i]);
-        const size_t low = digits.find(line[i + 1]);
+        const size_t high = kDigits.find(line[i]);
+        const size_t low = kDigits.find(line[i + 1]);
         if (high == std::string_view::npos || low == std::string_view::npos)
             return std::nullopt;
         bytes.push_back(static_cast<uint8_t>(high * 16 + low));
@@ -92,8 +92,8 @@ void MasterList::hear(const HeardMaster &master)
         *known = master;
         return;
     }
-    constexpr size_t most = 256; // somebody may invent masters without end
-    if (m_masters.size() < most)
+    constexpr size_t kMost = 256; // somebody may invent masters without end
+    if (m_masters.size() < kMost)
         m_masters.push_back(master);
 }
 

@@ -19,11 +19,11 @@ namespace {
 
 using rk::Descriptor;
 
-constexpr uint16_t ptpPorts[] = {319, 320};
+constexpr uint16_t kPtpPorts[] = {319, 320};
 
 bool isPtpPort(uint16_t port)
 {
-    return std::find(std::begin(ptpPorts), std::end(ptpPorts), port) != std::end(ptpPorts);
+    return std::find(std::begin(kPtpPorts), std::end(kPtpPorts), port) != std::end(kPtpPorts);
 }
 
 // ---- sockets ---------------------------------------------------------------------------------------
@@ -191,7 +191,7 @@ void takeAway(const PtpProcess &process, std::vector<PortBinder> &binders)
     if (process.socketsKnown || !process.sockets.empty())
         return;
     for (const std::string &name : process.interfaces())
-        for (const uint16_t port : ptpPorts)
+        for (const uint16_t port : kPtpPorts)
             takeOne(if_nametoindex(name.c_str()), port);
 }
 

@@ -12,17 +12,17 @@ namespace rkptp {
 
 namespace {
 
-constexpr int64_t answerTimeout = 200 * nanosPerMilli;
-constexpr int64_t startRetry = 20 * nanosPerMilli;     // until ptp4l has opened its socket
-constexpr int64_t eagerInterval = 100 * nanosPerMilli; // between rounds until locked
-constexpr int64_t calmInterval = 250 * nanosPerMilli;  // and from then on
-constexpr int64_t silenceLimit = 10 * nanosPerSecond;
-constexpr int64_t endGrace = 2 * nanosPerSecond;
-constexpr int64_t searchTimeout = 20 * nanosPerMilli; // for an answer in one domain
-constexpr int64_t meetingLimit = 5 * nanosPerSecond;  // for the first words of the system's ptp4l
-constexpr int64_t nearby = 10 * nanosPerSecond; // two readings of the same clock are never farther apart
-constexpr uint16_t maxSystemPorts = 64;
-constexpr unsigned slowRounds = 4; // the slow questions are asked in every fourth round
+constexpr int64_t kAnswerTimeout = 200 * kNanosPerMilli;
+constexpr int64_t kStartRetry = 20 * kNanosPerMilli;     // until ptp4l has opened its socket
+constexpr int64_t kEagerInterval = 100 * kNanosPerMilli; // between rounds until locked
+constexpr int64_t kCalmInterval = 250 * kNanosPerMilli;  // and from then on
+constexpr int64_t kSilenceLimit = 10 * kNanosPerSecond;
+constexpr int64_t kEndGrace = 2 * kNanosPerSecond;
+constexpr int64_t kSearchTimeout = 20 * kNanosPerMilli; // for an answer in one domain
+constexpr int64_t kMeetingLimit = 5 * kNanosPerSecond;  // for the first words of the system's ptp4l
+constexpr int64_t kNearby = 10 * kNanosPerSecond; // two readings of the same clock are never farther apart
+constexpr uint16_t kMaxSystemPorts = 64;
+constexpr unsigned kSlowRounds = 4; // the slow questions are asked in every fourth round
 
 template<class Data>
 bool keep(const Answer &answer, Data &into)
@@ -34,7 +34,7 @@ bool keep(const Answer &answer, Data &into)
 }
 
 // As whom we ask. Not by the identity of the clock on purpose: ptp4l drops what seems to come from itself.
-const PortId asker = {ClockId(), 0xfff0};
+const PortId kAsker = {ClockId(), 0xfff0};
 
 struct PlanRow {
     DataSet dataSet;
@@ -44,7 +44,7 @@ struct PlanRow {
 
 // The time status comes first on purpose: what its offset depends on must be read after it.
 // clang-format off
-const PlanRow plan[] = {
+const PlanRow kPlan[] = {
     // data set                     per port  slow
     {DataSet::TimeStatus,           false,    false},
     {DataSet::GrandmasterSettings,  false,    false},
@@ -100,7 +100,7 @@ int Child::start(const std::string &launcher, const RunFolder &folder, unsigned 
     for (const Interface &interface : m_interfaces)
         request.interfaces.push_back(interface.name);
     m_startedAt = m_lastAnswer = now;
-    m_due = now + startRetry;
+    m_due = now + kStartRetry;
     planRound();
     return m_process.start(request);
 }
@@ -137,8 +137,8 @@ void Child::planSearch()
 {
     Question question;
     question.domain = m_search[m_tried++ % m_search.size()];
-    question.target = {everyClock, everyPort};
-    question.asker = asker;
+    question.target = {kEveryClock, kEveryPort};
+    question.asker = kAsker;
     m_round.push_back(question);
 }
 
@@ -147,7 +147,7 @@ void Child::meet(const DefaultData &clock)
     m_identity = clock.clock;
     m_domain = clock.domain;
     m_search.clear();
-    m_seen.ports.assign(std::clamp<uint16_t>(clock.ports, 1, maxSystemPorts), PortData());
+    m_seen.ports.assign(std::clamp<uint16_t>(clock.ports, 1, kMaxSystemPorts), PortData());
     m_seen.portNames.assign(m_seen.ports.size(), std::string());
     m_due = 0;
 }
@@ -162,7 +162,7 @@ bool Child::servesUs() const
 
 bool Child::mistaken(int64_t now) const
 {
-    return m_visiting && (m_rounds == 0 ? now - m_startedAt > meetingLimit : !servesUs());
+    return m_visiting && (m_rounds == 0 ? now - m_startedAt > kMeetingLimit : !servesUs());
 }
 
 bool Child::openSocket()
@@ -184,8 +184,8 @@ void Child::planRound()
     m_inFlight = false;
     if (!m_search.empty())
         return planSearch();
-    for (const PlanRow &row : plan) {
-        if (row.slow && m_rounds % slowRounds != 0)
+    for (const PlanRow &row : kPlan) {
+        if (row.slow && m_rounds % kSlowRounds != 0)
             continue;
         const auto ports = static_cast<uint16_t>(row.perPort ? m_seen.ports.size() : 0);
         for (uint16_t port = row.perPort ? 1 : 0; port <= ports; ++port) {
@@ -193,7 +193,7 @@ void Child::planRound()
             question.dataSet = row.dataSet;
             question.domain = m_domain;
             question.target = {m_identity, port};
-            question.asker = asker;
+            question.asker = kAsker;
             m_round.push_back(question);
         }
     }
@@ -214,7 +214,7 @@ bool Child::ask(int64_t now)
     if (!m_connected || send(m_socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0)
         return false;
     m_inFlight = true;
-    m_due = now + (m_search.empty() ? answerTimeout : searchTimeout);
+    m_due = now + (m_search.empty() ? kAnswerTimeout : kSearchTimeout);
     return true;
 }
 
@@ -233,7 +233,7 @@ void Child::store(const Answer &answer)
 // Reads until the answer in flight has come or nothing is left. True when it has come.
 bool Child::takeAnswers()
 {
-    uint8_t bytes[largestAnswer + 1];
+    uint8_t bytes[kLargestAnswer + 1];
     while (m_inFlight) {
         const ssize_t size = recv(m_socket.get(), bytes, sizeof bytes, 0);
         if (size < 0 && errno == EINTR)
@@ -254,9 +254,9 @@ bool Child::takeAnswers()
 
 void Child::giveUpRound(int64_t now)
 {
-    m_due = now + (m_rounds == 0 ? startRetry : eagerInterval);
+    m_due = now + (m_rounds == 0 ? kStartRetry : kEagerInterval);
     if (!m_search.empty())
-        m_due = now + nanosPerMilli;
+        m_due = now + kNanosPerMilli;
     planRound();
 }
 
@@ -282,8 +282,8 @@ SyncSample Child::sample(ClockReading &clocks) const
     // Until the first delay was measured ptp4l reports an offset of 0 that means nothing.
     sample.basis.delayKnown = m_seen.current.meanPathDelay != 0;
     sample.basis.grandmaster = m_seen.timeStatus.grandmaster;
-    const int64_t scales = sample.basis.appliedUtcOffset * nanosPerSecond;
-    if (m_visiting && std::llabs(sample.ingressTime - clocks.realtime - scales) < nearby) {
+    const int64_t scales = sample.basis.appliedUtcOffset * kNanosPerSecond;
+    if (m_visiting && std::llabs(sample.ingressTime - clocks.realtime - scales) < kNearby) {
         clocks.realtime += scales;
         sample.basis.ptpTimescale = false;
     }
@@ -301,10 +301,10 @@ bool Child::finishRound(int64_t now)
     const SyncSample seen = sample(clocks);
     m_timebase.feed(seen, clocks);
     const bool locked = m_timebase.carried().freshAt(now);
-    if (m_rounds % slowRounds == 0)
+    if (m_rounds % kSlowRounds == 0)
         checkInterfaces(locked);
     ++m_rounds;
-    m_due = now + (locked ? calmInterval : eagerInterval);
+    m_due = now + (locked ? kCalmInterval : kEagerInterval);
     planRound();
     return true;
 }
@@ -327,7 +327,7 @@ bool Child::converse(int64_t now)
 
 bool Child::silent(int64_t now) const
 {
-    return !ending() && now - m_lastAnswer > silenceLimit;
+    return !ending() && now - m_lastAnswer > kSilenceLimit;
 }
 
 bool Child::usable(size_t port) const
@@ -397,7 +397,7 @@ Snapshot Child::view() const
 
 void Child::askToEnd(int64_t now)
 {
-    m_killAt = now + endGrace;
+    m_killAt = now + kEndGrace;
     m_process.signal(SIGTERM);
 }
 

@@ -12,7 +12,7 @@ namespace rkptp {
 
 namespace {
 
-constexpr size_t macBytes = 6;
+constexpr size_t kMacBytes = 6;
 
 int hexDigit(char c)
 {
@@ -58,7 +58,7 @@ std::optional<ClockId> parseIdentity(std::string_view text)
     auto bytes = readBytes(rk::trimmed(text));
     if (!bytes)
         return std::nullopt;
-    if (bytes->size() == macBytes)
+    if (bytes->size() == kMacBytes)
         bytes->insert(bytes->begin() + 3, {0xff, 0xfe});
     ClockId id;
     if (bytes->size() != id.size())
@@ -102,13 +102,13 @@ std::string formatForPtp4l(const ClockId &id)
 
 ClockId randomIdentity()
 {
-    constexpr unsigned localBit = 0x02;
-    constexpr unsigned groupBit = 0x01;
+    constexpr unsigned kLocalBit = 0x02;
+    constexpr unsigned kGroupBit = 0x01;
     ClockId id{};
     // Eight bytes never fail or come in parts once the system is up.
     while (getrandom(id.data(), id.size(), 0) < 0)
         continue;
-    id[0] = static_cast<uint8_t>((id[0] | localBit) & ~groupBit);
+    id[0] = static_cast<uint8_t>((id[0] | kLocalBit) & ~kGroupBit);
     id[3] = 0xff;
     id[4] = 0xfe;
     return id;

@@ -33,11 +33,11 @@ uint32_t addressIn(const ifaddrs &entry)
 // ptp4l gives up altogether when one of its interfaces cannot do this; bridges are such.
 bool takesTimestamps(const char *name)
 {
-    constexpr unsigned needed =
+    constexpr unsigned kNeeded =
         SOF_TIMESTAMPING_TX_SOFTWARE | SOF_TIMESTAMPING_RX_SOFTWARE | SOF_TIMESTAMPING_SOFTWARE;
     const auto info = rk::timestampingOf(name);
     // A driver that does not say is given a try, as ptp4l does.
-    return !info || (info->so_timestamping & needed) == needed;
+    return !info || (info->so_timestamping & kNeeded) == kNeeded;
 }
 
 bool suits(const ifaddrs &entry, uint32_t wanted)
@@ -46,9 +46,9 @@ bool suits(const ifaddrs &entry, uint32_t wanted)
         return false;
     if (wanted != INADDR_ANY)
         return addressIn(entry) == wanted;
-    constexpr unsigned needed = IFF_UP | IFF_MULTICAST;
-    constexpr unsigned unwanted = IFF_LOOPBACK | IFF_POINTOPOINT;
-    return (entry.ifa_flags & needed) == needed && !(entry.ifa_flags & unwanted);
+    constexpr unsigned kNeeded = IFF_UP | IFF_MULTICAST;
+    constexpr unsigned kUnwanted = IFF_LOOPBACK | IFF_POINTOPOINT;
+    return (entry.ifa_flags & kNeeded) == kNeeded && !(entry.ifa_flags & kUnwanted);
 }
 
 Interface describe(const ifaddrs &entry)
@@ -98,8 +98,8 @@ std::vector<Interface> findInterfaces(uint32_t address)
     }
     std::sort(found.begin(), found.end(),
               [](const Interface &a, const Interface &b) { return a.index < b.index; });
-    if (found.size() > maxInterfaces)
-        found.resize(maxInterfaces);
+    if (found.size() > kMaxInterfaces)
+        found.resize(kMaxInterfaces);
     return found;
 }
 

@@ -12,7 +12,7 @@
 namespace rkptp {
 
 /* As many interfaces as one ptp4l is given at most. */
-constexpr size_t maxInterfaces = 8;
+constexpr size_t kMaxInterfaces = 8;
 
 struct Interface {
     std::string name;

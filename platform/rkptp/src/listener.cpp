@@ -9,8 +9,8 @@ namespace rkptp {
 
 namespace {
 
-constexpr int64_t retryInterval = 5 * nanosPerSecond; // after a launcher that ended
-constexpr int64_t forgetInterval = nanosPerSecond;
+constexpr int64_t kRetryInterval = 5 * kNanosPerSecond; // after a launcher that ended
+constexpr int64_t kForgetInterval = kNanosPerSecond;
 
 } // namespace
 
@@ -34,7 +34,7 @@ void Listener::start(int64_t now)
     request.listen = true;
     for (const Interface &interface : m_interfaces)
         request.interfaces.push_back(interface.name);
-    m_retryAt = now + retryInterval;
+    m_retryAt = now + kRetryInterval;
     m_process = std::make_unique<Process>();
     m_process->setReader([this](const std::string &line) {
         auto master = parseHeardLine(line);
@@ -64,8 +64,8 @@ bool Listener::serve(bool ended, bool told, int64_t now)
 int64_t Listener::nextDue(int64_t now) const
 {
     if (!m_process && !m_interfaces.empty())
-        return std::max(m_retryAt, now + forgetInterval);
-    return m_interfaces.empty() ? INT64_MAX : now + forgetInterval;
+        return std::max(m_retryAt, now + kForgetInterval);
+    return m_interfaces.empty() ? INT64_MAX : now + kForgetInterval;
 }
 
 } // namespace rkptp

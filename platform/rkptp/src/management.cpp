@@ -13,19 +13,19 @@ namespace {
 using namespace wire;
 
 // Behind the header: management fields 34 to 47, then one TLV.
-constexpr size_t atTarget = 34;
-constexpr size_t atAction = 46;
-constexpr size_t atTlvType = 48;
-constexpr size_t atTlvLength = 50;
-constexpr size_t atTlvId = 52;
-constexpr size_t atData = 54;
+constexpr size_t kAtTarget = 34;
+constexpr size_t kAtAction = 46;
+constexpr size_t kAtTlvType = 48;
+constexpr size_t kAtTlvLength = 50;
+constexpr size_t kAtTlvId = 52;
+constexpr size_t kAtData = 54;
 
-constexpr uint8_t managementType = 0x0d;
-constexpr uint8_t managementControl = 4;
-constexpr uint8_t actionGet = 0;
-constexpr uint8_t actionResponse = 2;
-constexpr uint16_t tlvManagement = 1;
-constexpr uint16_t tlvErrorStatus = 2;
+constexpr uint8_t kManagementType = 0x0d;
+constexpr uint8_t kManagementControl = 4;
+constexpr uint8_t kActionGet = 0;
+constexpr uint8_t kActionResponse = 2;
+constexpr uint16_t kTlvManagement = 1;
+constexpr uint16_t kTlvErrorStatus = 2;
 
 uint64_t get64(const uint8_t *at)
 {
@@ -81,8 +81,8 @@ Answer readParent(const uint8_t *data, size_t)
 
 Answer readTimeProperties(const uint8_t *data, size_t)
 {
-    constexpr unsigned timescaleFlag = 1u << 3;
-    return TimePropertiesData{getSigned16(data), (data[2] & timescaleFlag) != 0};
+    constexpr unsigned kTimescaleFlag = 1u << 3;
+    return TimePropertiesData{getSigned16(data), (data[2] & kTimescaleFlag) != 0};
 }
 
 bool isPortState(uint8_t value)
@@ -112,11 +112,11 @@ Answer readGrandmasterSettings(const uint8_t *data, size_t)
 // The only data set with a text in it: its length byte is checked against what is there.
 Answer readPortProperties(const uint8_t *data, size_t size)
 {
-    constexpr size_t atText = 13;
+    constexpr size_t kAtText = 13;
     const size_t length = data[12];
-    if (length > size - atText)
+    if (length > size - kAtText)
         return {};
-    return PortPropertiesData{get16(data + 8), std::string(data + atText, data + atText + length)};
+    return PortPropertiesData{get16(data + 8), std::string(data + kAtText, data + kAtText + length)};
 }
 
 struct Layout {
@@ -128,7 +128,7 @@ struct Layout {
 };
 
 // clang-format off
-const Layout layouts[] = {
+const Layout kLayouts[] = {
     // data set                     min  max  port   reader
     {DataSet::Default,              20,  20,  false, readDefault},
     {DataSet::Current,              18,  18,  false, readCurrent},
@@ -143,24 +143,24 @@ const Layout layouts[] = {
 
 const Layout *layoutOf(DataSet dataSet)
 {
-    const auto row = std::find_if(std::begin(layouts), std::end(layouts),
+    const auto row = std::find_if(std::begin(kLayouts), std::end(kLayouts),
                                   [dataSet](const Layout &layout) { return layout.dataSet == dataSet; });
-    return row == std::end(layouts) ? nullptr : row;
+    return row == std::end(kLayouts) ? nullptr : row;
 }
 
 bool headerFits(const uint8_t *bytes, size_t size, const Question &asked)
 {
-    return size >= atData && size <= largestAnswer && isMessage(bytes, managementType) &&
-           get16(bytes + atLength) == size && bytes[atDomain] == asked.domain &&
-           get16(bytes + atSequence) == asked.sequence;
+    return size >= kAtData && size <= kLargestAnswer && isMessage(bytes, kManagementType) &&
+           get16(bytes + kAtLength) == size && bytes[kAtDomain] == asked.domain &&
+           get16(bytes + kAtSequence) == asked.sequence;
 }
 
 bool partiesFit(const uint8_t *bytes, const Question &asked, const Layout &layout)
 {
-    const PortId source = getPort(bytes + atSource);
-    const bool fromTarget = source.clock == asked.target.clock || asked.target.clock == everyClock;
+    const PortId source = getPort(bytes + kAtSource);
+    const bool fromTarget = source.clock == asked.target.clock || asked.target.clock == kEveryClock;
     return fromTarget && (!layout.perPort || source.port == asked.target.port) &&
-           getPort(bytes + atTarget) == asked.asker && (bytes[atAction] & 0x0f) == actionResponse;
+           getPort(bytes + kAtTarget) == asked.asker && (bytes[kAtAction] & 0x0f) == kActionResponse;
 }
 
 // A port's data names the port itself once more; it must be the one that was asked.
@@ -175,23 +175,23 @@ bool namesPort(const Answer &answer, const Question &asked)
 
 } // namespace
 
-std::array<uint8_t, questionSize> buildQuestion(const Question &question)
+std::array<uint8_t, kQuestionSize> buildQuestion(const Question &question)
 {
-    std::array<uint8_t, questionSize> bytes{};
-    bytes[atType] = managementType;
-    bytes[atVersion] = ptpVersion;
-    put16(&bytes[atLength], questionSize);
-    bytes[atDomain] = question.domain;
-    putPort(&bytes[atSource], question.asker);
-    put16(&bytes[atSequence], question.sequence);
-    bytes[atControl] = managementControl;
-    bytes[atInterval] = 0x7f;
-    putPort(&bytes[atTarget], question.target);
+    std::array<uint8_t, kQuestionSize> bytes{};
+    bytes[kAtType] = kManagementType;
+    bytes[kAtVersion] = kPtpVersion;
+    put16(&bytes[kAtLength], kQuestionSize);
+    bytes[kAtDomain] = question.domain;
+    putPort(&bytes[kAtSource], question.asker);
+    put16(&bytes[kAtSequence], question.sequence);
+    bytes[kAtControl] = kManagementControl;
+    bytes[kAtInterval] = 0x7f;
+    putPort(&bytes[kAtTarget], question.target);
     // Bytes 44 and 45, the boundary hops, stay 0: a question never leaves this machine.
-    bytes[atAction] = actionGet;
-    put16(&bytes[atTlvType], tlvManagement);
-    put16(&bytes[atTlvLength], 2);
-    put16(&bytes[atTlvId], static_cast<uint16_t>(question.dataSet));
+    bytes[kAtAction] = kActionGet;
+    put16(&bytes[kAtTlvType], kTlvManagement);
+    put16(&bytes[kAtTlvLength], 2);
+    put16(&bytes[kAtTlvId], static_cast<uint16_t>(question.dataSet));
     return bytes;
 }
 
@@ -200,16 +200,16 @@ Reading readAnswer(const uint8_t *bytes, size_t size, const Question &asked, Ans
     const Layout *layout = layoutOf(asked.dataSet);
     if (!layout || !headerFits(bytes, size, asked) || !partiesFit(bytes, asked, *layout))
         return Reading::Foreign;
-    if (get16(bytes + atTlvType) == tlvErrorStatus)
+    if (get16(bytes + kAtTlvType) == kTlvErrorStatus)
         return Reading::Refused;
-    const size_t tlvLength = get16(bytes + atTlvLength);
-    if (get16(bytes + atTlvType) != tlvManagement || tlvLength < 2 || tlvLength != size - atTlvId ||
-        get16(bytes + atTlvId) != static_cast<uint16_t>(asked.dataSet))
+    const size_t tlvLength = get16(bytes + kAtTlvLength);
+    if (get16(bytes + kAtTlvType) != kTlvManagement || tlvLength < 2 || tlvLength != size - kAtTlvId ||
+        get16(bytes + kAtTlvId) != static_cast<uint16_t>(asked.dataSet))
         return Reading::Foreign;
     const size_t dataSize = tlvLength - 2;
     if (dataSize < layout->minSize || dataSize > layout->maxSize)
         return Reading::Foreign;
-    const Answer read = layout->read(bytes + atData, dataSize);
+    const Answer read = layout->read(bytes + kAtData, dataSize);
     if (std::holds_alternative<std::monostate>(read) || !namesPort(read, asked))
         return Reading::Foreign;
     answer = read;

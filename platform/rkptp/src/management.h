@@ -25,8 +25,8 @@ enum class DataSet : uint16_t {
 };
 
 // Whom a question goes to that every clock answers.
-constexpr ClockId everyClock = {0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
-constexpr uint16_t everyPort = 0xffff;
+constexpr ClockId kEveryClock = {0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
+constexpr uint16_t kEveryPort = 0xffff;
 
 // What is asked of whom. The answer must come from `target` (any clock when that is everyClock), go to
 // `asker` and repeat domain and sequence.
@@ -102,10 +102,10 @@ enum class Reading {
     Good,
 };
 
-constexpr size_t questionSize = 54;
-constexpr size_t largestAnswer = 1500;
+constexpr size_t kQuestionSize = 54;
+constexpr size_t kLargestAnswer = 1500;
 
-std::array<uint8_t, questionSize> buildQuestion(const Question &question);
+std::array<uint8_t, kQuestionSize> buildQuestion(const Question &question);
 
 /* Reads `size` bytes as the answer to `asked`. `answer` is set only when the result is Good. */
 Reading readAnswer(const uint8_t *bytes, size_t size, const Question &asked, Answer &answer);

@@ -19,7 +19,7 @@ void OutputLines::take(const char *text, size_t size)
         const bool printable = static_cast<unsigned char>(text[i]) >= ' ' && text[i] != 0x7f;
         if (text[i] == '\n' && !m_line.empty())
             keep(std::exchange(m_line, {}));
-        else if (printable && m_line.size() < longestLine)
+        else if (printable && m_line.size() < kLongestLine)
             m_line += text[i];
     }
 }

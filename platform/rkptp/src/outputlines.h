@@ -12,7 +12,7 @@ namespace rkptp {
 
 class OutputLines {
 public:
-    static constexpr size_t longestLine = 400;
+    static constexpr size_t kLongestLine = 400;
 
     /* The next bytes, however they are cut. Control characters are left out, what is longer than a line may
        be is dropped, empty lines count for nothing. */

@@ -21,13 +21,13 @@ namespace {
 
 // Where the launcher stands as seen from the folder of this library: build tree first, then the installed
 // tree.
-const char *const launcherPlaces[] = {"/../libexec/corvel/ptp_launch", "/" RKPTP_INSTALLED_LAUNCHER};
+const char *const kLauncherPlaces[] = {"/../libexec/corvel/ptp_launch", "/" RKPTP_INSTALLED_LAUNCHER};
 
 std::string libraryFolder()
 {
     Dl_info info{};
     char resolved[PATH_MAX];
-    if (!dladdr(reinterpret_cast<const void *>(launcherPlaces), &info) || !info.dli_fname ||
+    if (!dladdr(reinterpret_cast<const void *>(kLauncherPlaces), &info) || !info.dli_fname ||
         !realpath(info.dli_fname, resolved))
         return {};
     std::string path = resolved;
@@ -95,13 +95,13 @@ int spawn(pid_t *pid, const std::vector<std::string> &arguments, int output)
 
 std::string expectedLauncher()
 {
-    return resolved(libraryFolder() + launcherPlaces[0]);
+    return resolved(libraryFolder() + kLauncherPlaces[0]);
 }
 
 std::string findLauncher()
 {
     const std::string folder = libraryFolder();
-    for (const char *place : launcherPlaces)
+    for (const char *place : kLauncherPlaces)
         if (access((folder + place).c_str(), X_OK) == 0)
             return resolved(folder + place);
     return {};
@@ -164,8 +164,8 @@ std::optional<ProcessEnd> Process::reap()
 void Process::drainLog()
 {
     char buffer[1024];
-    constexpr int reads = 16; // a chatty child must not keep the worker
-    for (int i = 0; i < reads && m_log.valid(); ++i) {
+    constexpr int kReads = 16; // a chatty child must not keep the worker
+    for (int i = 0; i < kReads && m_log.valid(); ++i) {
         const ssize_t got = read(m_log.get(), buffer, sizeof buffer);
         if (got > 0)
             m_output.take(buffer, static_cast<size_t>(got));

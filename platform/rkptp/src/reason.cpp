@@ -20,7 +20,7 @@ std::string textOf(const Snapshot &seen, Text which)
 
 std::string seconds(int64_t from, int64_t to)
 {
-    return std::to_string(std::max<int64_t>(to - from, 0) / nanosPerSecond) + " s";
+    return std::to_string(std::max<int64_t>(to - from, 0) / kNanosPerSecond) + " s";
 }
 
 // Who is followed, where, and through whom it is seen.

@@ -69,7 +69,7 @@ RKPTP_MASTER shown(const HeardMaster &heard)
     master.variance = heard.variance;
     master.stepsRemoved = heard.stepsRemoved;
     master.age_ms =
-        static_cast<uint32_t>(std::max<int64_t>(monotonicNow() - heard.heardAt, 0) / nanosPerMilli);
+        static_cast<uint32_t>(std::max<int64_t>(monotonicNow() - heard.heardAt, 0) / kNanosPerMilli);
     return master;
 }
 
@@ -89,9 +89,9 @@ PTP_HANDLE startClient(const char *interfaceAddress, bool readsOnly)
 void splitTime(int64_t nanos, uint64_t *seconds, uint32_t *nanoseconds)
 {
     if (seconds)
-        *seconds = static_cast<uint64_t>(nanos / nanosPerSecond);
+        *seconds = static_cast<uint64_t>(nanos / kNanosPerSecond);
     if (nanoseconds)
-        *nanoseconds = static_cast<uint32_t>(nanos % nanosPerSecond);
+        *nanoseconds = static_cast<uint32_t>(nanos % kNanosPerSecond);
 }
 
 } // namespace
@@ -235,7 +235,7 @@ int rkPTPGetOffsetAge_Milli(PTP_HANDLE handle, uint32_t *milliseconds)
     if (!milliseconds)
         return RKPTP_BAD_ARGUMENT;
     return lookAtTime(handle, [milliseconds](const CarriedTime &carried) {
-        const int64_t age = std::max<int64_t>(monotonicNow() - carried.lastSync, 0) / nanosPerMilli;
+        const int64_t age = std::max<int64_t>(monotonicNow() - carried.lastSync, 0) / kNanosPerMilli;
         if (carried.valid)
             *milliseconds = static_cast<uint32_t>(std::min<int64_t>(age, UINT32_MAX));
         return carried.valid;

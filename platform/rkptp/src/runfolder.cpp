@@ -16,17 +16,17 @@ namespace rkptp {
 
 namespace {
 
-constexpr const char *lockName = "lock";
+constexpr const char *kLockName = "lock";
 // "/ptp-XXXXXX/" and the name of a socket in it.
-constexpr size_t roomForNames = 40;
+constexpr size_t kRoomForNames = 40;
 
 // For when every name that is ours by rule is taken or cannot be made: names that nobody can take beforehand.
-constexpr const char *lastResort = "/tmp";
+constexpr const char *kLastResort = "/tmp";
 
 // Longer paths do not fit a socket's address.
 bool hasRoom(const std::string &parent)
 {
-    return parent.size() + roomForNames <= sizeof(sockaddr_un::sun_path);
+    return parent.size() + kRoomForNames <= sizeof(sockaddr_un::sun_path);
 }
 
 std::vector<std::string> entriesOf(int folder)
@@ -76,7 +76,7 @@ void sweep(int parent, const std::string &prefix)
         if (name.compare(0, prefix.size(), prefix) != 0)
             continue;
         const Descriptor lock(
-            openat(parent, (name + "/" + lockName).c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+            openat(parent, (name + "/" + kLockName).c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
         if (lock.valid() && flock(lock.get(), LOCK_EX | LOCK_NB) == 0)
             removeFolder(parent, name);
     }
@@ -86,7 +86,7 @@ void sweep(int parent, const std::string &prefix)
 Descriptor takeLock(const std::string &folder)
 {
     Descriptor lock(
-        open((folder + "/" + lockName).c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+        open((folder + "/" + kLockName).c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     struct stat info {};
     if (!lock.valid() || flock(lock.get(), LOCK_EX | LOCK_NB) != 0 || fstat(lock.get(), &info) != 0 ||
         info.st_nlink == 0)
@@ -98,11 +98,11 @@ Descriptor takeLock(const std::string &folder)
 
 bool RunFolder::prepareIn(const Descriptor &parent, const std::string &path, const char *prefix)
 {
-    constexpr int tries = 3;
+    constexpr int kTries = 3;
     if (!parent.valid() || !hasRoom(path))
         return false;
     sweep(parent.get(), prefix);
-    for (int i = 0; i < tries && !m_lock.valid(); ++i) {
+    for (int i = 0; i < kTries && !m_lock.valid(); ++i) {
         m_path = path + "/" + prefix + "XXXXXX";
         if (!mkdtemp(m_path.data()))
             return false;
@@ -120,7 +120,7 @@ bool RunFolder::prepare()
     for (const rk::RuntimeFolder &place : rk::runtimeFolders())
         if (prepareIn(rk::openPrivate(place.path, place.parents), place.path, "ptp-"))
             return true;
-    return prepareIn(openShared(lastResort), lastResort, "corvel-ptp-");
+    return prepareIn(openShared(kLastResort), kLastResort, "corvel-ptp-");
 }
 
 void RunFolder::remove()

@@ -13,12 +13,14 @@ namespace rkptp {
 
 namespace {
 
-constexpr int64_t settleTime = 300 * nanosPerMilli; // after the last wish: the domain arrives after the start
-constexpr int64_t searchInterval = 5 * nanosPerSecond;
-constexpr int64_t lookInterval = 1 * nanosPerSecond; // between looks for somebody else on the PTP ports
-constexpr int64_t confirmTime = 200 * nanosPerMilli; // one of ours that ends has sockets, but no command line
-constexpr int64_t loneliness = 2 * nanosPerSecond;   // without a master, before others are listened to
-constexpr int64_t patience = 2 * nanosPerSecond;     // before another grandmaster is worth a line in the log
+constexpr int64_t kSettleTime =
+    300 * kNanosPerMilli; // after the last wish: the domain arrives after the start
+constexpr int64_t kSearchInterval = 5 * kNanosPerSecond;
+constexpr int64_t kLookInterval = 1 * kNanosPerSecond; // between looks for somebody else on the PTP ports
+constexpr int64_t kConfirmTime =
+    200 * kNanosPerMilli;                            // one of ours that ends has sockets, but no command line
+constexpr int64_t kLoneliness = 2 * kNanosPerSecond; // without a master, before others are listened to
+constexpr int64_t kPatience = 2 * kNanosPerSecond;   // before another grandmaster is worth a line in the log
 
 // Kinds of log lines; each is written at most once a minute.
 enum LogKind { NoInterface, NoLauncher, NoFolder, NoStart, Ended, Silent, OtherGrandmaster, Fault };
@@ -65,7 +67,7 @@ int64_t Worker::settleSeat(Id id, Seat &seat, int64_t now)
     if (seat.child && now >= seat.lookAt)
         giveWay(id, seat, now);
     if (!seat.child && (seat.wanted.readsOnly || !adopt(id, seat))) {
-        const int64_t startAt = std::max(seat.wanted.changedAt + settleTime, seat.retryAt);
+        const int64_t startAt = std::max(seat.wanted.changedAt + kSettleTime, seat.retryAt);
         if (now < startAt)
             return startAt;
         startChild(id, seat, now);
@@ -79,11 +81,11 @@ int64_t Worker::settleSeat(Id id, Seat &seat, int64_t now)
 // closely.
 size_t Worker::ownSockets(const std::vector<Interface> &interfaces) const
 {
-    constexpr size_t perInterface = 2;
+    constexpr size_t kPerInterface = 2;
     size_t sockets = 0;
     const auto add = [&](const std::unique_ptr<Child> &child) {
         if (child && !child->ofSystem())
-            sockets += perInterface * common(child->interfaces(), interfaces);
+            sockets += kPerInterface * common(child->interfaces(), interfaces);
     };
     for (const auto &[id, seat] : m_seats)
         add(seat.child);
@@ -99,7 +101,7 @@ Worker::Look Worker::look(Seat &seat, const std::vector<Interface> &interfaces, 
     const size_t own = seat.child ? ownSockets(interfaces) : 0;
     const auto found = findSystemClient(interfaces, own, seat.system.inode);
     // From now on, not from before: on a busy machine a look takes its time.
-    seat.lookAt = monotonicNow() + lookInterval;
+    seat.lookAt = monotonicNow() + kLookInterval;
     if (!found) {
         seat.system = SystemClient();
         return Look::Free;
@@ -108,9 +110,9 @@ Worker::Look Worker::look(Seat &seat, const std::vector<Interface> &interfaces, 
         seat.system = *found;
         seat.systemSince = now;
     }
-    if (now - seat.systemSince >= confirmTime)
+    if (now - seat.systemSince >= kConfirmTime)
         return Look::Taken;
-    seat.lookAt = seat.systemSince + confirmTime;
+    seat.lookAt = seat.systemSince + kConfirmTime;
     return Look::Suspect;
 }
 
@@ -150,7 +152,7 @@ void Worker::block(Id id, Seat &seat, int64_t now)
     if (std::exchange(seat.systemLogged, seat.system.inode) != seat.system.inode)
         ErrOut("PTP: %s", seat.detail.c_str());
     seat.child.reset();
-    fail(id, seat, now + (seat.wanted.readsOnly ? searchInterval : lookInterval));
+    fail(id, seat, now + (seat.wanted.readsOnly ? kSearchInterval : kLookInterval));
 }
 
 // Nobody else has the ports: then another program of the house may have a ptp4l, which answers us as well.
@@ -164,7 +166,7 @@ void Worker::readHouse(Id id, Seat &seat, std::vector<Interface> interfaces, int
         return publish(id, seat.child->key(), seat.child->view());
     }
     seat.trouble = Trouble::None;
-    fail(id, seat, now + searchInterval);
+    fail(id, seat, now + kSearchInterval);
 }
 
 // ---- the masters of all domains --------------------------------------------------------------------
@@ -178,11 +180,11 @@ int64_t Worker::settleListener(Seat &seat, int64_t now)
                         (seen.state == ClientState::Listening || seen.state == ClientState::Faulty ||
                          (seen.state == ClientState::Following && !seen.carried.freshAt(now)));
     seat.lonelySince = !lonely ? 0 : seat.lonelySince == 0 ? now : seat.lonelySince;
-    const bool listen = seat.wanted.wantsMasters || (lonely && now - seat.lonelySince >= loneliness);
+    const bool listen = seat.wanted.wantsMasters || (lonely && now - seat.lonelySince >= kLoneliness);
     if (listen && !seat.listener)
         seat.listener = std::make_unique<Listener>();
     if (!seat.listener)
-        return lonely ? seat.lonelySince + loneliness : INT64_MAX;
+        return lonely ? seat.lonelySince + kLoneliness : INT64_MAX;
     seat.listener->want(listen && runnable(seat.wanted) ? seat.interfaces : std::vector<Interface>(), now);
     return seat.listener->nextDue(now);
 }
@@ -232,7 +234,7 @@ void Worker::startChild(Id id, Seat &seat, int64_t now)
         seat.detail = noInterface(seat.wanted.key.address);
         if (m_logLimit.allowed(NoInterface, now))
             ErrOut("PTP: %s", seat.detail.c_str());
-        return fail(id, seat, now + searchInterval);
+        return fail(id, seat, now + kSearchInterval);
     }
     seat.interfaces = interfaces;
     const Look seen = look(seat, interfaces, now);
@@ -335,7 +337,7 @@ void Worker::childSilent(Id id, Seat &seat, int64_t now)
 {
     if (seat.child->ofSystem()) {
         replace(id, seat, now);
-        seat.retryAt = now + lookInterval;
+        seat.retryAt = now + kLookInterval;
         return;
     }
     seat.trouble = Trouble::Failed;
@@ -358,7 +360,7 @@ void Worker::watch(Seat &seat, int64_t now)
         seat.otherSince = 0;
     else if (seat.otherSince == 0)
         seat.otherSince = now;
-    else if (!seat.otherLogged && now - seat.otherSince > patience &&
+    else if (!seat.otherLogged && now - seat.otherSince > kPatience &&
              m_logLimit.allowed(OtherGrandmaster, now)) {
         seat.otherLogged = true;
         const std::string asked = formatIdentity(seat.wanted.wish.id);

@@ -9,16 +9,16 @@ namespace rkptp {
 
 namespace {
 
-constexpr int64_t second = nanosPerSecond;
-constexpr int64_t startWindow = 5 * second; // at most startCount starts of any client within it
-constexpr size_t startCount = 5;
-constexpr int64_t failureWindow = 10 * second;
-constexpr size_t failureCount = 3;
-constexpr int64_t shortRest = 1 * second;
-constexpr int64_t firstLongRest = 5 * second;
-constexpr int64_t longestRest = 60 * second;
-constexpr int64_t forgetAfter = 60 * second;
-constexpr int64_t logInterval = 60 * second;
+constexpr int64_t kSecond = kNanosPerSecond;
+constexpr int64_t kStartWindow = 5 * kSecond; // at most startCount starts of any client within it
+constexpr size_t kStartCount = 5;
+constexpr int64_t kFailureWindow = 10 * kSecond;
+constexpr size_t kFailureCount = 3;
+constexpr int64_t kShortRest = 1 * kSecond;
+constexpr int64_t kFirstLongRest = 5 * kSecond;
+constexpr int64_t kLongestRest = 60 * kSecond;
+constexpr int64_t kForgetAfter = 60 * kSecond;
+constexpr int64_t kLogInterval = 60 * kSecond;
 
 void dropOlder(std::deque<int64_t> &times, int64_t limit)
 {
@@ -31,8 +31,8 @@ void dropOlder(std::deque<int64_t> &times, int64_t limit)
 int64_t SpawnLimit::allowedAt(const std::string &key, int64_t now) const
 {
     int64_t at = now;
-    if (m_starts.size() >= startCount)
-        at = std::max(at, m_starts[m_starts.size() - startCount] + startWindow);
+    if (m_starts.size() >= kStartCount)
+        at = std::max(at, m_starts[m_starts.size() - kStartCount] + kStartWindow);
     const auto row = m_failures.find(key);
     return row == m_failures.end() ? at : std::max(at, row->second.blockedUntil);
 }
@@ -46,28 +46,28 @@ bool SpawnLimit::failing(const std::string &key, int64_t now) const
 void SpawnLimit::started(int64_t now)
 {
     m_starts.push_back(now);
-    while (m_starts.size() > startCount)
+    while (m_starts.size() > kStartCount)
         m_starts.pop_front();
 }
 
 void SpawnLimit::failed(const std::string &key, int64_t now)
 {
     for (auto row = m_failures.begin(); row != m_failures.end();)
-        row = now > row->second.blockedUntil + forgetAfter ? m_failures.erase(row) : std::next(row);
+        row = now > row->second.blockedUntil + kForgetAfter ? m_failures.erase(row) : std::next(row);
     Failures &failures = m_failures[key];
-    dropOlder(failures.recent, now - failureWindow);
+    dropOlder(failures.recent, now - kFailureWindow);
     failures.recent.push_back(now);
     if (failures.rest > 0)
-        failures.rest = std::min(failures.rest * 2, longestRest);
-    else if (failures.recent.size() >= failureCount)
-        failures.rest = firstLongRest;
-    failures.blockedUntil = now + (failures.rest > 0 ? failures.rest : shortRest);
+        failures.rest = std::min(failures.rest * 2, kLongestRest);
+    else if (failures.recent.size() >= kFailureCount)
+        failures.rest = kFirstLongRest;
+    failures.blockedUntil = now + (failures.rest > 0 ? failures.rest : kShortRest);
 }
 
 bool LogLimit::allowed(int kind, int64_t now)
 {
     const auto row = m_last.find(kind);
-    if (row != m_last.end() && now - row->second < logInterval)
+    if (row != m_last.end() && now - row->second < kLogInterval)
         return false;
     m_last[kind] = now;
     return true;

@@ -10,15 +10,15 @@ namespace {
 
 // Larger jumps of realtime against monotonic than this are a step of the system clock, not the time between
 // two reads.
-constexpr int64_t stepThreshold = 200000;
-constexpr int64_t goodReadingSpan = 20000;
-constexpr int readingTries = 5;
+constexpr int64_t kStepThreshold = 200000;
+constexpr int64_t kGoodReadingSpan = 20000;
+constexpr int kReadingTries = 5;
 
 int64_t readClock(clockid_t clock)
 {
     timespec now{};
     clock_gettime(clock, &now);
-    return now.tv_sec * nanosPerSecond + now.tv_nsec;
+    return now.tv_sec * kNanosPerSecond + now.tv_nsec;
 }
 
 } // namespace
@@ -32,7 +32,7 @@ ClockReading readClocks()
 {
     ClockReading best;
     int64_t bestSpan = INT64_MAX;
-    for (int i = 0; i < readingTries && bestSpan > goodReadingSpan; ++i) {
+    for (int i = 0; i < kReadingTries && bestSpan > kGoodReadingSpan; ++i) {
         const int64_t before = monotonicNow();
         const int64_t realtime = readClock(CLOCK_REALTIME);
         const int64_t span = monotonicNow() - before;
@@ -47,7 +47,7 @@ ClockReading readClocks()
 bool Timebase::basisChanged(const SyncSample &sample, const ClockReading &now)
 {
     const int64_t difference = now.realtime - now.monotonic;
-    const bool stepped = std::llabs(difference - m_clockDifference) > stepThreshold;
+    const bool stepped = std::llabs(difference - m_clockDifference) > kStepThreshold;
     const bool changed = !m_started || stepped || !(sample.basis == m_basis);
     m_started = true;
     m_clockDifference = difference;
@@ -67,7 +67,7 @@ bool Timebase::feed(const SyncSample &sample, const ClockReading &now)
         sample.ingressTime > now.realtime)
         return false;
     m_lastIngress = sample.ingressTime;
-    const int64_t utc = sample.basis.ptpTimescale ? sample.basis.appliedUtcOffset * nanosPerSecond : 0;
+    const int64_t utc = sample.basis.ptpTimescale ? sample.basis.appliedUtcOffset * kNanosPerSecond : 0;
     m_carried.valid = true;
     m_carried.offset = sample.masterOffset;
     m_carried.ptpMinusMono = now.realtime - sample.masterOffset + utc - now.monotonic;

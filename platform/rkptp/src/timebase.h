@@ -8,11 +8,11 @@
 
 namespace rkptp {
 
-constexpr int64_t nanosPerSecond = 1000000000;
-constexpr int64_t nanosPerMilli = 1000000;
+constexpr int64_t kNanosPerSecond = 1000000000;
+constexpr int64_t kNanosPerMilli = 1000000;
 
 /* No sync for longer than this: not locked any more. */
-constexpr int64_t syncFreshness = 3 * nanosPerSecond;
+constexpr int64_t kSyncFreshness = 3 * kNanosPerSecond;
 
 /* The system's two clocks, read together. Nanoseconds. */
 struct ClockReading {
@@ -55,7 +55,7 @@ struct CarriedTime {
     int64_t offset = 0;       // own clock minus master at the last sync, nanoseconds
     int64_t lastSync = 0;     // CLOCK_MONOTONIC of the last usable sync
 
-    bool freshAt(int64_t mono) const { return valid && mono - lastSync <= syncFreshness; }
+    bool freshAt(int64_t mono) const { return valid && mono - lastSync <= kSyncFreshness; }
 };
 
 class Timebase {

@@ -15,16 +15,16 @@ namespace rkptp {
 namespace wire {
 
 // Where the fields of the header stand, which is 34 bytes long.
-constexpr size_t atType = 0;
-constexpr size_t atVersion = 1;
-constexpr size_t atLength = 2;
-constexpr size_t atDomain = 4;
-constexpr size_t atSource = 20;
-constexpr size_t atSequence = 30;
-constexpr size_t atControl = 32;
-constexpr size_t atInterval = 33;
+constexpr size_t kAtType = 0;
+constexpr size_t kAtVersion = 1;
+constexpr size_t kAtLength = 2;
+constexpr size_t kAtDomain = 4;
+constexpr size_t kAtSource = 20;
+constexpr size_t kAtSequence = 30;
+constexpr size_t kAtControl = 32;
+constexpr size_t kAtInterval = 33;
 
-constexpr uint8_t ptpVersion = 2;
+constexpr uint8_t kPtpVersion = 2;
 
 inline uint16_t get16(const uint8_t *at)
 {
@@ -45,7 +45,7 @@ inline PortId getPort(const uint8_t *at)
 
 inline bool isMessage(const uint8_t *bytes, uint8_t type)
 {
-    return (bytes[atType] & 0x0f) == type && (bytes[atVersion] & 0x0f) == ptpVersion;
+    return (bytes[kAtType] & 0x0f) == type && (bytes[kAtVersion] & 0x0f) == kPtpVersion;
 }
 
 } // namespace wire

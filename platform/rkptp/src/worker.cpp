@@ -12,8 +12,8 @@ namespace rkptp {
 
 namespace {
 
-constexpr size_t fdsPerChild = 3;
-constexpr size_t fdsPerListener = 2;
+constexpr size_t kFdsPerChild = 3;
+constexpr size_t kFdsPerListener = 2;
 
 void addFds(std::vector<pollfd> &fds, Child &child)
 {
@@ -25,7 +25,7 @@ void addFds(std::vector<pollfd> &fds, Child &child)
 timespec timeUntil(int64_t until, int64_t now)
 {
     const int64_t left = std::max<int64_t>(until - now, 0);
-    return {static_cast<time_t>(left / nanosPerSecond), static_cast<long>(left % nanosPerSecond)};
+    return {static_cast<time_t>(left / kNanosPerSecond), static_cast<long>(left % kNanosPerSecond)};
 }
 
 } // namespace
@@ -200,24 +200,24 @@ void Worker::dispatch(const pollfd *fds, int64_t now)
     for (Parked &parked : m_parked) {
         if (serveSpare(*parked.child, fds, now))
             parked.child.reset();
-        fds += fdsPerChild;
+        fds += kFdsPerChild;
     }
     for (auto &child : m_ending) {
         if (serveSpare(*child, fds, now))
             child.reset();
-        fds += fdsPerChild;
+        fds += kFdsPerChild;
     }
     for (auto &[id, seat] : m_seats) {
         if (!seat.listener)
             continue;
         serveListener(id, seat, fds, now);
-        fds += fdsPerListener;
+        fds += kFdsPerListener;
     }
     for (auto &[id, seat] : m_seats) {
         if (!seat.child)
             continue;
         serve(id, seat, fds, now);
-        fds += fdsPerChild;
+        fds += kFdsPerChild;
     }
     m_parked.erase(std::remove_if(m_parked.begin(), m_parked.end(), [](const Parked &p) { return !p.child; }),
                    m_parked.end());
@@ -237,9 +237,9 @@ bool Worker::serveSpare(Child &child, const pollfd *fds, int64_t now)
 
 void Worker::park(std::unique_ptr<Child> child, int64_t now)
 {
-    constexpr int64_t parkTime = 300 * nanosPerMilli;
+    constexpr int64_t kParkTime = 300 * kNanosPerMilli;
     if (child && !child->ofSystem())
-        m_parked.push_back({std::move(child), now + parkTime});
+        m_parked.push_back({std::move(child), now + kParkTime});
 }
 
 void Worker::end(std::unique_ptr<Child> child, int64_t now)

@@ -20,10 +20,10 @@ namespace {
 
 enum ExitCode { exitLocked = 0, exitNotLocked = 1, exitUsage = 2, exitNoClient = 3 };
 
-constexpr int tickMs = 100;
-constexpr int listenMs = 5000; // twice the usual time between announces, and a little more
+constexpr int kTickMs = 100;
+constexpr int kListenMs = 5000; // twice the usual time between announces, and a little more
 
-constexpr const char *usage =
+constexpr const char *kUsage =
     "Usage: ptpstatus [-awJ] [-i INTERFACE] [-d DOMAIN] [-g GRANDMASTER] [-t SECONDS]\n"
     "\n"
     "  -a, --all              list the masters of all domains, also when locked\n"
@@ -56,7 +56,7 @@ int complain(int code, const std::string &text)
 
 void sleepTick()
 {
-    const timespec tick{0, tickMs * 1000000L};
+    const timespec tick{0, kTickMs * 1000000L};
     nanosleep(&tick, nullptr);
 }
 
@@ -90,11 +90,11 @@ int once(PTP_HANDLE handle, const Options &options)
 {
     int status = rkPTPGetStatus(handle, 0);
     int ms = 0;
-    for (; ms < options.seconds * 1000 && !hasMaster(status) && status != RKPTP_NO_CLIENT; ms += tickMs) {
+    for (; ms < options.seconds * 1000 && !hasMaster(status) && status != RKPTP_NO_CLIENT; ms += kTickMs) {
         sleepTick();
         status = rkPTPGetStatus(handle, 0);
     }
-    for (; options.all && ms < listenMs && status != RKPTP_NO_CLIENT; ms += tickMs)
+    for (; options.all && ms < kListenMs && status != RKPTP_NO_CLIENT; ms += kTickMs)
         sleepTick();
     return tell(handle, options);
 }
@@ -110,12 +110,12 @@ std::string watchLine(PTP_HANDLE handle, const Options &options)
 
 [[noreturn]] void watch(PTP_HANDLE handle, const Options &options)
 {
-    constexpr int linesEvery = 10; // ticks; on a terminal the line is written over more often
+    constexpr int kLinesEvery = 10; // ticks; on a terminal the line is written over more often
     const bool terminal = isatty(STDOUT_FILENO) != 0 && !options.json;
     int last = RKPTP_NO_CLIENT - 1;
     for (int tick = 0;; ++tick) {
         const int status = rkPTPGetStatus(handle, 0);
-        const bool due = terminal ? tick % (linesEvery / 5) == 0 : tick % linesEvery == 0;
+        const bool due = terminal ? tick % (kLinesEvery / 5) == 0 : tick % kLinesEvery == 0;
         if (due || status != last) {
             printf(terminal ? "\r\033[K%s" : "%s\n", watchLine(handle, options).c_str());
             // Nobody reads any more: end, as a filter does.
@@ -174,7 +174,7 @@ bool readNumber(const char *text, unsigned max, unsigned &number)
     return true;
 }
 
-const option longOptions[] = {
+const option kLongOptions[] = {
     {"all", no_argument, nullptr, 'a'},           {"watch", no_argument, nullptr, 'w'},
     {"json", no_argument, nullptr, 'J'},          {"interface", required_argument, nullptr, 'i'},
     {"domain", required_argument, nullptr, 'd'},  {"grandmaster", required_argument, nullptr, 'g'},
@@ -211,7 +211,7 @@ bool takeOption(int option, Options &options)
         options.seconds = static_cast<int>(seconds);
         return true;
     case 'h':
-        printAndEnd(usage);
+        printAndEnd(kUsage);
     case 'V':
         printAndEnd("ptpstatus " PTPSTATUS_VERSION "\n");
     }
@@ -220,7 +220,7 @@ bool takeOption(int option, Options &options)
 
 bool readOptions(int argc, char **argv, Options &options)
 {
-    for (int found = 0; (found = getopt_long(argc, argv, "awJi:d:g:t:hV", longOptions, nullptr)) != -1;)
+    for (int found = 0; (found = getopt_long(argc, argv, "awJi:d:g:t:hV", kLongOptions, nullptr)) != -1;)
         if (!takeOption(found, options))
             return false;
     return optind == argc;

@@ -39,13 +39,13 @@ std::string masterText(const View &view)
 }
 
 // The words of a state, by its number.
-const char *const stateNames[] = {"not running", "starting",     "locked",      "other master",  "no master",
-                                  "stale",       "no interface", "not allowed", "system client", "failed"};
+const char *const kStateNames[] = {"not running", "starting",     "locked",      "other master",  "no master",
+                                   "stale",       "no interface", "not allowed", "system client", "failed"};
 
 const char *nameOf(int state)
 {
-    const bool known = state >= 0 && static_cast<size_t>(state) < std::size(stateNames);
-    return known ? stateNames[state] : "unknown";
+    const bool known = state >= 0 && static_cast<size_t>(state) < std::size(kStateNames);
+    return known ? kStateNames[state] : "unknown";
 }
 
 // Texts of the library are UTF-8; what JSON has no room for in them is quoted.

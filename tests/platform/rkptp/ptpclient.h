@@ -12,9 +12,9 @@
 
 #include <ctime>
 
-constexpr qint64 nanosPerSecond = 1000000000;
-constexpr qint64 tolerance = nanosPerSecond / 1000; // of a client's time
-constexpr int lockTimeout = 60000;                  // ms; generous, a loaded machine is no failure
+constexpr qint64 kNanosPerSecond = 1000000000;
+constexpr qint64 tolerance = kNanosPerSecond / 1000; // of a client's time
+constexpr int lockTimeout = 60000;                   // ms; generous, a loaded machine is no failure
 
 /* The lines written to the log since the last call. ErrOut of rkos is replaced in these programs. */
 QByteArrayList takeLog();
@@ -23,7 +23,7 @@ inline qint64 systemTime()
 {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    return now.tv_sec * nanosPerSecond + now.tv_nsec;
+    return now.tv_sec * kNanosPerSecond + now.tv_nsec;
 }
 
 using TextGetter = int (*)(PTP_HANDLE, char *);
@@ -63,7 +63,7 @@ public:
         const qint64 after = systemTime();
         if (result)
             *result = code;
-        const qint64 time = static_cast<qint64>(seconds) * nanosPerSecond + nanoseconds;
+        const qint64 time = static_cast<qint64>(seconds) * kNanosPerSecond + nanoseconds;
         return time < before ? time - before : time > after ? time - after : 0;
     }
 
@@ -82,7 +82,7 @@ public:
             last = offset;
             return offsets <= 0;
         };
-        return QTest::qWaitFor(came, 2 * lockTimeout) ? worst : 1000 * nanosPerSecond;
+        return QTest::qWaitFor(came, 2 * lockTimeout) ? worst : 1000 * kNanosPerSecond;
     }
 
 private:

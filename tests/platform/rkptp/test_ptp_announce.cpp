@@ -99,11 +99,11 @@ private slots:
     {
         QTest::addColumn<int>("interval");
         QTest::addColumn<qint64>("patience");
-        QTest::newRow("every 2 s") << 1 << qint64{8 * nanosPerSecond};
-        QTest::newRow("every second") << 0 << qint64{4 * nanosPerSecond};
-        QTest::newRow("eight a second") << -3 << qint64{3 * nanosPerSecond};
-        QTest::newRow("absurdly seldom") << 127 << qint64{256 * nanosPerSecond};
-        QTest::newRow("absurdly often") << -128 << qint64{3 * nanosPerSecond};
+        QTest::newRow("every 2 s") << 1 << qint64{8 * kNanosPerSecond};
+        QTest::newRow("every second") << 0 << qint64{4 * kNanosPerSecond};
+        QTest::newRow("eight a second") << -3 << qint64{3 * kNanosPerSecond};
+        QTest::newRow("absurdly seldom") << 127 << qint64{256 * kNanosPerSecond};
+        QTest::newRow("absurdly often") << -128 << qint64{3 * kNanosPerSecond};
     }
     void whoIsSilentIsForgotten()
     {

@@ -181,7 +181,7 @@ void TestPtpChildren::handlesWithoutAClient()
     }
     uint64_t seconds = 0;
     QCOMPARE(rkPTPGetTime_Nano(handle, &seconds, nullptr), RKPTP_NO_CLIENT);
-    QVERIFY(qAbs(static_cast<qint64>(seconds) - systemTime() / nanosPerSecond) <= 1);
+    QVERIFY(qAbs(static_cast<qint64>(seconds) - systemTime() / kNanosPerSecond) <= 1);
     QCOMPARE(rkPTPGetTime_Nano(handle, nullptr, nullptr), RKPTP_NO_CLIENT);
     int64_t offset = 42;
     QCOMPARE(rkPTPGetOffset_Nano(handle, &offset), RKPTP_NO_CLIENT);

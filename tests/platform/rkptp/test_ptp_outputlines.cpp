@@ -26,7 +26,7 @@ void TestPtpOutputLines::last_data()
     QTest::newRow("control characters") << QByteArray("o\tn\re\n") << QByteArray("one");
     QTest::newRow("own semicolon") << QByteArray("a; b\nc; d\n") << QByteArray("a; b; c; d");
     QTest::newRow("three with semicolons") << QByteArray("x\na; b\nc; d\n") << QByteArray("a; b; c; d");
-    QTest::newRow("long") << QByteArray(500, 'x') + '\n' << QByteArray(OutputLines::longestLine, 'x');
+    QTest::newRow("long") << QByteArray(500, 'x') + '\n' << QByteArray(OutputLines::kLongestLine, 'x');
 }
 
 void TestPtpOutputLines::last()

@@ -8,7 +8,7 @@ using namespace rkptp;
 
 namespace {
 
-constexpr int64_t now = 1000 * nanosPerSecond;
+constexpr int64_t now = 1000 * kNanosPerSecond;
 
 Circumstances circumstances(ClientState state)
 {
@@ -17,7 +17,7 @@ Circumstances circumstances(ClientState state)
     all.domain = 127;
     all.now = now;
     all.seen.state = state;
-    all.seen.since = now - 12 * nanosPerSecond;
+    all.seen.since = now - 12 * kNanosPerSecond;
     all.seen.setInterfaces({{"eth1", "10.0.0.1", 3}});
     return all;
 }
@@ -84,7 +84,7 @@ private slots:
         row("an unreadable wish", all, RKPTP_STATE_OTHER_MASTER,
             "follows 00-1D-C1-FF-FE-01-02-03 in domain 127 on eth1; asked was an identity that cannot be "
             "read");
-        row("stale", following(7 * nanosPerSecond), RKPTP_STATE_STALE,
+        row("stale", following(7 * kNanosPerSecond), RKPTP_STATE_STALE,
             "no sync on eth1, domain 127, for 7 s; time and offset are carried on from the last one");
         all = circumstances(ClientState::Listening);
         row("no master", all, RKPTP_STATE_NO_MASTER,

@@ -11,7 +11,7 @@ using namespace rkptp;
 
 namespace {
 
-constexpr int64_t second = nanosPerSecond;
+constexpr int64_t second = kNanosPerSecond;
 constexpr int64_t tai = 1700000037 * second; // the master's time when the monotonic clock was 0
 
 // A system whose clock stands `offset` before the master's UTC, and the master's syncs as ptp4l reports them.
@@ -171,8 +171,8 @@ void TestPtpTimebase::frozenIngressIsNoSync()
         QVERIFY(!scene.base.feed(frozen, {scene.realtimeAt(at), at}));
     }
     QCOMPARE(scene.base.carried().lastSync, last);
-    QVERIFY(scene.base.carried().freshAt(last + syncFreshness));
-    QVERIFY(!scene.base.carried().freshAt(last + syncFreshness + 1));
+    QVERIFY(scene.base.carried().freshAt(last + kSyncFreshness));
+    QVERIFY(!scene.base.carried().freshAt(last + kSyncFreshness + 1));
 }
 
 void TestPtpTimebase::ingressFromTheFutureIsNotTaken()
@@ -236,7 +236,7 @@ void TestPtpTimebase::statusNumbers()
     snapshot.grandmaster = there;
     snapshot.carried.valid = syncAge >= 0;
     const int64_t now = 1000 * second;
-    snapshot.carried.lastSync = now - syncAge * nanosPerMilli;
+    snapshot.carried.lastSync = now - syncAge * kNanosPerMilli;
     QCOMPARE(statusOf(snapshot, wishes[wish], now), status);
 }
 
