@@ -72,7 +72,8 @@ KeptWrites readStep(const QJsonObject &step)
 {
     KeptWrites read;
     read.configuration = step.value(QStringLiteral("configuration")).toString();
-    for (const QJsonValue &row : step.value(QStringLiteral("writes")).toArray()) {
+    const QJsonArray rows = step.value(QStringLiteral("writes")).toArray();
+    for (const QJsonValue &row : rows) {
         StoreChange write;
         write.path = row[QStringLiteral("path")].toString().toLatin1();
         write.name = row[QStringLiteral("name")].toString().toLatin1();
@@ -89,8 +90,9 @@ std::optional<QVector<KeptWrites>> readSteps(const QByteArray &text)
     const QJsonDocument document = QJsonDocument::fromJson(text);
     if (!document.isArray())
         return std::nullopt;
+    const QJsonArray list = document.array();
     QVector<KeptWrites> steps;
-    for (const QJsonValue &step : document.array())
+    for (const QJsonValue &step : list)
         steps.append(readStep(step.toObject()));
     return steps;
 }
