@@ -4,11 +4,13 @@
 #include <cstdio>
 #include <ctime>
 #include <iterator>
+#include <nlohmann/json.hpp>
 
 namespace ptpstatus {
 
 namespace {
 
+using Json = nlohmann::ordered_json;
 using TextGetter = int (*)(PTP_HANDLE, char *);
 
 std::string textOf(TextGetter getter, PTP_HANDLE handle)
@@ -48,38 +50,19 @@ const char *nameOf(int state)
     return known ? kStateNames[state] : "unknown";
 }
 
-// Texts of the library are UTF-8; what JSON has no room for in them is quoted.
-std::string quoted(const std::string &text)
+Json toJson(const RKPTP_MASTER &master)
 {
-    std::string out = "\"";
-    for (const char c : text) {
-        char escape[8];
-        snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(static_cast<unsigned char>(c)));
-        const bool control = static_cast<unsigned char>(c) < 0x20;
-        if (c == '"' || c == '\\')
-            out += '\\';
-        out += control ? std::string(escape) : std::string(1, c);
-    }
-    return out + '"';
-}
-
-std::string field(const char *name, const std::string &value)
-{
-    return std::string("\"") + name + "\":" + value;
-}
-
-std::string asJson(const RKPTP_MASTER &master)
-{
-    return "{" + field("domain", std::to_string(master.domain)) + "," +
-           field("grandmaster", quoted(master.grandmaster)) + "," + field("port", quoted(master.sourcePort)) +
-           "," + field("interface", quoted(master.interface)) + "," +
-           field("priority1", std::to_string(master.priority1)) + "," +
-           field("clockClass", std::to_string(master.clockClass)) + "," +
-           field("clockAccuracy", std::to_string(master.clockAccuracy)) + "," +
-           field("variance", std::to_string(master.variance)) + "," +
-           field("priority2", std::to_string(master.priority2)) + "," +
-           field("stepsRemoved", std::to_string(master.stepsRemoved)) + "," +
-           field("ageMs", std::to_string(master.age_ms)) + "}";
+    return {{"domain", master.domain},
+            {"grandmaster", master.grandmaster},
+            {"port", master.sourcePort},
+            {"interface", master.interface},
+            {"priority1", master.priority1},
+            {"clockClass", master.clockClass},
+            {"clockAccuracy", master.clockAccuracy},
+            {"variance", master.variance},
+            {"priority2", master.priority2},
+            {"stepsRemoved", master.stepsRemoved},
+            {"ageMs", master.age_ms}};
 }
 
 } // namespace
@@ -150,17 +133,23 @@ std::string inWords(const RKPTP_MASTER &master)
 
 std::string asJson(const View &view, const std::vector<RKPTP_MASTER> &masters)
 {
-    std::string list;
+    Json list = Json::array();
     for (const RKPTP_MASTER &master : masters)
-        list += (list.empty() ? "" : ",") + asJson(master);
-    return "{" + field("status", std::to_string(view.status)) + "," +
-           field("state", quoted(nameOf(view.state))) + "," + field("reason", quoted(view.reason)) + "," +
-           field("systemClient", view.ofSystem ? "true" : "false") + "," +
-           field("domain", quoted(view.domain)) + "," + field("grandmaster", quoted(view.grandmaster)) + "," +
-           field("port", quoted(view.sourcePort)) + "," + field("address", quoted(view.address)) + "," +
-           field("offsetNs", view.offsetKnown ? std::to_string(view.offset) : "null") + "," +
-           field("offsetAgeMs", view.offsetKnown ? std::to_string(view.offsetAgeMs) : "null") + "," +
-           field("time", quoted(timeText(view))) + "," + field("masters", "[" + list + "]") + "}";
+        list.push_back(toJson(master));
+    const Json all = {{"status", view.status},
+                      {"state", nameOf(view.state)},
+                      {"reason", view.reason},
+                      {"systemClient", view.ofSystem},
+                      {"domain", view.domain},
+                      {"grandmaster", view.grandmaster},
+                      {"port", view.sourcePort},
+                      {"address", view.address},
+                      {"offsetNs", view.offsetKnown ? Json(view.offset) : Json()},
+                      {"offsetAgeMs", view.offsetKnown ? Json(view.offsetAgeMs) : Json()},
+                      {"time", timeText(view)},
+                      {"masters", list}};
+    // A text that is no UTF-8 (the name of an interface may be anything) is no reason to end.
+    return all.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 } // namespace ptpstatus
