@@ -133,7 +133,13 @@ int Process::start(const ProcessRequest &request)
     }
     // The process is ours to reap, so its number cannot have been given away yet.
     m_pidFd = Descriptor(pidfd_open(m_pid, 0));
-    return m_pidFd.valid() ? 0 : errno;
+    if (m_pidFd.valid())
+        return 0;
+    const int failure = errno;
+    // Unless the program lets the kernel reap its children: then the number may be anybody's by now.
+    if (failure == ESRCH)
+        m_pid = -1;
+    return failure;
 }
 
 void Process::signal(int number)
