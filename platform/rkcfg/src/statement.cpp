@@ -57,10 +57,12 @@ int Statement::run()
 
 void Statement::reset()
 {
+    m_failure = SQLITE_OK;
+    if (m_statement == nullptr) // which SQLite takes for a reset, but not here
+        return;
     // The failure was already told by the step.
     sqlite3_reset(m_statement);
     sqlite3_clear_bindings(m_statement);
-    m_failure = SQLITE_OK;
 }
 
 bool Statement::null(int column) const
