@@ -36,9 +36,12 @@ constexpr const char *upsertSql =
 
 constexpr const char *deleteSql = "DELETE FROM setting WHERE path = ?1 AND name = ?2";
 
-constexpr const char *listSql =
-    "SELECT path, name, value FROM setting"
-    " WHERE ?1 IS NULL OR path = ?1 OR substr(path, 1, length(?1) + 1) = ?1 || '\\' COLLATE NOCASE"
+constexpr const char *listSql = "SELECT path, name, value FROM setting ORDER BY path, name";
+
+// Behind "\\" comes "]": between the two bounds the index finds what is below, and a few neighbours.
+constexpr const char *listBelowSql =
+    "SELECT path, name, value FROM setting WHERE path >= ?1 AND path < ?1 || ']'"
+    " AND (path = ?1 OR substr(path, 1, length(?1) + 1) = ?1 || '\\' COLLATE NOCASE)"
     " ORDER BY path, name";
 // clang-format on
 
@@ -119,8 +122,8 @@ Result Connection::create(const std::string &path, const Manner &manner)
 Connection::~Connection()
 {
     m_history.forget();
-    for (Statement *statement :
-         {&m_select, &m_spelling, &m_upsert, &m_delete, &m_list, &m_begin, &m_commit, &m_dataVersion})
+    for (Statement *statement : {&m_select, &m_spelling, &m_upsert, &m_delete, &m_list, &m_listBelow,
+                                 &m_begin, &m_commit, &m_dataVersion})
         statement->finalize();
     sqlite3_close(m_db);
 }
@@ -199,10 +202,9 @@ int Connection::execute(const char *sql)
 Result Connection::prepareAll()
 {
     const std::pair<Statement *, const char *> statements[] = {
-        {&m_select, selectSql}, {&m_spelling, spellingSql},
-        {&m_upsert, upsertSql}, {&m_delete, deleteSql},
-        {&m_list, listSql},     {&m_begin, "BEGIN IMMEDIATE"},
-        {&m_commit, "COMMIT"},  {&m_dataVersion, "PRAGMA data_version"},
+        {&m_select, selectSql},        {&m_spelling, spellingSql}, {&m_upsert, upsertSql},
+        {&m_delete, deleteSql},        {&m_list, listSql},         {&m_listBelow, listBelowSql},
+        {&m_begin, "BEGIN IMMEDIATE"}, {&m_commit, "COMMIT"},      {&m_dataVersion, "PRAGMA data_version"},
     };
     int code = SQLITE_OK;
     for (const auto &[statement, sql] : statements) {
@@ -337,14 +339,15 @@ int Connection::remove(const Key &key)
 
 int Connection::forEach(const char *path, const Visitor &visitor)
 {
-    const Use use(m_list);
+    Statement &list = path != nullptr ? m_listBelow : m_list;
+    const Use use(list);
     if (path != nullptr)
-        m_list.bind(1, path);
+        list.bind(1, path);
     int code = SQLITE_OK;
-    while ((code = m_list.step()) == SQLITE_ROW) {
-        const std::string keyPath(m_list.text(0));
-        const std::string name(m_list.text(1));
-        visitor({keyPath.c_str(), name.c_str()}, m_list.value(2));
+    while ((code = list.step()) == SQLITE_ROW) {
+        const std::string keyPath(list.text(0));
+        const std::string name(list.text(1));
+        visitor({keyPath.c_str(), name.c_str()}, list.value(2));
     }
     return finished(code);
 }

@@ -124,6 +124,7 @@ private:
     Statement m_upsert;
     Statement m_delete;
     Statement m_list;
+    Statement m_listBelow;
     Statement m_begin;
     Statement m_commit;
     Statement m_dataVersion;

@@ -39,6 +39,7 @@ private slots:
     void saveOpensAndCloseForgives();
     void walkGoesInOrder();
     void walkStaysBelowItsPath();
+    void walkPassesOverNeighbours();
     void walkEndsWhenTold();
     void walkMayUseTheStore();
 
@@ -392,6 +393,24 @@ void TestRkcfgValues::walkStaysBelowItsPath()
     QCOMPARE(walk("KWX\\A\\"), QStringList());
     QCOMPARE(walk("K%"), words("K%|n|1"));
     QCOMPARE(walk("none"), QStringList());
+}
+
+// Those that stand beside it in the store's order, or would in another one.
+void TestRkcfgValues::walkPassesOverNeighbours()
+{
+    for (const char *path : {"k", "k\\b", "K\\C", "k\\c\\d", "k\xc3\xa4", "k]", "k[", "k\\]", "k 1", "k1\\b",
+                             "kz", "KA\\b", "k^", "k_", "k{", "\\k", "k\\\xff"})
+        putNumber(path, "n", 1);
+    QStringList below;
+    for (const QString &line : walk(nullptr)) {
+        const QString lower = line.toLower();
+        if (lower.startsWith(QLatin1String("k|")) || lower.startsWith(QLatin1String("k\\")))
+            below << line;
+    }
+    QCOMPARE(below.size(), 6);
+    QCOMPARE(walk("k"), below);
+    QCOMPARE(walk("K"), below);
+    QCOMPARE(walk(""), words("\\k|n|1"));
 }
 
 void TestRkcfgValues::walkEndsWhenTold()
