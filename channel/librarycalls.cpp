@@ -24,6 +24,7 @@ LibraryCalls lookAll()
     look(calls.history, "rkCFGHistory");
     look(calls.takeBack, "rkCFGTakeBack");
     look(calls.setNote, "rkCFGSetNote");
+    look(calls.note, "rkCFGNote");
     look(calls.forEachNote, "rkCFGForEachNote");
     look(calls.deleteConfiguration, "rkCFGDelete");
     look(calls.renameConfiguration, "rkCFGRename");

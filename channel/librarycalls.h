@@ -27,6 +27,7 @@ struct LibraryCalls {
     int (*takeBack)(void *handle, int64_t batch, int force, int dryRun, StoreRecordVisitor conflict,
                     void *context, int64_t *newBatch);
     int (*setNote)(void *handle, const char *owner, const char *key, const void *data, uint32_t size);
+    int (*note)(void *handle, const char *owner, const char *key, void *buffer, uint32_t *size);
     int (*forEachNote)(void *handle, const char *owner, StoreNoteVisitor visitor, void *context);
     int (*deleteConfiguration)(const char *utf8Name);
     int (*renameConfiguration)(const char *utf8Name, const char *newUtf8Name);

@@ -72,7 +72,14 @@ Board::Board(Role role, std::string prefix, const Rules &rules)
 Item &Board::item(const std::string &key)
 {
     m_dirty.insert(key);
+    m_unjudged.insert(key);
     return m_items[key];
+}
+
+void Board::doubtAll()
+{
+    for (const auto &[key, known] : m_items)
+        m_unjudged.insert(key);
 }
 
 // ------------------------------------------------------------------------------------------- what is heard
@@ -87,6 +94,7 @@ void Board::recall(const Memory &memory)
 
 void Board::setLocal(const Documents &documents)
 {
+    m_signed.clear();
     for (auto &[key, known] : m_items) {
         if (known.local && documents.count(key) == 0)
             item(key).local.reset();
@@ -125,6 +133,7 @@ void Board::setRemote(const Range &range, bool restored)
         known.seen = range.revision;
         m_dirty.insert(key);
     }
+    doubtAll();
 }
 
 // An event from before the last range read is old news.
@@ -170,6 +179,7 @@ void Board::landed(std::uint64_t push)
             known.landed = flight.push == push ? push : known.landed;
         m_dirty.insert(key);
     }
+    doubtAll();
 }
 
 void Board::pushed(const std::string &key, const Document &document, std::int64_t revision)
@@ -196,18 +206,42 @@ Action Board::actionOf(const Item &item) const
     return merge(m_role, stateOf(item.local), agreed, stateOf(item.remote), m_restored || item.gone, m_rules);
 }
 
-Transaction Board::localPart(const std::function<void(Document *)> &sign)
+Documents Board::unsignedOnes() const
+{
+    Documents documents;
+    std::set<std::string> keys = m_dirty;
+    keys.insert(verdicts().pushes.begin(), verdicts().pushes.end());
+    for (const std::string &key : keys) {
+        const Item &known = m_items.at(key);
+        const Action action = actionOf(known);
+        if (action != Action::Push && action != Action::Overrule && action != Action::Yield)
+            continue;
+        Document own = ownState(key, known);
+        if (own.by.who.isEmpty())
+            documents.emplace(key, std::move(own));
+    }
+    return documents;
+}
+
+void Board::takeSignatures(const Documents &documents)
+{
+    for (const auto &[key, document] : documents)
+        m_signed[key] = document;
+}
+
+Transaction Board::localPart()
 {
     Transaction transaction;
     std::set<QByteArray> authors;
     for (const std::string &key : m_dirty) {
         Item &known = m_items[key];
+        m_unjudged.insert(key);
         known.gone = known.gone && !(known.remote && sameContent(stateOf(known.remote), agreedOf(known)));
         Step step;
         step.key = key;
         if (const Document *landed = landedOf(known))
             step.base = *landed;
-        takeRemote(known, actionOf(known), sign, &step);
+        takeRemote(known, actionOf(known), &step);
         if (step.values)
             authors.insert(step.values->by.who);
         if (!step.base)
@@ -222,8 +256,7 @@ Transaction Board::localPart(const std::function<void(Document *)> &sign)
     return transaction;
 }
 
-void Board::takeRemote(const Item &item, Action action, const std::function<void(Document *)> &sign,
-                       Step *step) const
+void Board::takeRemote(const Item &item, Action action, Step *step) const
 {
     if (action == Action::Nothing || action == Action::Push)
         return;
@@ -234,20 +267,21 @@ void Board::takeRemote(const Item &item, Action action, const std::function<void
         step->values = item.remote;
     if (action != Action::Overrule && action != Action::Yield)
         return;
-    Document own = ownState(item);
-    if (own.by.who.isEmpty())
-        sign(&own);
+    const Document own = ownState(step->key, item);
     step->conflict = action == Action::Yield ? Conflict{own, item.remote->by, item.remote->atMs}
                                              : Conflict{*item.remote, own.by, own.atMs};
 }
 
 // What the store has, as a document: a path that has no values any more was deleted. What nobody has changed
 // here is still its author's.
-Document Board::ownState(const Item &item) const
+Document Board::ownState(const std::string &key, const Item &item) const
 {
     const State agreed = agreedOf(item);
     if (agreed && sameContent(stateOf(item.local), agreed))
         return *agreed;
+    const auto known = m_signed.find(key);
+    if (known != m_signed.end() && sameContent(stateOf(item.local), &known->second))
+        return known->second;
     if (item.local)
         return *item.local;
     Document deleted;
@@ -296,12 +330,32 @@ std::vector<Step> Board::flightSteps(const Documents &documents, std::uint64_t p
     return steps;
 }
 
+const Board::Verdicts &Board::verdicts() const
+{
+    const auto put = [](std::set<std::string> *keys, const std::string &key, bool holds) {
+        if (holds)
+            keys->insert(key);
+        else
+            keys->erase(key);
+    };
+    for (const std::string &key : m_unjudged) {
+        const Item &known = m_items.at(key);
+        const bool equal = sameContent(stateOf(known.local), stateOf(known.remote));
+        put(&m_verdicts.pushes, key, actionOf(known) == Action::Push);
+        put(&m_verdicts.waiting, key, !equal && known.foreign.isEmpty());
+        put(&m_verdicts.refused, key, !known.foreign.isEmpty() || !known.unshared.isEmpty());
+    }
+    m_unjudged.clear();
+    return m_verdicts;
+}
+
 Documents Board::pushes(std::size_t most) const
 {
     Documents documents;
-    for (const auto &[key, item] : m_items) {
-        if (documents.size() < most && item.unshared.isEmpty() && actionOf(item) == Action::Push)
-            documents[key] = ownState(item);
+    for (const std::string &key : verdicts().pushes) {
+        if (documents.size() == most)
+            break;
+        documents.emplace(key, ownState(key, m_items.at(key)));
     }
     return documents;
 }
@@ -315,6 +369,14 @@ std::int64_t Board::expectedRevision(const std::string &key) const
 void Board::setServerKept(bool kept)
 {
     m_serverKept = kept;
+    doubtAll();
+}
+
+void Board::setRestored(bool restored)
+{
+    if (restored != m_restored)
+        doubtAll();
+    m_restored = restored;
 }
 
 bool Board::gone() const
@@ -325,18 +387,12 @@ bool Board::gone() const
 
 int Board::waiting() const
 {
-    int count = 0;
-    for (const auto &[key, item] : m_items)
-        count += !sameContent(stateOf(item.local), stateOf(item.remote)) && item.foreign.isEmpty();
-    return count;
+    return static_cast<int>(verdicts().waiting.size());
 }
 
 int Board::refused() const
 {
-    int count = 0;
-    for (const auto &[key, item] : m_items)
-        count += !item.foreign.isEmpty() || !item.unshared.isEmpty();
-    return count;
+    return static_cast<int>(verdicts().refused.size());
 }
 
 } // namespace fleet

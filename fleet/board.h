@@ -41,13 +41,16 @@ public:
     // This push has arrived, whatever the cluster has by now.
     void landed(std::uint64_t push);
 
-    // What has to change in the store: nothing when there are no steps. sign fills in who left a path as it
-    // is here.
-    Transaction localPart(const std::function<void(Document *)> &sign);
+    // What is going to be pushed or told of as it is here, and names nobody yet.
+    Documents unsignedOnes() const;
+    // Who left these as they are here. Forgotten when the store has something else.
+    void takeSignatures(const Documents &documents);
+    // What has to change in the store: nothing when there are no steps.
+    Transaction localPart();
     // Takes over what was applied, or keeps in mind what was not.
     void applied(const Transaction &transaction);
     void notApplied(const Transaction &transaction);
-    // The documents to be pushed, at most so many. Those that were changed here name nobody yet.
+    // The documents to be pushed, at most so many.
     Documents pushes(std::size_t most) const;
     // Steps that note these as being on their way.
     std::vector<Step> flightSteps(const Documents &documents, std::uint64_t push) const;
@@ -57,7 +60,7 @@ public:
     // The server has put back all it has: what is still gone, only desks have left.
     void setServerKept(bool kept);
     // The cluster's memory loss is dealt with.
-    void setRestored(bool restored) { m_restored = restored; }
+    void setRestored(bool restored);
     bool restored() const { return m_restored; }
     bool dirty() const { return !m_dirty.empty(); }
     // The cluster lost documents that are here, and whoever may put them back has not done so yet.
@@ -67,13 +70,21 @@ public:
     const std::map<std::string, Item> &items() const { return m_items; }
 
 private:
+    // What follows for each path, so that nobody has to look at all of them each time.
+    struct Verdicts {
+        std::set<std::string> pushes;
+        std::set<std::string> waiting;
+        std::set<std::string> refused;
+    };
+
     Item &item(const std::string &key);
+    void doubtAll();
+    const Verdicts &verdicts() const;
     void tell(const QByteArray &line) const;
     void setRemoteState(const std::string &key, Item &item, const Entry *entry);
     Action actionOf(const Item &item) const;
-    void takeRemote(const Item &item, Action action, const std::function<void(Document *)> &sign,
-                    Step *step) const;
-    Document ownState(const Item &item) const;
+    void takeRemote(const Item &item, Action action, Step *step) const;
+    Document ownState(const std::string &key, const Item &item) const;
 
     const Role m_role;
     const std::string m_prefix;
@@ -82,6 +93,9 @@ private:
     bool m_serverKept = false;
     std::map<std::string, Item> m_items;
     std::set<std::string> m_dirty; // paths to be looked at
+    Documents m_signed;
+    mutable Verdicts m_verdicts;
+    mutable std::set<std::string> m_unjudged; // paths whose verdicts may be out of date
     std::function<void(const QByteArray &)> m_tell;
 };
 

@@ -17,8 +17,9 @@
 
 namespace fleet {
 
-// What one transaction may hold. The cluster's own limits are higher (128 keys, 1.5 MiB).
-constexpr std::size_t kMaxPuts = 60;
+// What one transaction may hold: as many keys as the cluster takes unless it is set up otherwise, and less
+// than its 1.5 MiB.
+constexpr std::size_t kMaxPuts = 128;
 constexpr std::size_t kMaxCommitBytes = std::size_t(1024) * 1024;
 
 struct Entry {

@@ -276,9 +276,9 @@ void Keeper::unreachable()
 // second one at most.
 bool Keeper::settle()
 {
-    const auto signOne = [this](Document *document) { sign({document}); };
     for (int round = 0; round < kSettleRounds; ++round) {
-        Transaction transaction = m_board.localPart(signOne);
+        sign();
+        Transaction transaction = m_board.localPart();
         if (transaction.steps.empty() && !m_markDirty)
             return true;
         if (!apply(std::move(transaction)))
@@ -328,11 +328,19 @@ void Keeper::remember(const Transaction &transaction)
     m_status.appliedFrom = transaction.label;
 }
 
-void Keeper::sign(const std::vector<Document *> &documents)
+// All at once: who changed what is found by going back in the store's history.
+void Keeper::sign()
 {
-    m_replica.sign(documents);
-    for (Document *document : documents)
+    Documents documents = m_board.unsignedOnes();
+    std::vector<Document *> all;
+    for (auto &[key, document] : documents)
+        all.push_back(&document);
+    if (all.empty())
+        return;
+    m_replica.sign(all);
+    for (Document *document : all)
         document->by.who = m_settings.who;
+    m_board.takeSignatures(documents);
 }
 
 KeeperStatus Keeper::status() const

@@ -105,14 +105,14 @@ private:
     bool settle();
     bool apply(Transaction transaction);
     void remember(const Transaction &transaction);
-    void sign(const std::vector<Document *> &documents);
+    void sign();
 
     void push();
     Parcel nextParcel();
     bool launch(const Parcel &parcel);
     void arrived(const Parcel &parcel, std::int64_t revision);
     void uploadConflicts();
-    void notTaken(Outcome outcome, bool single);
+    void notTaken(Outcome outcome, std::size_t count);
 
     const KeeperSettings m_settings;
     Replica &m_replica;
@@ -138,10 +138,10 @@ private:
     bool m_localKnown = false;
     bool m_localDirty = true; // somebody wrote, and it is not read yet
     bool m_remoteKnown = false;
-    bool m_markDirty = false;  // what the remembered states belong to is not stored yet
-    bool m_receiptOpen = true; // whether the last push arrived is not known
-    bool m_keptDue = true;     // at a server: the cluster may not know yet that it has everything
-    bool m_oneByOne = false;   // a push was too large as a whole
+    bool m_markDirty = false;          // what the remembered states belong to is not stored yet
+    bool m_receiptOpen = true;         // whether the last push arrived is not known
+    bool m_keptDue = true;             // at a server: the cluster may not know yet that it has everything
+    std::size_t m_most = kMaxPuts - 1; // documents in a push: fewer while one was too large
 };
 
 } // namespace fleet

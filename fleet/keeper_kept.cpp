@@ -19,7 +19,7 @@ void Keeper::tellKept()
     const Outcome outcome = told ? Outcome::Done : m_cluster.commit({{key, identity}}, nullptr);
     m_keptDue = outcome != Outcome::Done;
     if (m_keptDue)
-        notTaken(outcome, true);
+        notTaken(outcome, 1);
 }
 
 bool Keeper::askKept()

@@ -25,24 +25,19 @@ void Keeper::push()
     if (outcome == Outcome::Done)
         arrived(parcel, revision);
     else
-        notTaken(outcome, parcel.documents.size() == 1);
+        notTaken(outcome, parcel.documents.size());
 }
 
 Keeper::Parcel Keeper::nextParcel()
 {
     Parcel parcel;
-    Documents documents = m_board.pushes(m_oneByOne ? 1 : kMaxPuts - 1);
-    std::vector<Document *> unsignedOnes;
-    for (auto &[key, document] : documents) {
-        if (document.by.who.isEmpty())
-            unsignedOnes.push_back(&document);
-    }
+    sign();
+    const Documents documents = m_board.pushes(m_most);
     if (documents.empty())
         return parcel;
-    sign(unsignedOnes);
     const std::string prefix = documentPrefix(m_settings.place);
     std::size_t bytes = 0;
-    for (auto &[key, document] : documents) {
+    for (const auto &[key, document] : documents) {
         const ops::Outcome<std::string> text = writeDocument(document);
         if (!text) // only a mistake of ours can lead here: it must not make us busy for good
             m_pushMs = m_nowMs + kNotWantedMs;
@@ -82,12 +77,13 @@ void Keeper::arrived(const Parcel &parcel, std::int64_t revision)
     m_status.pushedMs = m_surroundings.utcMs();
     m_status.reason.clear();
     m_pauses.succeeded();
-    m_oneByOne = m_oneByOne && !m_board.pushes(1).empty();
+    if (m_board.pushes(1).empty())
+        m_most = kMaxPuts - 1;
     settle();
 }
 
-// single: it cannot be made smaller.
-void Keeper::notTaken(Outcome outcome, bool single)
+// count: of the documents in it. One cannot be made smaller.
+void Keeper::notTaken(Outcome outcome, std::size_t count)
 {
     switch (outcome) {
     case Outcome::Done:
@@ -100,8 +96,8 @@ void Keeper::notTaken(Outcome outcome, bool single)
         m_receiptOpen = true;
         return unreachable();
     case Outcome::TooLarge:
-        m_oneByOne = true;
-        if (!single)
+        m_most = std::max<std::size_t>(1, count / 2);
+        if (count > 1)
             return;
         break;
     case Outcome::Denied:
@@ -120,24 +116,28 @@ void Keeper::notTaken(Outcome outcome, bool single)
 // Written again is the same: the id is the document's own.
 void Keeper::uploadConflicts()
 {
+    if (m_conflicts.empty() || !m_status.connected || m_nowMs < m_pushMs)
+        return;
     Transaction transaction;
     std::vector<Put> puts;
     std::size_t bytes = 0;
     for (const auto &[id, conflict] : m_conflicts) {
         const ops::Outcome<std::string> text = writeConflict(conflict);
-        bytes += text ? text->size() : 0;
-        if (!text || puts.size() == kMaxPuts || (bytes > kPushBytes && !puts.empty()))
+        if (!text)
             continue;
+        bytes += text->size();
+        if (puts.size() == m_most || (bytes > kPushBytes && !puts.empty()))
+            break;
         puts.push_back({conflictKey(m_settings.place, id, conflict), *text});
         transaction.uploaded.push_back(id);
     }
-    if (puts.empty() || !m_status.connected || m_nowMs < m_pushMs)
+    if (puts.empty())
         return;
     const Outcome outcome = m_cluster.commit(puts, nullptr);
     if (outcome == Outcome::Done)
         apply(std::move(transaction));
     else
-        notTaken(outcome, puts.size() == 1);
+        notTaken(outcome, puts.size());
 }
 
 } // namespace fleet

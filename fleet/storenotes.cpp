@@ -102,7 +102,7 @@ void recallOne(const std::string &key, const std::string &data, Memory *memory)
 
 bool StoreNotes::available()
 {
-    return libraryCalls().setNote && libraryCalls().forEachNote;
+    return libraryCalls().setNote && libraryCalls().note && libraryCalls().forEachNote;
 }
 
 bool StoreNotes::set(const std::string &key, const std::string &data) const
@@ -145,16 +145,23 @@ bool StoreNotes::rememberStep(const Step &step) const
     return done && text && set(kConflict + conflictId(*step.conflict), *text);
 }
 
+// Empty when there is none, or none that is ours.
+std::string StoreNotes::get(const std::string &key) const
+{
+    std::uint32_t size = 0;
+    if (libraryCalls().note(m_handle, kOwner, key.c_str(), nullptr, &size) != 0)
+        return {};
+    std::string data(size, '\0');
+    const bool read = libraryCalls().note(m_handle, kOwner, key.c_str(), data.data(), &size) == 0;
+    return read && size == data.size() ? data : std::string();
+}
+
 bool StoreNotes::forgetUploaded(const std::string &id, const QByteArray &who) const
 {
-    std::string text;
-    const bool walked = walk([&](const std::string &key, const std::string &data) {
-        if (key == kConflict + id)
-            text = data;
-    });
+    const std::string text = get(kConflict + id);
     const ops::Outcome<Conflict> conflict = readConflict(text);
     const bool own = conflict && conflict->overruled.by.who == who;
-    return walked && (!own || set(kOverruled + id, text)) && set(kConflict + id, {});
+    return (!own || set(kOverruled + id, text)) && set(kConflict + id, {});
 }
 
 bool StoreNotes::overruled(const QByteArray &who, std::vector<Conflict> *conflicts) const

@@ -40,6 +40,7 @@ private:
     using Visit = std::function<void(const std::string &key, const std::string &data)>;
 
     bool set(const std::string &key, const std::string &data) const;
+    std::string get(const std::string &key) const;
     bool walk(const Visit &visit) const;
     bool forget(const std::string &prefix) const;
 

@@ -158,6 +158,8 @@ Outcome MemoryLink::commit(const std::vector<Put> &puts, std::int64_t *revision)
         return Outcome::Unreachable;
     if (answer != Outcome::Done)
         return answer;
+    if (puts.size() > takes)
+        return Outcome::TooLarge;
     const bool swallowed = swallowConflicts && puts.front().key.find("/conflicts/") != std::string::npos;
     if (swallowed)
         return Outcome::Done;

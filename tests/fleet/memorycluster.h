@@ -48,6 +48,7 @@ public:
     std::function<void()> danger;
     bool cut = false;
     fleet::Outcome answer = fleet::Outcome::Done; // of commits, when something else than Done is wanted
+    std::size_t takes = fleet::kMaxPuts;          // in one commit
     bool compares = true;                         // false: a mistake for tests to find
     bool swallowConflicts = false;                // the same
     int commits = 0;

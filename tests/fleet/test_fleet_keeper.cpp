@@ -23,6 +23,8 @@ private slots:
     void whatComesIsTakenWithItsAuthor();
     void manyDocumentsGoInPieces();
     void tooLargeGoesOneByOne();
+    void aSmallerLimitIsFoundByHalving();
+    void whatIsLearntOfAnAuthorEndsWithTheNextEdit();
     void nothingIsAskedAtRest();
     void pausesGrowWhileItIsAway();
     void startsAreSpread();
@@ -235,6 +237,38 @@ void TestFleetKeeper::tooLargeGoesOneByOne()
     run(60000);
     QCOMPARE(m_link->largest, std::size_t(2)); // a document and its receipt
     QVERIFY(m_keeper->status().inStep);
+}
+
+// The cluster may be set up to take fewer keys at a time.
+void TestFleetKeeper::aSmallerLimitIsFoundByHalving()
+{
+    m_link->takes = 40;
+    for (int path = 0; path < 1000; ++path)
+        edit(("P" + QByteArray::number(path)).constData(), 1);
+    run(200);
+    QVERIFY(m_keeper->status().inStep);
+    QVERIFY2(m_link->commits < 40, qPrintable(QString::number(m_link->commits)));
+}
+
+// Asked for once, as long as nobody writes.
+void TestFleetKeeper::whatIsLearntOfAnAuthorEndsWithTheNextEdit()
+{
+    int asked = 0;
+    m_replica->signer = [&](Document *document) {
+        ++asked;
+        document->by.user = "user" + QByteArray::number(document->values.begin()->second.number);
+    };
+    for (int path = 0; path < 300; ++path)
+        edit(("P" + QByteArray::number(path)).constData(), 1);
+    run(200);
+    QCOMPARE(asked, 300);
+    edit("P7", 2);
+    run(200);
+    QCOMPARE(asked, 301);
+    const ops::Outcome<Document> document =
+        readDocument(m_cluster->entries[documentPrefix(kPlace) + "p7"].value);
+    QVERIFY(document);
+    QCOMPARE(document->by.user, QByteArray("user2"));
 }
 
 void TestFleetKeeper::nothingIsAskedAtRest()
