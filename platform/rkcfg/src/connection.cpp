@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "connection.h"
 
+#include "pathorder.h"
 #include "patience.h"
 #include "schema.h"
 
@@ -143,7 +144,7 @@ int Connection::connect(const std::string &name, int flags)
         return code;
     // Before anything else: each statement from here on may meet another process.
     waitForLocks(m_db);
-    return SQLITE_OK;
+    return hastenPathOrder(m_db);
 }
 
 // Nothing is written before the check has passed: a damaged file is kept as it is.
