@@ -16,6 +16,10 @@ bool WheelGuard::eventFilter(QObject *watched, QEvent *event)
 void guardCombosFromWheel(QWidget *root)
 {
     auto *guard = new WheelGuard(root);
-    for (QComboBox *combo : root->findChildren<QComboBox *>())
+    for (QComboBox *combo : root->findChildren<QComboBox *>()) {
         combo->installEventFilter(guard);
+        // The toolkit gives the focus before any filter is asked.
+        if (combo->focusPolicy() == Qt::WheelFocus)
+            combo->setFocusPolicy(Qt::StrongFocus);
+    }
 }

@@ -15,7 +15,8 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 };
 
-// Guards every combo box that root holds now, in child dialogs as well. The guard belongs to root.
+// Guards every combo box that root holds now, in child dialogs as well; the wheel does not move the focus to
+// them either. The guard belongs to root.
 void guardCombosFromWheel(QWidget *root);
 
 #endif

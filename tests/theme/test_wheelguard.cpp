@@ -69,6 +69,7 @@ private slots:
     void withoutGuardTheWheelChanges();
     void closedComboIgnoresTheWheel_data();
     void closedComboIgnoresTheWheel();
+    void theFocusStays();
     void combosOfChildDialogsToo();
     void openListScrolls();
     void keysStillChange();
@@ -115,6 +116,21 @@ void TestWheelGuard::closedComboIgnoresTheWheel()
         QCOMPARE(changed.count(), 0);
         QVERIFY(form.area.verticalScrollBar()->value() > 0); // it went on to the page
     }
+}
+
+// Or the next digit that is typed would choose an entry.
+void TestWheelGuard::theFocusStays()
+{
+    Form form;
+    guardCombosFromWheel(&form.area);
+    QVERIFY(form.show());
+    form.editable->setFocus();
+    QTest::keyClicks(form.editable->lineEdit(), QStringLiteral("2"));
+    turnWheel(form.combo);
+    QVERIFY(form.editable->hasFocus());
+    form.combo->setFocusPolicy(Qt::NoFocus);
+    guardCombosFromWheel(&form.area);
+    QCOMPARE(form.combo->focusPolicy(), Qt::NoFocus); // what takes no focus does not begin to
 }
 
 void TestWheelGuard::combosOfChildDialogsToo()
