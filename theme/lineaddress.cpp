@@ -5,9 +5,11 @@
 #include <iterator>
 
 #include <QClipboard>
+#include <QDragEnterEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QRegExpValidator>
 #include <QStringList>
@@ -38,6 +40,7 @@ QLineAddress::QLineAddress(QWidget *parent) : QFrame(parent)
     setFrameShape(QFrame::StyledPanel);
     setFrameShadow(QFrame::Sunken);
     setFocusPolicy(Qt::NoFocus);
+    setAcceptDrops(true);
 
     auto *row = new QHBoxLayout(this);
     // The wide sides keep the four octets together in the middle of the field.
@@ -208,6 +211,20 @@ void QLineAddress::mousePressEvent(QMouseEvent *event)
         [distance](const QLineEdit *a, const QLineEdit *b) { return distance(a) < distance(b); });
     clickOctet(octetIndex(*nearest));
     event->accept();
+}
+
+void QLineAddress::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!addressInText(event->mimeData()->text()).isEmpty())
+        event->acceptProposedAction();
+}
+
+// Told at once, as in an octet.
+void QLineAddress::dropEvent(QDropEvent *event)
+{
+    if (takeAddress(event->mimeData()->text()))
+        event->acceptProposedAction();
+    finishKeys();
 }
 
 int QLineAddress::octetIndex(const QObject *object) const

@@ -100,6 +100,9 @@ public slots:
 protected:
     // A click beside the octets goes to the nearest one.
     void mousePressEvent(QMouseEvent *event) override;
+    // Beside the octets only a text with a whole address fits.
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
     friend class OctetEdit; // copies, pastes and hands on keys through the four functions below

@@ -9,6 +9,7 @@
 #include <QPointer>
 
 #include "addressform.h"
+#include "support/drop.h"
 #include "theme/addresstext.h"
 
 namespace {
@@ -45,6 +46,8 @@ private slots:
     void menuCutsAndTells();
     void dropped_data();
     void dropped();
+    void droppedBeside_data();
+    void droppedBeside();
 
 private:
     static QAction *openMenu(AddressForm &form, int index, const QString &text);
@@ -411,6 +414,28 @@ void TestLineAddressClipboard::dropped()
     QVERIFY(form.before.hasFocus());
     QCoreApplication::processEvents();
     QCOMPARE(form.changed.count(), told);
+}
+
+void TestLineAddressClipboard::droppedBeside_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("address");
+    QTest::newRow("address") << QStringLiteral("udp://10.1.2.3:5004") << QStringLiteral("10.1.2.3");
+    QTest::newRow("no address") << QStringLiteral("7") << QString();
+}
+
+// The sides of the field and the dots belong to no octet: a whole address fits there, a part of one does not.
+void TestLineAddressClipboard::droppedBeside()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, address);
+    AddressForm form;
+    QVERIFY(form.show());
+    const QString before = form.field.address();
+    const bool taken = dropText(&form.field, QPoint(3, form.field.height() / 2), text);
+    QCOMPARE(taken, !address.isEmpty());
+    QCOMPARE(form.field.address(), address.isEmpty() ? before : address);
+    QCOMPARE(form.changed.count(), address.isEmpty() ? 0 : 1);
 }
 
 QTEST_MAIN(TestLineAddressClipboard)
