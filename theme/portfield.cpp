@@ -4,8 +4,9 @@
 #include <algorithm>
 
 #include <QCoreApplication>
-#include <QEvent>
+#include <QDropEvent>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QMouseEvent>
 
 namespace {
@@ -27,6 +28,24 @@ public:
     }
 };
 
+class DropTaker : public QObject {
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        auto *edit = static_cast<QLineEdit *>(watched);
+        auto *drop = event->type() == QEvent::Drop ? static_cast<QDropEvent *>(event) : nullptr;
+        if (!drop || edit->isReadOnly() || drop->source() == edit || !drop->mimeData()->hasText())
+            return QObject::eventFilter(watched, event);
+        edit->selectAll();
+        edit->insert(drop->mimeData()->text().trimmed());
+        drop->acceptProposedAction();
+        emit edit->editingFinished();
+        return true;
+    }
+};
+
 QString translated(const char *text)
 {
     return QCoreApplication::translate("PortField", text);
@@ -37,6 +56,11 @@ QString translated(const char *text)
 void selectAllOnClick(QLineEdit *edit)
 {
     edit->installEventFilter(new ClickSelector(edit));
+}
+
+void takeDrops(QLineEdit *edit)
+{
+    edit->installEventFilter(new DropTaker(edit));
 }
 
 QString portProblem(const QString &text)

@@ -96,12 +96,15 @@ void QCorvelPrivate::watchMarks()
         } else {
             watch->watch(field.edit);
             selectAllOnClick(field.edit);
+            takeDrops(field.edit);
         }
     }
     watch->watch(q->m_pSimpleAddress);
     watch->watch(q->m_pLineNmosIp);
     watch->watch(q->m_pEditGmId);
     selectAllOnClick(q->m_pEditGmId);
+    takeDrops(q->m_pEditGmId);
+    takeDrops(q->m_pEditGmAddress);
     markFields();
 }
 

@@ -3,6 +3,7 @@
 // Every field of every element, side and flow, typed with keys; a second process then finds exactly this
 // one value changed. And the other way round: what is stored is shown.
 #include "support/dialog.h"
+#include "support/drop.h"
 #include "support/snapshot.h"
 
 #include <memory>
@@ -69,6 +70,7 @@ private slots:
     void combosReachTheStore_data();
     void combosReachTheStore();
     void clockFields();
+    void dropped();
 
 private:
     static void elements();
@@ -257,6 +259,27 @@ void TestFields::clockFields()
                                 quoted(QStringLiteral("00-1D-C1-FF-FE-12-34-56"))}}));
     typeText(m_dialog->m_pEditClockDomain, QStringLiteral("99"));
     QCOMPARE(news(), Snapshot());
+}
+
+// Stored at once, whatever has the focus.
+void TestFields::dropped()
+{
+    select(QByteArray(), 0);
+    m_dialog->m_pUseGmId->setChecked(true);
+    m_dialog->m_pChannel->setFocus();
+    const auto drop = [this](QLineEdit *edit, const char *text) {
+        news();
+        QVERIFY(dropText(edit, edit->rect().center(), QLatin1String(text)));
+        QCOMPARE(edit->text(), QLatin1String(text));
+    };
+    drop(m_dialog->m_pEditRecDstPort, "4711");
+    QCOMPARE(news(), (Snapshot{{channelEntry(kChannel, "ReceiveDestinationPort"), QStringLiteral("4711")}}));
+    drop(m_dialog->m_pEditGmId, "99");
+    QCOMPARE(news(), (Snapshot{{channelEntry(kChannel, "ClockDomain"), QStringLiteral("99")}}));
+    drop(m_dialog->m_pEditGmAddress, "00-1D-C1-FF-FE-12-34-57");
+    QCOMPARE(news(), (Snapshot{{channelEntry(kChannel, "ClockGrandMaster"),
+                                quoted(QStringLiteral("00-1D-C1-FF-FE-12-34-57"))}}));
+    QVERIFY(m_dialog->m_pChannel->hasFocus());
 }
 
 CORVEL_DIALOG_TEST_MAIN(TestFields)

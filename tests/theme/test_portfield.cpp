@@ -7,6 +7,7 @@
 #include <QTest>
 #include <QVBoxLayout>
 
+#include "support/drop.h"
 #include "theme/portfield.h"
 
 namespace {
@@ -22,7 +23,10 @@ struct Form {
         column->addWidget(other);
         column->addWidget(port);
         selectAllOnClick(port);
+        takeDrops(port);
     }
+
+    bool drop(const QString &text) { return dropText(port, QPoint(4, port->height() / 2), text); }
 
     bool show()
     {
@@ -41,6 +45,8 @@ private slots:
     void clickInsideAPartSelectsAll();
     void draggedSelectionStays();
     void otherButtonsSelectNothing();
+    void dropped();
+    void droppedOnWhatIsReadOnly();
     void noValidator();
     void problem_data();
     void problem();
@@ -89,6 +95,32 @@ void TestPortField::otherButtonsSelectNothing()
     QVERIFY(form.show());
     QTest::mouseRelease(form.port, Qt::RightButton);
     QVERIFY(!form.port->hasSelectedText());
+}
+
+// There is no focus that could be lost later, so it is told of at once.
+void TestPortField::dropped()
+{
+    Form form;
+    QVERIFY(form.show());
+    form.other->setFocus();
+    QSignalSpy finished(form.port, &QLineEdit::editingFinished);
+    QVERIFY(form.drop(QStringLiteral(" 20000\n")));
+    QCOMPARE(form.port->text(), QStringLiteral("20000"));
+    QCOMPARE(finished.count(), 1);
+    QVERIFY(form.other->hasFocus());
+    form.port->undo();
+    QCOMPARE(form.port->text(), QStringLiteral("5004"));
+}
+
+void TestPortField::droppedOnWhatIsReadOnly()
+{
+    Form form;
+    QVERIFY(form.show());
+    form.port->setReadOnly(true);
+    QSignalSpy finished(form.port, &QLineEdit::editingFinished);
+    form.drop(QStringLiteral("20000"));
+    QCOMPARE(form.port->text(), QStringLiteral("5004"));
+    QCOMPARE(finished.count(), 0);
 }
 
 // editingFinished() has to come for every text.
