@@ -108,7 +108,7 @@ void QCorvelPrivate::followNode()
 {
     if (q->m_pNmosCfg->isVisible())
         q->loadNmosCfg();
-    const bool on = globalDword(StorePath::Debug, MachineValue::NmosUseLog, q->bNmosUseLog) != 0;
+    const bool on = globalDword(StorePath::Debug, MachineValue::NmosUseLog, 0) != 0;
     if (on == q->bNmosUseLog)
         return;
     const SignalBracket bracket(q);
@@ -116,8 +116,12 @@ void QCorvelPrivate::followNode()
     q->m_pNmosOutLog->setChecked(on);
 }
 
+// While nothing can be read, what is shown is the last that is known of the configuration.
 void QCorvelPrivate::takeOver()
 {
+    quint64 anyMark = 0;
+    if (namesStore() && storeNews(&anyMark) == StoreNews::Unreadable)
+        return;
     const SignalBracket bracket(q);
     const bool outermost = steps == 0;
     holdWhatIsInHand(this);

@@ -54,6 +54,7 @@ private slots:
     void aRefusedOneIsNotNamed();
     void whatWasTypedBeforeIsKept();
     void theOverrideIsThatOfTheOther();
+    void whatTheOtherDoesNotSayIsOff();
     void theChannelListStays();
     void anotherProgramSwitches();
     void anEmbeddedDialogHasNone();
@@ -205,6 +206,25 @@ void TestConfigs::theOverrideIsThatOfTheOther()
     QVERIFY(!snapshot().contains(QStringLiteral("0:nmosoverride")));
     choose(Qt::Key_End, "studio");
     QVERIFY(!snapshot().contains(QStringLiteral("0:nmosoverride")));
+}
+
+// A configuration that another program made holds neither switch: the server takes both for off.
+void TestConfigs::whatTheOtherDoesNotSayIsOff()
+{
+    makeConfiguration("studio", QStringLiteral("239.2.2.2"));
+    open();
+    m_dialog->m_pNmosOverride->click();
+    m_dialog->m_pNmosOutLog->click();
+    QVERIFY(m_dialog->m_pNmosOutLog->isChecked());
+    m_dialog->m_pConfig->setFocus();
+    QTest::keyClick(m_dialog->m_pConfig, Qt::Key_End);
+    QCOMPARE(m_dialog->m_pConfig->currentText(), QStringLiteral("studio"));
+    QVERIFY(!m_dialog->m_pNmosOverride->isChecked());
+    QVERIFY(!m_dialog->m_pNmosOutLog->isChecked());
+    QVERIFY(!m_dialog->bNmosUseLog);
+    QVERIFY(!hasNumber(StorePath::Debug, MachineValue::NmosUseLog)); // looking writes nothing
+    QTest::keyClick(m_dialog->m_pConfig, Qt::Key_Home);
+    QVERIFY(m_dialog->m_pNmosOutLog->isChecked());
 }
 
 void TestConfigs::theChannelListStays()
