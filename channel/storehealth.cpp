@@ -46,11 +46,11 @@ QString storeObstacle(const QString &path)
 {
     if (path.isEmpty())
         return QString::fromLocal8Bit(strerror(ENOENT));
-    const QString folder = QFileInfo(path).path();
-    int number = refusal(folder);
+    const QFileInfo file(path);
+    int number = refusal(file.path() + QStringLiteral("/.")); // a file there is no folder
     if (number == 0)
-        number = fileSystemRefusal(folder);
-    if (number == 0 && QFileInfo::exists(path))
-        number = refusal(path);
+        number = fileSystemRefusal(file.path());
+    if (number == 0 && file.exists())
+        number = file.isDir() ? EISDIR : refusal(path);
     return number == 0 ? QString() : QString::fromLocal8Bit(strerror(number));
 }

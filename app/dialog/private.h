@@ -125,6 +125,7 @@ struct QCorvelPrivate {
     void finishKeys();
     void finishPort();
     void noteResult(bool stored); // of a write
+    QString storePlace();         // as the user is told of it
     bool storeKept();             // what waits for the store; false while another program holds it still
     QString takeUpKept();         // at the start: from a run that ended before; returns what to tell of it
     void leaveKept();             // at the end
@@ -183,6 +184,7 @@ struct QCorvelPrivate {
     StoreWatch storeWatch;
     std::unique_ptr<Neighbours> neighbours;
     QString neighbourLine, fleetLine;
+    QString lastStorePath;
     quint64 mark = 0;         // of what is shown, see storeNews
     quint32 nmosOverride = 0; // as last read or written
     bool takingOver = false;

@@ -43,11 +43,20 @@ QString toldOf(const QVector<StoreChange> &left)
 // A library that cannot tell of news need not give its results the meaning that ours has.
 void QCorvelPrivate::noteResult(bool good)
 {
+    const QString path = storePlace();
     if ((good && !backlogWaits()) || !storeTellsNews())
         return;
     ticksOfTrouble = 1;
-    const QString path = storePath();
     showBar(told(path, storeObstacle(path)));
+}
+
+// The library names no folder that it cannot make: then it is where it was before.
+QString QCorvelPrivate::storePlace()
+{
+    const QString path = storePath();
+    if (!path.isEmpty())
+        lastStorePath = path;
+    return lastStorePath;
 }
 
 // When it is over, what is shown is what is stored again: what was typed meanwhile either is by now, or is
@@ -57,7 +66,7 @@ void QCorvelPrivate::watchTrouble()
     const int between = backlogWaits() ? kTicksBetweenTries : kTicksBetweenLooks;
     if (steps > 0 || ticksOfTrouble == 0 || ticksOfTrouble++ % between != 0)
         return;
-    const QString path = storePath();
+    const QString path = storePlace();
     const QString obstacle = storeObstacle(path);
     quint64 anyMark = 0; // what others wrote is still news
     const bool isFree =

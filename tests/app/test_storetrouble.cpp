@@ -65,6 +65,8 @@ private slots:
     void editsOfAllPlacesAreKept();
     void lockOfTheFolderHeld();
     void heldAtTheStart();
+    void theFolderIsGone();
+    void aFolderInItsPlace();
     void loadsAreRefusedMeanwhile();
     void keptForTheirConfiguration();
     void aSecondDialog();
@@ -208,6 +210,45 @@ void TestStoreTrouble::heldAtTheStart()
     QTRY_COMPARE(shown("storeBar"), QString());
     QCOMPARE(m_fixture->dialog->m_pLineRecDstAddr->address(), QStringLiteral("239.1.1.0"));
     QVERIFY(m_fixture->dialog->m_pNmosOverride->isChecked()); // and nothing was written
+}
+
+// As when the disk it is on goes and comes back. What is shown then is the last that is known of the store,
+// not an empty one.
+void TestStoreTrouble::theFolderIsGone()
+{
+    QCorvel *d = m_fixture->dialog.get();
+    const QString path = storePath(), folder = QFileInfo(path).path(),
+                  away = folder + QStringLiteral(".away");
+    QVERIFY(QFile::rename(folder, away));
+    QFile inTheWay(folder);
+    QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+    typeText(d->m_pEditRecDstPort, QStringLiteral("5004"));
+    QCOMPARE(shown("storeBar"), path + QStringLiteral(": Not a directory; edits are not kept"));
+    QVERIFY(d->m_pNmosOverride->isChecked());
+    QCOMPARE(d->m_pSwapLayout->currentIndex(), 0);
+    QCOMPARE(d->m_pLineRecDstAddr->address(), QStringLiteral("239.1.1.0"));
+    QCOMPARE(d->m_pEditRecDstPort->text(), QStringLiteral("5004"));
+    letItTick(d);
+    QCOMPARE(d->m_pLineRecDstAddr->address(), QStringLiteral("239.1.1.0"));
+    QVERIFY(inTheWay.remove() && QFile::rename(away, folder));
+    QTRY_COMPARE(shown("storeBar"), QString());
+    QCOMPARE(d->m_pLineRecDstAddr->address(), QStringLiteral("239.1.1.0"));
+    QCOMPARE(d->m_pEditRecDstPort->text(), QStringLiteral("0"));
+    typeText(d->m_pEditRecDstPort, QStringLiteral("5006"));
+    QCOMPARE(OtherProgram::stored("ReceiveDestinationPort"), QStringLiteral("5006"));
+}
+
+void TestStoreTrouble::aFolderInItsPlace()
+{
+    const QString path = storePath();
+    m_fixture->dialog.reset();
+    rkCFGClose(RKCFG_DEFAULT_STORE, 1);
+    QVERIFY(QFile::remove(path) && QDir().mkdir(path));
+    m_fixture->dialog = std::make_unique<QCorvel>(true, nullptr);
+    show(m_fixture->dialog.get());
+    QCOMPARE(shown("storeBar"), path + QStringLiteral(": Is a directory; edits are not kept"));
+    QVERIFY(QDir().rmdir(path));
+    QTRY_COMPARE(shown("storeBar"), QString());
 }
 
 // A file is all or nothing, and there is no telling when it would be all.
