@@ -7,10 +7,26 @@
 #include "support/store.h"
 #include "support/storeholder.h"
 
+#include <csignal>
+#include <functional>
 #include <memory>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#include <utility>
 
 using namespace StoreTest;
+
+// What happens just before the next lock is asked for: as when another process is quicker.
+static std::function<void()> beforeLock;
+
+extern "C" int flock(int file, int operation)
+{
+    if (beforeLock)
+        std::exchange(beforeLock, nullptr)();
+    return static_cast<int>(syscall(SYS_flock, file, operation));
+}
 
 namespace {
 
@@ -34,6 +50,9 @@ StoreChange numberWrite(const QByteArray &name, quint32 after)
     write.after = {Type::Number, QByteArray(), after};
     return write;
 }
+
+const char kOneWrite[] = "[{\"configuration\": \"default\", \"writes\": [{\"path\": \"p\", \"name\": \"x\","
+                         " \"before\": null, \"after\": 1}]}]";
 
 // What another process does that keeps edits and ends before it can store them.
 template<typename Work>
@@ -64,6 +83,10 @@ private slots:
     void adoptedIsKept();
     void severalInTheirOrder();
     void unfinishedIsCleared();
+    void addedToWhatIsThere();
+    void aDiskThatIsFull();
+    void goneInTheMeantime();
+    void aLinkIsNotFollowed();
     void notUnderstood_data();
     void notUnderstood();
     void foreignFilesAreLeftAlone();
@@ -192,6 +215,60 @@ void TestKeptJournal::unfinishedIsCleared()
     QVector<KeptWrites> steps;
     QCOMPARE(journal.adopt(&steps), 0);
     QVERIFY(files().isEmpty());
+}
+
+void TestKeptJournal::addedToWhatIsThere()
+{
+    leave(kOneWrite, QStringLiteral("1"));
+    KeptJournal journal;
+    QVector<KeptWrites> steps{{QStringLiteral("default"), {numberWrite("ClockDomain", 5)}}};
+    QCOMPARE(journal.adopt(&steps), 1);
+    QCOMPARE(steps.size(), 2);
+    QVERIFY(journal.save({}));
+}
+
+// What cannot be kept in a file of one's own stays in that of the process that ended.
+void TestKeptJournal::aDiskThatIsFull()
+{
+    leave(kOneWrite, QStringLiteral("1"));
+    const QStringList before = files();
+    inAProcessThatEnds([] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const struct rlimit nothing = {0, 0};
+        setrlimit(RLIMIT_FSIZE, &nothing);
+        QVector<KeptWrites> steps;
+        if (KeptJournal().adopt(&steps) != 1)
+            _exit(1);
+    });
+    QCOMPARE(files(), before);
+    KeptJournal journal;
+    QVector<KeptWrites> steps;
+    QCOMPARE(journal.adopt(&steps), 1);
+    QVERIFY(journal.save({}));
+}
+
+// Its process stored what it held and removed it, after we had opened it.
+void TestKeptJournal::goneInTheMeantime()
+{
+    leave(kOneWrite, QStringLiteral("1"));
+    beforeLock = [this] { QFile::remove(m_folder + QStringLiteral("/.corvel-kept-1")); };
+    KeptJournal journal;
+    QVector<KeptWrites> steps;
+    QCOMPARE(journal.adopt(&steps), 0);
+    QVERIFY(steps.isEmpty() && files().isEmpty());
+}
+
+void TestKeptJournal::aLinkIsNotFollowed()
+{
+    const QString outside = m_store->folder() + QStringLiteral("/outside");
+    leave(kOneWrite, QStringLiteral("1"));
+    QVERIFY(QFile::rename(m_folder + QStringLiteral("/.corvel-kept-1"), outside));
+    QVERIFY(QFile::link(outside, m_folder + QStringLiteral("/.corvel-kept-1")));
+    KeptJournal journal;
+    QVector<KeptWrites> steps;
+    QCOMPARE(journal.adopt(&steps), 0);
+    QVERIFY(QFile::exists(outside));
+    QCOMPARE(files().size(), 1);
 }
 
 void TestKeptJournal::notUnderstood_data()
