@@ -123,8 +123,8 @@ Result Connection::create(const std::string &path, const Manner &manner)
 Connection::~Connection()
 {
     m_history.forget();
-    for (Statement *statement : {&m_select, &m_spelling, &m_upsert, &m_delete, &m_list, &m_listBelow,
-                                 &m_begin, &m_commit, &m_dataVersion})
+    for (Statement *statement : {&m_select, &m_spelling, &m_insert, &m_upsert, &m_delete, &m_list,
+                                 &m_listBelow, &m_begin, &m_commit, &m_dataVersion})
         statement->finalize();
     sqlite3_close(m_db);
 }

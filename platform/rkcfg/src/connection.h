@@ -107,7 +107,9 @@ private:
     int execute(const char *sql);
     int apply(const Key &key, const Value &before, const Value &after, Batch &batch);
     int spell(const char *path);
-    int put(const Key &key, const Value &value);
+    int add(const Key &key, const Value &value, Batch &batch, bool &added);
+    int replace(const Key &key, const Value &value, Batch &batch, bool &changed);
+    int put(Statement &statement, const Key &key, const Value &value);
     int remove(const Key &key);
     Result prepareAll();
     Result outcome(int code) const;
@@ -121,6 +123,7 @@ private:
     Notes m_notes;
     Statement m_select;
     Statement m_spelling;
+    Statement m_insert;
     Statement m_upsert;
     Statement m_delete;
     Statement m_list;
@@ -130,6 +133,7 @@ private:
     Statement m_dataVersion;
     std::string m_askedPath; // the last one written in this transaction; empty: none
     std::string m_storedPath;
+    bool m_wasNew = false; // whether the last value changed in this transaction had not been there
 };
 
 } // namespace rkcfg

@@ -4,9 +4,17 @@
 
 namespace rkcfg {
 
+namespace {
+
+constexpr const char *insertSql =
+    "INSERT INTO setting (path, name, type, value) VALUES (?1, ?2, ?3, ?4) ON CONFLICT DO NOTHING";
+
+} // namespace
+
 int Connection::begin()
 {
     m_askedPath.clear();
+    m_wasNew = false;
     return m_readOnly ? SQLITE_READONLY : m_begin.run();
 }
 
@@ -30,11 +38,10 @@ int Connection::change(const Key &key, const Value &value, Batch &batch, bool &c
     const Batch before = own ? batch : Batch();
     if (const int code = own ? begin() : SQLITE_OK; code != SQLITE_OK)
         return code;
-    Kept stored;
-    int code = read(key, [&](const Value &present) { stored = Kept(present); });
-    const bool other = !(stored.value() == value);
-    if (code == SQLITE_OK && other)
-        code = apply(key, stored.value(), value, batch);
+    bool other = false;
+    int code = m_wasNew ? add(key, value, batch, other) : SQLITE_OK;
+    if (code == SQLITE_OK && !other)
+        code = replace(key, value, batch, other);
     if (code == SQLITE_OK && own)
         code = commit();
     changed = code == SQLITE_OK && other;
@@ -43,6 +50,34 @@ int Connection::change(const Key &key, const Value &value, Batch &batch, bool &c
     batch = before;
     takeBack();
     return code;
+}
+
+// Within a transaction, what follows a new value is most likely new as well: it is stored without a look
+// whether it is there.
+int Connection::add(const Key &key, const Value &value, Batch &batch, bool &added)
+{
+    if (value.type == Type::Absent)
+        return SQLITE_OK;
+    int code = m_insert.prepared() ? SQLITE_OK : m_insert.prepare(m_db, insertSql);
+    if (code == SQLITE_OK)
+        code = spell(key.path);
+    const Key own{m_storedPath.c_str(), key.name};
+    if (code == SQLITE_OK)
+        code = put(m_insert, own, value);
+    m_wasNew = added = code == SQLITE_OK && sqlite3_changes(m_db) > 0;
+    return added ? m_history.record(own, {Type::Absent, {}, 0}, value, batch) : code;
+}
+
+// The value there may be the same, or none.
+int Connection::replace(const Key &key, const Value &value, Batch &batch, bool &changed)
+{
+    Kept stored;
+    const int code = read(key, [&](const Value &present) { stored = Kept(present); });
+    changed = !(stored.value() == value);
+    if (code != SQLITE_OK || !changed)
+        return code;
+    m_wasNew = stored.value().type == Type::Absent;
+    return apply(key, stored.value(), value, batch);
 }
 
 // A path keeps the case of its first writing, also when a further name joins it, and the record has the same.
@@ -67,7 +102,7 @@ int Connection::apply(const Key &key, const Value &before, const Value &after, B
     int code = spell(key.path);
     const Key own{m_storedPath.c_str(), key.name};
     if (code == SQLITE_OK && after.type != Type::Absent)
-        code = put(own, after);
+        code = put(m_upsert, own, after);
     if (code == SQLITE_OK)
         code = m_history.record(own, before, after, batch);
     if (code == SQLITE_OK && after.type == Type::Absent)
@@ -75,13 +110,13 @@ int Connection::apply(const Key &key, const Value &before, const Value &after, B
     return code;
 }
 
-int Connection::put(const Key &key, const Value &value)
+int Connection::put(Statement &statement, const Key &key, const Value &value)
 {
-    m_upsert.bind(1, key.path);
-    m_upsert.bind(2, key.name);
-    m_upsert.bind(3, static_cast<int64_t>(value.type));
-    m_upsert.bind(4, value);
-    return m_upsert.run();
+    statement.bind(1, key.path);
+    statement.bind(2, key.name);
+    statement.bind(3, static_cast<int64_t>(value.type));
+    statement.bind(4, value);
+    return statement.run();
 }
 
 int Connection::remove(const Key &key)

@@ -19,6 +19,7 @@ private slots:
     void takenBackLeavesNothing();
     void isOneBatch();
     void pathsKeepTheirFirstCase();
+    void newValuesMixWithOthers();
     void nestingIsRefused();
     void endWithoutBeginIsRefused();
     void busyWhileAnotherWrites();
@@ -122,6 +123,28 @@ void TestRkcfgTransactions::pathsKeepTheirFirstCase()
     QCOMPARE(Direct(m_home->database())
                  .ask("SELECT group_concat(path) FROM (SELECT path FROM history ORDER BY id)"),
              QByteArray("Old,Old,Old,New,New,New,New,new"));
+}
+
+// What was there, what was the same, what came again and what went has its own record each, or none.
+void TestRkcfgTransactions::newValuesMixWithOthers()
+{
+    putNumber("P", "b", 1);
+    putText("P", "d", "same");
+    rkCFGBegin(store);
+    QVERIFY(putNumber("p", "a", 1));
+    QVERIFY(putText("p", "b", "other"));
+    QVERIFY(putNumber("p", "c", 1));
+    QVERIFY(!putText("p", "d", "same"));
+    QVERIFY(putNumber("p", "e", 1));
+    QVERIFY(putNumber("p", "e", 2));
+    QVERIFY(putNumber("p", "f", 1));
+    QVERIFY(rkCFGRemove(store, "p", "f"));
+    QVERIFY(!rkCFGRemove(store, "p", "f"));
+    QVERIFY(putText("p", "f", ""));
+    rkCFGEnd(store, 1);
+    QCOMPARE(changes(store, 2),
+             words("P|a|->1 P|b|1>'other' P|c|->1 P|e|->1 P|e|1>2 P|f|->1 P|f|1>- P|f|->''"));
+    QCOMPARE(values(), words("P|a|1 P|b|'other' P|c|1 P|d|'same' P|e|2 P|f|''"));
 }
 
 void TestRkcfgTransactions::nestingIsRefused()
