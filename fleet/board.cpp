@@ -94,6 +94,8 @@ void Board::recall(const Memory &memory)
 
 void Board::setLocal(const Documents &documents)
 {
+    for (const auto &[key, document] : m_signed)
+        m_unjudged.insert(key);
     m_signed.clear();
     for (auto &[key, known] : m_items) {
         if (known.local && documents.count(key) == 0)
@@ -210,7 +212,7 @@ Documents Board::unsignedOnes() const
 {
     Documents documents;
     std::set<std::string> keys = m_dirty;
-    keys.insert(verdicts().pushes.begin(), verdicts().pushes.end());
+    keys.insert(verdicts().unsignedPushes.begin(), verdicts().unsignedPushes.end());
     for (const std::string &key : keys) {
         const Item &known = m_items.at(key);
         const Action action = actionOf(known);
@@ -225,8 +227,10 @@ Documents Board::unsignedOnes() const
 
 void Board::takeSignatures(const Documents &documents)
 {
-    for (const auto &[key, document] : documents)
+    for (const auto &[key, document] : documents) {
         m_signed[key] = document;
+        m_unjudged.insert(key);
+    }
 }
 
 Transaction Board::localPart()
@@ -341,7 +345,9 @@ const Board::Verdicts &Board::verdicts() const
     for (const std::string &key : m_unjudged) {
         const Item &known = m_items.at(key);
         const bool equal = sameContent(stateOf(known.local), stateOf(known.remote));
-        put(&m_verdicts.pushes, key, actionOf(known) == Action::Push);
+        const bool push = actionOf(known) == Action::Push;
+        put(&m_verdicts.pushes, key, push);
+        put(&m_verdicts.unsignedPushes, key, push && ownState(key, known).by.who.isEmpty());
         put(&m_verdicts.waiting, key, !equal && known.foreign.isEmpty());
         put(&m_verdicts.refused, key, !known.foreign.isEmpty() || !known.unshared.isEmpty());
     }

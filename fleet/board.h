@@ -73,6 +73,7 @@ private:
     // What follows for each path, so that nobody has to look at all of them each time.
     struct Verdicts {
         std::set<std::string> pushes;
+        std::set<std::string> unsignedPushes;
         std::set<std::string> waiting;
         std::set<std::string> refused;
     };

@@ -100,6 +100,9 @@ public:
     virtual Outcome keepAlive(const std::string &key, const std::string &value, int seconds) = 0;
     // Ends the lease: the keys bound to it go at once.
     virtual Outcome endLease() = 0;
+    // Whether the last call that was Unreachable had no connection at all: trying again soon is no load for
+    // anybody then.
+    virtual bool cutOff() const = 0;
     // One line on what the last call that was not Done failed with.
     virtual std::string reason() const = 0;
 };

@@ -266,7 +266,8 @@ void Keeper::present()
 
 void Keeper::unreachable()
 {
-    m_syncMs = m_nowMs + m_pauses.next(kFirstPauseMs, kLongestPauseMs);
+    const qint64 longestMs = m_cluster.cutOff() ? kCutOffPauseMs : kLongestPauseMs;
+    m_syncMs = m_nowMs + m_pauses.next(kFirstPauseMs, longestMs);
     away(QByteArray::fromStdString(m_cluster.reason()));
 }
 

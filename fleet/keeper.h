@@ -57,8 +57,9 @@ public:
     static constexpr qint64 kAliveMs = 5000;   // looks for the server's sign of life, at a desk
     static constexpr qint64 kFirstPauseMs = 200;
     static constexpr qint64 kLongestPauseMs = 10000;
-    static constexpr qint64 kBusyMs = 50;         // the store was held by another program
-    static constexpr qint64 kNotWantedMs = 30000; // the cluster does not take what is pushed
+    static constexpr qint64 kCutOffPauseMs = 2000; // the longest while there is no connection
+    static constexpr qint64 kBusyMs = 50;          // the store was held by another program
+    static constexpr qint64 kNotWantedMs = 30000;  // the cluster does not take what is pushed
     static constexpr std::size_t kPushBytes = 512 * 1024;
 
     Keeper(KeeperSettings settings, Replica &replica, Cluster &cluster, Surroundings surroundings,

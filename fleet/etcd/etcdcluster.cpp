@@ -69,6 +69,7 @@ public:
                                  WatchSink *sink) override;
     Outcome keepAlive(const std::string &key, const std::string &value, int seconds) override;
     Outcome endLease() override;
+    bool cutOff() const override { return m_cutOff; }
     std::string reason() const override { return m_reason; }
 
 private:
@@ -80,6 +81,7 @@ private:
     std::shared_ptr<Members> m_members;
     Lease m_lease;
     std::string m_kept; // what keepAlive() put last, "key\nvalue"
+    bool m_cutOff = false;
     std::string m_reason;
 };
 
@@ -90,8 +92,10 @@ Outcome Client::told(const grpc::Status &status, std::size_t member)
     if (outcome == Outcome::Done)
         return outcome;
     m_reason = lineOf(m_members->explained(status, member));
-    if (outcome == Outcome::Unreachable)
-        m_members->failed(member);
+    if (outcome != Outcome::Unreachable)
+        return outcome;
+    m_cutOff = !m_members->connected(member);
+    m_members->failed(member);
     return outcome;
 }
 

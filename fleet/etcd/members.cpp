@@ -45,6 +45,11 @@ Members::Members(const EtcdOptions &options) : m_names(options.endpoints)
             grpc::CreateCustomChannel(endpoint, credentials, arguments(options.largestAnswer)));
 }
 
+bool Members::connected(std::size_t member) const
+{
+    return m_channels[member]->GetState(false) == GRPC_CHANNEL_READY;
+}
+
 void Members::failed(std::size_t member)
 {
     m_current.compare_exchange_strong(member, (member + 1) % m_channels.size());

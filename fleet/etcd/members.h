@@ -19,6 +19,7 @@ public:
     // The member's number and its connection, which is made when it is first used.
     std::size_t current() const { return m_current; }
     const std::shared_ptr<grpc::Channel> &channel(std::size_t member) const { return m_channels[member]; }
+    bool connected(std::size_t member) const;
     // That member did not answer. Turns to the next one, unless somebody else already has.
     void failed(std::size_t member);
 

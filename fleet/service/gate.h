@@ -18,6 +18,7 @@ public:
 
     Gate(EtcdCluster &cluster, std::function<std::int64_t()> steadyMs);
 
+    bool cutOff() const override { return m_cluster.cutOff(); }
     std::string reason() const override { return m_cluster.reason(); }
     // Does not block, so it always passes.
     std::unique_ptr<Watch> watch(const std::string &prefix, std::int64_t fromRevision,

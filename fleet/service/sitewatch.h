@@ -32,6 +32,7 @@ public:
     SiteWatch(const SiteWatch &) = delete;
     SiteWatch &operator=(const SiteWatch &) = delete;
 
+    bool cutOff() const override { return m_cluster.cutOff(); }
     std::string reason() const override { return m_cluster.reason(); }
     std::unique_ptr<Watch> watch(const std::string &prefix, std::int64_t fromRevision,
                                  WatchSink *sink) override;

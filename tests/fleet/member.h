@@ -55,6 +55,7 @@ public:
     }
     Outcome keepAlive(const std::string &, const std::string &, int) override { return called(); }
     Outcome endLease() override { return called(); }
+    bool cutOff() const override { return false; }
     std::string reason() const override { return "no answer"; }
 
 private:

@@ -71,6 +71,7 @@ public:
                                         fleet::WatchSink *sink) override;
     fleet::Outcome keepAlive(const std::string &key, const std::string &value, int seconds) override;
     fleet::Outcome endLease() override { return fleet::Outcome::Done; }
+    bool cutOff() const override { return cut; }
     std::string reason() const override { return "no way to the cluster"; }
 
 private:
