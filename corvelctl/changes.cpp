@@ -3,6 +3,8 @@
 
 #include "ops/vocabulary.h"
 
+#include <QStringBuilder>
+
 #include <cstdio>
 #include <unistd.h>
 
@@ -35,8 +37,8 @@ QByteArray changeText(const Output &out, const ops::Change &change)
 {
     const QByteArray before = printable(ops::valueInWords(change.path, change.name, change.before));
     const QByteArray after = printable(ops::valueInWords(change.path, change.name, change.after));
-    return printable(ops::keyInWords(change.path, change.name)) + ": " +
-           out.coloured(before, Output::Colour::Old) + " -> " + out.coloured(after, Output::Colour::New);
+    return printable(ops::keyInWords(change.path, change.name)) % ": " %
+           out.coloured(before, Output::Colour::Old) % " -> " % out.coloured(after, Output::Colour::New);
 }
 
 void printChange(Output &out, const ops::Change &change)

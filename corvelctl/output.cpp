@@ -32,8 +32,10 @@ int columns(const QByteArray &text)
 
 void Output::line(const QByteArray &text)
 {
-    if (isText())
-        put(text + '\n');
+    if (!isText())
+        return;
+    put(text);
+    fputc('\n', stdout);
 }
 
 void Output::flush()

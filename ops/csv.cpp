@@ -44,7 +44,8 @@ private:
     bool readQuoted(QByteArray &cell);
     void endRow();
     bool atEnd() const { return m_at >= m_text.size(); }
-    bool atLineEnd() const { return atEnd() || m_text[m_at] == '\n' || m_text.mid(m_at, 2) == "\r\n"; }
+    bool atLineEnd() const { return atEnd() || is(m_at, '\n') || (is(m_at, '\r') && is(m_at + 1, '\n')); }
+    bool is(int at, char c) const { return at < m_text.size() && m_text[at] == c; }
 
     const QByteArray &m_text;
     char m_separator;

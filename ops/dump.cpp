@@ -8,6 +8,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <charconv>
+#include <iterator>
 #include <utility>
 
 namespace ops {
@@ -26,10 +28,17 @@ constexpr bool kAnyChecksum = false;
 constexpr int kHashedBytes =
     1 << 16; // handed over at a time: a call for each piece costs more than its bytes
 
+void addNumber(QByteArray &stream, quint32 number)
+{
+    char digits[16];
+    const char *const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    stream.append(digits, static_cast<int>(end - digits));
+}
+
 // The length goes before the bytes, so that no two lists of values give the same stream.
 void addBytes(QByteArray &stream, const QByteArray &bytes)
 {
-    stream += QByteArray::number(bytes.size());
+    addNumber(stream, static_cast<quint32>(bytes.size()));
     stream += ':';
     stream += bytes;
 }
@@ -169,6 +178,7 @@ QByteArray dumpChecksum(const Dump &dump)
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
     QByteArray stream;
+    stream.reserve(2 * kHashedBytes); // or it would grow anew after each piece
     for (const Configuration &configuration : dump) {
         addBytes(stream, configuration.name);
         stream += QByteArray::number(static_cast<qulonglong>(configuration.values.rows().size()));

@@ -5,6 +5,7 @@
 #include "ops/suggest.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace ops {
 
@@ -35,13 +36,29 @@ Outcome<Element> parseElement(const QByteArray &word)
 }
 
 // A number of at most so many digits that no overflow is possible, without sign or blanks.
+std::optional<int> smallNumber(const char *digits, int count)
+{
+    if (count < 1 || count > 6)
+        return std::nullopt;
+    int number = 0;
+    for (int at = 0; at < count; ++at) {
+        if (digits[at] < '0' || digits[at] > '9')
+            return std::nullopt;
+        number = number * 10 + (digits[at] - '0');
+    }
+    return number;
+}
+
 std::optional<int> smallNumber(const QByteArray &text)
 {
-    if (text.isEmpty() || text.size() > 6)
-        return std::nullopt;
-    if (!std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }))
-        return std::nullopt;
-    return text.toInt();
+    return smallNumber(text.constData(), text.size());
+}
+
+// Equal without regard to case; mostly it is the same case.
+bool alike(const char *left, const char *right, int bytes)
+{
+    const auto size = static_cast<std::size_t>(bytes);
+    return memcmp(left, right, size) == 0 || qstrnicmp(left, right, static_cast<uint>(bytes)) == 0;
 }
 
 Outcome<std::vector<int>> parseFlows(const QByteArray &word)
@@ -198,10 +215,9 @@ int channelOfPath(const QByteArray &path)
     static const int at = zero.indexOf('0');
     const int behind = zero.size() - at - 1;
     const int digits = path.size() - at - behind;
-    const bool alike = digits > 0 &&
-                       qstrnicmp(path.constData(), zero.constData(), static_cast<uint>(at)) == 0 &&
-                       qstricmp(path.constData() + at + digits, zero.constData() + at + 1) == 0;
-    const std::optional<int> number = alike ? smallNumber(path.mid(at, digits)) : std::nullopt;
+    const bool fits = digits > 0 && alike(path.constData(), zero.constData(), at) &&
+                      alike(path.constData() + at + digits, zero.constData() + at + 1, behind);
+    const std::optional<int> number = fits ? smallNumber(path.constData() + at, digits) : std::nullopt;
     // "Internal02" is a path of its own, not channel 2.
     const bool plain = number && (digits == 1 || path[at] != '0') && *number < kMaxChannels;
     return plain ? *number : -1;

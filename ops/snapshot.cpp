@@ -42,7 +42,9 @@ int comparePaths(const QByteArray &left, const QByteArray &right)
     if (left.constData() == right.constData() && left.size() == right.size())
         return 0; // rows of one path share its bytes
     const int common = std::min(left.size(), right.size());
-    for (int at = 0; at < common; ++at) {
+    // Most paths begin alike, in case as well.
+    const char *const differs = std::mismatch(left.begin(), left.begin() + common, right.begin()).first;
+    for (int at = static_cast<int>(differs - left.begin()); at < common; ++at) {
         const int order = lower(left[at]) - lower(right[at]);
         if (order != 0)
             return order;

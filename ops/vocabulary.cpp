@@ -4,6 +4,7 @@
 #include "channel/valuenames.h"
 
 #include <QHash>
+#include <QStringBuilder>
 
 namespace ops {
 
@@ -199,9 +200,9 @@ QByteArray keyInWords(const QByteArray &path, const QByteArray &name)
         return "server " + known->word;
     const int channel = channelOfPath(path);
     const QByteArray where = channel < 0 ? path : QByteArray::number(channel);
-    if (!known)
-        return where + ' ' + name;
-    return where + (known->place.isEmpty() ? QByteArray() : '/' + known->place) + ' ' + known->word;
+    if (!known || known->place.isEmpty())
+        return where % ' ' % (known ? known->word : name);
+    return where % '/' % known->place % ' ' % known->word;
 }
 
 QByteArray valueInWords(const QByteArray &path, const QByteArray &name, const std::optional<Value> &value)
