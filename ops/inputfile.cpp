@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,10 +17,19 @@ namespace ops {
 namespace {
 
 constexpr int kPiece = 1 << 16;
+constexpr int kWriterMs = 500; // for somebody who waits to write, until he has his turn
+constexpr int kForEver = -1;
 
 Failure cannotRead(const QByteArray &path, const char *why)
 {
     return wrong("cannot read " + path + ": " + why);
+}
+
+// True when there is something to read, or a writer has been there and gone.
+bool isReadable(int descriptor, int waitMs)
+{
+    pollfd about{descriptor, POLLIN, 0};
+    return poll(&about, 1, waitMs) > 0;
 }
 
 Outcome<QByteArray> readAll(int descriptor, const QByteArray &path)
@@ -30,7 +40,9 @@ Outcome<QByteArray> readAll(int descriptor, const QByteArray &path)
         const ssize_t got = read(descriptor, piece, sizeof piece);
         if (got == 0)
             return content;
-        if (got < 0 && errno != EINTR)
+        if (got < 0 && errno == EAGAIN)
+            isReadable(descriptor, kForEver);
+        else if (got < 0 && errno != EINTR)
             return cannotRead(path, strerror(errno));
         if (got > 0)
             content.append(piece, static_cast<int>(got));
@@ -39,12 +51,24 @@ Outcome<QByteArray> readAll(int descriptor, const QByteArray &path)
     }
 }
 
-// Opened without waiting, so that a FIFO is found out instead of holding us.
-Outcome<QByteArray> readRegular(int descriptor, const QByteArray &path)
+// Opened without waiting, so that a FIFO without a writer is found out instead of holding us for ever. One
+// that waits to write goes on as soon as we have opened the FIFO, and gets the time to do so.
+Outcome<QByteArray> readPipe(int descriptor, const QByteArray &path)
+{
+    isReadable(descriptor, kWriterMs);
+    Outcome<QByteArray> content = readAll(descriptor, path);
+    if (content && content->isEmpty() && !isReadable(descriptor, 0))
+        return cannotRead(path, "nobody writes to it");
+    return content;
+}
+
+Outcome<QByteArray> readOpened(int descriptor, const QByteArray &path)
 {
     struct stat about {};
     if (fstat(descriptor, &about) != 0)
         return cannotRead(path, strerror(errno));
+    if (S_ISFIFO(about.st_mode))
+        return readPipe(descriptor, path);
     if (!S_ISREG(about.st_mode))
         return cannotRead(path, S_ISDIR(about.st_mode) ? "it is a directory" : "it is no regular file");
     if (about.st_size > kLargestInput)
@@ -94,7 +118,7 @@ Outcome<QByteArray> readInput(const QByteArray &path)
     const int descriptor = open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0)
         return cannotRead(path, strerror(errno));
-    Outcome<QByteArray> content = readRegular(descriptor, path);
+    Outcome<QByteArray> content = readOpened(descriptor, path);
     close(descriptor);
     return content;
 }

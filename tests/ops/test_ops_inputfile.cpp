@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 class TestInputFile : public QObject {
@@ -19,13 +20,22 @@ private slots:
     void comesBack();
     void onlyRegularFilesAreRead_data();
     void onlyRegularFilesAreRead();
-    void aFifoIsRefusedWithoutWaiting();
+    void aFifoThatNobodyWritesToIsRefused();
+    void aPipeIsReadToItsEnd_data();
+    void aPipeIsReadToItsEnd();
+    void aPipeIsWaitedFor();
+    void aFifoIsReadLikeAFile();
+    void moreThanMayBeReadIsRefused();
     void aFileThatCannotBeWrittenStaysAsItWas();
     void whatCanBeWrittenIsKnownBefore_data();
     void whatCanBeWrittenIsKnownBefore();
     void aFifoIsWrittenTo();
     void aFifoWithoutAReaderIsRefused();
     void aDeviceStaysADevice();
+    void theReasonIsTold_data();
+    void theReasonIsTold();
+    void aLinkIsFollowed();
+    void whatIsWrittenIsThereAtOnce();
 
 private:
     QByteArray path(const char *name) const { return m_folder.filePath(QLatin1String(name)).toUtf8(); }
@@ -67,10 +77,85 @@ void TestInputFile::onlyRegularFilesAreRead()
     QVERIFY(read.failure().text.startsWith("cannot read "));
 }
 
-void TestInputFile::aFifoIsRefusedWithoutWaiting()
+// Nobody may ever come, and a script that waits for ever tells nobody why.
+void TestInputFile::aFifoThatNobodyWritesToIsRefused()
 {
     QCOMPARE(mkfifo(path("fifo").constData(), 0600), 0);
-    QVERIFY(!ops::readInput(path("fifo")));
+    const auto read = ops::readInput(path("fifo"));
+    QVERIFY(!read);
+    QCOMPARE(read.failure().text, "cannot read " + path("fifo") + ": nobody writes to it");
+    QCOMPARE(read.failure().kind, ops::Failure::Input);
+}
+
+// What a shell gives for <(command): the name of a pipe whose writer may be gone already.
+void TestInputFile::aPipeIsReadToItsEnd_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("one byte") << QByteArray("x");
+    QTest::newRow("lines") << QByteArray("a\nb\n");
+    QTest::newRow("zeros") << QByteArray(300, '\0');
+}
+
+void TestInputFile::aPipeIsReadToItsEnd()
+{
+    QFETCH(QByteArray, content);
+    int ends[2];
+    QCOMPARE(pipe(ends), 0);
+    QCOMPARE(int(write(ends[1], content.constData(), size_t(content.size()))), content.size());
+    close(ends[1]);
+    const auto read = ops::readInput("/dev/fd/" + QByteArray::number(ends[0]));
+    close(ends[0]);
+    QVERIFY(read);
+    QCOMPARE(*read, content);
+}
+
+// More than a pipe holds, so that the writer has to wait for the reader and the reader for the writer.
+void TestInputFile::aPipeIsWaitedFor()
+{
+    int ends[2];
+    QCOMPARE(pipe(ends), 0);
+    const QByteArray content(500000, 'y');
+    std::thread writer([&] {
+        for (int at = 0; at < content.size();) {
+            const auto put = write(ends[1], content.constData() + at, size_t(content.size() - at));
+            at += put > 0 ? int(put) : content.size();
+        }
+        close(ends[1]);
+    });
+    const auto read = ops::readInput("/dev/fd/" + QByteArray::number(ends[0]));
+    writer.join();
+    close(ends[0]);
+    QVERIFY(read);
+    QCOMPARE(*read, content);
+}
+
+void TestInputFile::aFifoIsReadLikeAFile()
+{
+    QCOMPARE(mkfifo(path("named").constData(), 0600), 0);
+    const int reader = open(path("named").constData(), O_RDONLY | O_NONBLOCK); // lets the writer open it
+    const int writer = open(path("named").constData(), O_WRONLY);
+    QCOMPARE(int(write(writer, "through", 7)), 7);
+    std::thread closer([&] { close(writer); });
+    const auto read = ops::readInput(path("named"));
+    closer.join();
+    close(reader);
+    QVERIFY(read);
+    QCOMPARE(*read, QByteArray("through"));
+}
+
+// A file with a hole takes no room on the disk.
+void TestInputFile::moreThanMayBeReadIsRefused()
+{
+    const auto refusal = [&](qint64 size) {
+        QFile file(QFile::decodeName(path("huge")));
+        [&] { QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(size)); }();
+        const auto read = ops::readInput(path("huge"));
+        file.remove();
+        return read ? QByteArray() : read.failure().text;
+    };
+    QCOMPARE(refusal(ops::kLargestInput + 1), "cannot read " + path("huge") + ": larger than 256 MiB");
+    QCOMPARE(refusal(4096), QByteArray());
 }
 
 void TestInputFile::aFileThatCannotBeWrittenStaysAsItWas()
@@ -154,6 +239,54 @@ void TestInputFile::aDeviceStaysADevice()
     QCOMPARE(stat(device.constData(), &about), 0);
     QVERIFY(S_ISCHR(about.st_mode));
     close(master);
+}
+
+void TestInputFile::theReasonIsTold_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QByteArray>("reason");
+    QTest::newRow("a folder") << m_folder.path().toUtf8() << QByteArray("it is a directory");
+    QTest::newRow("a device") << QByteArray("/dev/null") << QByteArray("it is no regular file");
+    QTest::newRow("nothing there") << path("nothing") << QByteArray("No such file or directory");
+    QTest::newRow("below a file") << path("there/file") << QByteArray("Not a directory");
+    QTest::newRow("no name") << QByteArray() << QByteArray("No such file or directory");
+    QTest::newRow("a name too long") << path(QByteArray(300, 'x').constData())
+                                     << QByteArray("File name too long");
+    QTest::newRow("a link to itself") << path("circle") << QByteArray("Too many levels of symbolic links");
+}
+
+void TestInputFile::theReasonIsTold()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QByteArray, reason);
+    QVERIFY(ops::writeOutput(path("there"), "old"));
+    QFile::link(QStringLiteral("circle"), QFile::decodeName(path("circle")));
+    const auto read = ops::readInput(file);
+    QVERIFY(!read);
+    QCOMPARE(read.failure().text, "cannot read " + file + ": " + reason);
+}
+
+void TestInputFile::aLinkIsFollowed()
+{
+    QVERIFY(ops::writeOutput(path("behind"), "text"));
+    QVERIFY(QFile::link(QStringLiteral("behind"), QFile::decodeName(path("link"))));
+    const auto read = ops::readInput(path("link"));
+    QVERIFY(read);
+    QCOMPARE(*read, QByteArray("text"));
+}
+
+// Whole, and without anything beside it: a reader sees the old content or the new one.
+void TestInputFile::whatIsWrittenIsThereAtOnce()
+{
+    QTemporaryDir folder;
+    const QByteArray file = folder.filePath(QStringLiteral("f")).toUtf8();
+    QVERIFY(ops::writeOutput(file, "old"));
+    QFile open(QFile::decodeName(file));
+    QVERIFY(open.open(QIODevice::ReadOnly));
+    QVERIFY(ops::writeOutput(file, "new and longer"));
+    QCOMPARE(open.readAll(), QByteArray("old"));
+    QCOMPARE(*ops::readInput(file), QByteArray("new and longer"));
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("f")});
 }
 
 QTEST_APPLESS_MAIN(TestInputFile)
