@@ -74,7 +74,7 @@ int printKeys(Context &context, const ops::Snapshot &snapshot, const std::vector
         ++found;
         context.out.item([&] { return valueItem(key, *value); });
         const ops::KnownName *known = ops::knownByKey(key.path, key.name);
-        const QByteArray text = printable(ops::inWords(known ? known->kind : ops::Kind::Number, *value));
+        const QByteArray text = printable(ops::inWords(ops::kindOf(known, *value), *value));
         context.out.line(alone ? text : printable(known ? known->word : key.name) + '=' + text);
     }
     return found;

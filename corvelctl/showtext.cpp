@@ -13,8 +13,8 @@ QByteArray wordValue(const ops::Snapshot &snapshot, const ops::Place &place, con
     const ops::KnownName *known = ops::knownByWord(place, word);
     const ops::Value *value =
         known ? snapshot.find(ops::pathOf(place, *known), known->name) : snapshot.find(place.path, word);
-    const ops::Kind kind = known ? known->kind : ops::Kind::Number;
-    const QByteArray text = value ? printable(ops::inWords(kind, *value)) : QByteArray();
+    const QByteArray text =
+        value ? printable(ops::inWords(ops::kindOf(known, *value), *value)) : QByteArray();
     return text.isEmpty() ? "-" : text;
 }
 

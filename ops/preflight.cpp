@@ -127,7 +127,7 @@ QByteArray CheckedChannel::name(const char *word) const
 PreflightData preflightData(const Snapshot &snapshot, const NetPicture &machine, Preflight which)
 {
     PreflightData data{
-        machine, {}, {}, serverText(snapshot, "nmos.ip"), serverSwitch(snapshot, "nmos.override")};
+        snapshot, machine, {}, {}, serverText(snapshot, "nmos.ip"), serverSwitch(snapshot, "nmos.override")};
     const int count = channelCount(snapshot);
     for (int number = 0; number < count; ++number) {
         CheckedChannel channel = readChannel(snapshot, number);

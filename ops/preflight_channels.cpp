@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// What a channel has once: clock, format, audio layout; and the NMOS node.
+// What a channel has once: clock, format, audio layout; the NMOS node; and values that nobody can read.
 #include "channel/valuenames.h"
+#include "ops/assignment.h"
 #include "ops/ipv4.h"
 #include "ops/preflightrules.h"
 #include "ops/sdpfix.h"
 #include "ops/sdprules.h"
+#include "ops/shellwords.h"
 #include "ops/streamrate.h"
+#include "ops/vocabulary.h"
 
 namespace ops {
 
@@ -113,6 +116,33 @@ void nmosAddress(const PreflightData &data, PreflightReport &report)
                    "set it to an address of an interface");
 }
 
+// "=2" and the like, where what is stored says what was meant.
+QByteArray meantBy(const KnownName &known, const Value &value)
+{
+    const QByteArray text = value.isText ? value.text : QByteArray::number(value.number);
+    return !text.isEmpty() && fromWords(known.kind, text) ? '=' + spelled(text, {}) : QByteArray();
+}
+
+QByteArray storedAs(const Value &value)
+{
+    return value.isText ? "the text \"" + value.text + '"' : "the number " + QByteArray::number(value.number);
+}
+
+// Everybody who reads a value of the other type gets the answer for one that is absent.
+void wrongTypes(const PreflightData &data, PreflightReport &report)
+{
+    const int channels = channelCount(data.values);
+    for (const Row &row : data.values.rows()) {
+        const KnownName *known = knownByKey(row.path, row.name);
+        if (!known || isTextKind(known->kind) == row.value.isText || channelOfPath(row.path) >= channels)
+            continue;
+        const QByteArray key = keyInWords(row.path, row.name), meant = meantBy(*known, row.value);
+        report.add(key, "stored as " + storedAs(row.value) + ", and read as if nothing were there",
+                   meant.isEmpty() ? "set it again, or delete it: corvelctl unset " + key
+                                   : "set it again: corvelctl set " + key + meant);
+    }
+}
+
 // clang-format off
 const PreflightRule kRules[] = {
     // name            severity           clause            whole          stream
@@ -124,6 +154,7 @@ const PreflightRule kRules[] = {
     {"format",         Severity::Error,   "",               formatUnknown, nullptr},
     {"audio-packet",   Severity::Error,   "ST 2110-10",     audioPackets,  nullptr},
     {"nmos-address",   Severity::Warning, "",               nmosAddress,   nullptr},
+    {"wrong-type",     Severity::Error,   "",               wrongTypes,    nullptr},
 };
 // clang-format on
 

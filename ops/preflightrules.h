@@ -40,6 +40,7 @@ struct CheckedChannel {
 };
 
 struct PreflightData {
+    const Snapshot &values;
     const NetPicture &machine;
     std::vector<CheckedChannel> channels;
     std::vector<CheckedStream> streams;

@@ -55,7 +55,7 @@ const struct { Kind kind; quint32 least, most; const char *says; } kRanges[] = {
     {Kind::Number,       0, 0xffffffff,   "a number from 0 to 4294967295 is needed"},
     {Kind::AudioCount,   0, 64,           "a flow has 0 to 64 audio channels"},
     {Kind::AudioTotal,   0, 512,          "a number of audio channels is from 0 to 512"},
-    {Kind::PacketTime,   1, 4000,         "a packet time is 125 or 1000 microseconds"},
+    {Kind::PacketTime,   1, 4000,         "a packet time is 1 to 4000 microseconds, such as 125 or 1000"},
     {Kind::Domain,       0, kHighestPtpDomain,          "a PTP domain is a number from 0 to 127"},
     {Kind::ChannelCount, 0, kMaxChannels, "a server has 0 to 65536 channels"},
     {Kind::Type,         0, 0xffffffff,   "a channel type is SMPTE-2110 or a number"},
@@ -237,7 +237,7 @@ bool isTextKind(Kind kind)
 QByteArray inWords(Kind kind, const Value &value)
 {
     if (value.isText)
-        return value.text;
+        return isTextKind(kind) ? value.text : '"' + value.text + '"';
     for (const Word &row : plainWords(kind)) {
         if (row.number == value.number)
             return row.word;

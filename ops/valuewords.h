@@ -35,7 +35,8 @@ enum class Kind {
 // Whether values of this kind are stored as text.
 bool isTextKind(Kind kind);
 
-// The value as a person says it. A value of the wrong type or out of range comes out as it is.
+// The value as a person says it. A number out of range comes out as it is, and so does one where a text
+// belongs; a text where a number belongs stands in quotes, or it would look like one.
 QByteArray inWords(Kind kind, const Value &value);
 
 // The value that the words stand for. Numbers may be given for every kind that is stored as one, decimal or

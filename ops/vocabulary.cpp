@@ -193,6 +193,13 @@ QByteArrayList valueNamesAt(const Place &place)
     return names;
 }
 
+Kind kindOf(const KnownName *known, const Value &value)
+{
+    if (known)
+        return known->kind;
+    return value.isText ? Kind::Text : Kind::Number;
+}
+
 QByteArray keyInWords(const QByteArray &path, const QByteArray &name)
 {
     const KnownName *known = knownByKey(path, name);

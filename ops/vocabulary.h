@@ -37,6 +37,9 @@ QByteArray pathOf(const Place &place, const KnownName &known);
 QByteArrayList wordsAt(const Place &place);
 QByteArrayList valueNamesAt(const Place &place);
 
+// Of a name that means nothing to us (null): what the value is.
+Kind kindOf(const KnownName *known, const Value &value);
+
 // "2/video rx.dst", or path and name as they stand when the key means nothing to us.
 QByteArray keyInWords(const QByteArray &path, const QByteArray &name);
 

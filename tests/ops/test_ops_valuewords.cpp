@@ -20,6 +20,12 @@ private slots:
     void everyFormatHasAShortName();
     void unknownBitsOfUseAreKept();
     void unknownNumbersAreShownAsTheyAre();
+    void aTextWhereANumberBelongsStandsInQuotes_data();
+    void aTextWhereANumberBelongsStandsInQuotes();
+    void theReasonIsTold_data();
+    void theReasonIsTold();
+    void rangesEndWhereTheySay_data();
+    void rangesEndWhereTheySay();
     void addressBits();
 };
 
@@ -149,7 +155,103 @@ void TestValueWords::unknownNumbersAreShownAsTheyAre()
 {
     QCOMPARE(ops::inWords(Kind::Clock, number(7)), QByteArray("7"));
     QCOMPARE(ops::inWords(Kind::Format, number(5)), QByteArray("5"));
-    QCOMPARE(ops::inWords(Kind::Port, text("abc")), QByteArray("abc"));
+    QCOMPARE(ops::inWords(Kind::Use, number(0xffffffe0)), QByteArray("0xffffffe0"));
+    QCOMPARE(ops::inWords(Kind::Switch, number(2)), QByteArray("2"));
+}
+
+// A port that is stored as a text is none, whatever it looks like.
+void TestValueWords::aTextWhereANumberBelongsStandsInQuotes_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<bool>("quoted");
+    for (const Kind kind : {Kind::Address, Kind::Interface, Kind::GrandMaster, Kind::Text})
+        QTest::addRow("text %d", int(kind)) << int(kind) << false;
+    for (const Kind kind : {Kind::Port, Kind::Use, Kind::Number, Kind::AudioCount, Kind::AudioTotal,
+                            Kind::PacketTime, Kind::Type, Kind::Format, Kind::Clock, Kind::Domain,
+                            Kind::FlowMode, Kind::Switch, Kind::ChannelCount})
+        QTest::addRow("number %d", int(kind)) << int(kind) << true;
+}
+
+void TestValueWords::aTextWhereANumberBelongsStandsInQuotes()
+{
+    QFETCH(int, kind);
+    QFETCH(bool, quoted);
+    QCOMPARE(ops::isTextKind(Kind(kind)), !quoted);
+    QCOMPARE(ops::inWords(Kind(kind), text("20000")), QByteArray(quoted ? "\"20000\"" : "20000"));
+    QCOMPARE(ops::inWords(Kind(kind), text("")), QByteArray(quoted ? "\"\"" : ""));
+}
+
+void TestValueWords::theReasonIsTold_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QByteArray>("words");
+    QTest::addColumn<QByteArray>("reason");
+    const auto row = [](Kind kind, const char *words, const char *reason) {
+        QTest::addRow("%d %s", int(kind), words) << int(kind) << QByteArray(words) << QByteArray(reason);
+    };
+    row(Kind::Address, "1.2.3", "\"1.2.3\" is no IPv4 address: four numbers from 0 to 255 with dots between");
+    row(Kind::Interface, "eth0", "\"eth0\" is no IPv4 address: four numbers from 0 to 255 with dots between");
+    row(Kind::GrandMaster, "zz", "\"zz\" is neither a clock identity nor a MAC address");
+    row(Kind::GrandMaster, "00-1D",
+        "\"00-1D\": a clock identity has 16 hexadecimal digits, a MAC address 12");
+    row(Kind::Port, "65536", "\"65536\": a port is a number from 0 to 65535");
+    row(Kind::Number, "4294967296", "\"4294967296\": a number from 0 to 4294967295 is needed");
+    row(Kind::AudioCount, "65", "\"65\": a flow has 0 to 64 audio channels");
+    row(Kind::AudioTotal, "513", "\"513\": a number of audio channels is from 0 to 512");
+    row(Kind::PacketTime, "4001", "\"4001\": a packet time is 1 to 4000 microseconds, such as 125 or 1000");
+    row(Kind::Domain, "128", "\"128\": a PTP domain is a number from 0 to 127");
+    row(Kind::ChannelCount, "65537", "\"65537\": a server has 0 to 65536 channels");
+    row(Kind::Type, "SMTPE-2110",
+        "\"SMTPE-2110\": a channel type is SMPTE-2110 or a number; did you mean SMPTE-2110?");
+    row(Kind::Format, "1080p51",
+        "\"1080p51\": a video format is one of the dialog's, such as 1080p50 or 3840x2160p59.94");
+    row(Kind::Clock, "swptp",
+        "\"swptp\": a clock is internal, hw-ptp, sw-ptp, free-run or a number; did you mean sw-ptp?");
+    row(Kind::FlowMode, "singel", "\"singel\": a flow mode is single or flows; did you mean single?");
+    row(Kind::Switch, "yes", "\"yes\": a switch is on or off");
+}
+
+void TestValueWords::theReasonIsTold()
+{
+    QFETCH(int, kind);
+    QFETCH(QByteArray, words);
+    QFETCH(QByteArray, reason);
+    const auto read = ops::fromWords(Kind(kind), words);
+    QVERIFY(!read);
+    QCOMPARE(read.failure().text, reason);
+    QCOMPARE(read.failure().kind, ops::Failure::Input);
+}
+
+// Both ends of each range, and the number behind the last.
+void TestValueWords::rangesEndWhereTheySay_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<quint32>("least");
+    QTest::addColumn<quint32>("most");
+    const struct {
+        Kind kind;
+        quint32 least, most;
+    } rows[] = {{Kind::Port, 0, 65535},         {Kind::Number, 0, 0xffffffff}, {Kind::AudioCount, 0, 64},
+                {Kind::AudioTotal, 0, 512},     {Kind::PacketTime, 1, 4000},   {Kind::Domain, 0, 127},
+                {Kind::ChannelCount, 0, 65536}, {Kind::Type, 0, 0xffffffff},   {Kind::Format, 0, 0xffffffff},
+                {Kind::Clock, 0, 0xffffffff},   {Kind::FlowMode, 0, 1},        {Kind::Switch, 0, 1}};
+    for (const auto &row : rows)
+        QTest::addRow("%d", int(row.kind)) << int(row.kind) << row.least << row.most;
+}
+
+void TestValueWords::rangesEndWhereTheySay()
+{
+    QFETCH(int, kind);
+    QFETCH(quint32, least);
+    QFETCH(quint32, most);
+    for (const quint32 fits : {least, most}) {
+        const auto read = ops::fromWords(Kind(kind), QByteArray::number(fits));
+        QVERIFY(read);
+        QCOMPARE(*read, number(fits));
+        QCOMPARE(*ops::fromWords(Kind(kind), "0x" + QByteArray::number(fits, 16)), number(fits));
+    }
+    QVERIFY(!ops::fromWords(Kind(kind), QByteArray::number(quint64(most) + 1)));
+    QVERIFY(least == 0 || !ops::fromWords(Kind(kind), QByteArray::number(least - 1)));
 }
 
 void TestValueWords::addressBits()

@@ -216,6 +216,10 @@ private slots:
     void anOverriddenNodeNeedsNoAddress();
     void aCopyInTwoReceiversOfOneGroupIsToldOnce();
     void singleFlowsAndFlowsBeyondTheCount();
+    void valuesOfTheWrongType_data();
+    void valuesOfTheWrongType();
+    void onlyKnownValuesHaveAType();
+    void theRemedyOfAWrongTypeIsACommand();
     void aThousandChannelsWithinASecond();
 };
 
@@ -268,8 +272,8 @@ void TestPreflight::whatIsNearIsNotTold()
 void TestPreflight::everyRuleHasATest()
 {
     // These have tests of their own below.
-    QSet<QByteArray> tested = {"interface-down", "interface-multicast", "mtu",          "ptp-client",
-                               "ptp-domain",     "port-range",          "never-set-up", "format"};
+    QSet<QByteArray> tested = {"interface-down", "interface-multicast", "mtu",    "ptp-client", "ptp-domain",
+                               "port-range",     "never-set-up",        "format", "wrong-type"};
     for (const Trouble &trouble : troubles)
         tested << QByteArray(trouble.expected).split(':').first();
     QSet<QByteArray> names;
@@ -401,6 +405,84 @@ void TestPreflight::singleFlowsAndFlowsBeyondTheCount()
     Settings two = second;
     two.append(qMakePair(QByteArray("0"), QByteArray("flows=2")));
     QCOMPARE(check(two), QStringList({QStringLiteral("sent-twice: 0/audio/1 tx.dst")}));
+}
+
+void TestPreflight::valuesOfTheWrongType_data()
+{
+    QTest::addColumn<QByteArray>("place");
+    QTest::addColumn<QByteArray>("word");
+    QTest::addColumn<bool>("isText");
+    QTest::addColumn<QByteArray>("stored");
+    QTest::addColumn<QString>("expected");
+    const auto row = [](const char *place, const char *word, bool isText, const char *stored,
+                        const char *expected) {
+        QTest::addRow("%s %s", place, word) << QByteArray(place) << QByteArray(word) << isText
+                                            << QByteArray(stored) << QString::fromUtf8(expected);
+    };
+    row("0/video", "tx.src-port", true, "20000",
+        "0/video tx.src-port: stored as the text \"20000\", and read as if nothing were there; "
+        "set it again: corvelctl set 0/video tx.src-port=20000");
+    row("0", "format", true, "1080P 50fps (1920)",
+        "0 format: stored as the text \"1080P 50fps (1920)\", and read as if nothing were there; "
+        "set it again: corvelctl set 0 format=1080P\\ 50fps\\ \\(1920\\)");
+    row("0", "flow-mode", true, "",
+        "0 flow-mode: stored as the text \"\", and read as if nothing were there; "
+        "set it again, or delete it: corvelctl unset 0 flow-mode");
+    row("0/audio/7", "rx.dst-port", true, "70000",
+        "0/audio/7 rx.dst-port: stored as the text \"70000\", and read as if nothing were there; "
+        "set it again, or delete it: corvelctl unset 0/audio/7 rx.dst-port");
+    row("0/anc", "rx.src", false, "7",
+        "0/anc rx.src: stored as the number 7, and read as if nothing were there; "
+        "set it again, or delete it: corvelctl unset 0/anc rx.src");
+    row("server", "nmos.log", true, "on",
+        "server nmos.log: stored as the text \"on\", and read as if nothing were there; "
+        "set it again: corvelctl set server nmos.log=on");
+    row("server", "nmos.port", false, "8080",
+        "server nmos.port: stored as the number 8080, and read as if nothing were there; "
+        "set it again: corvelctl set server nmos.port=8080");
+}
+
+void TestPreflight::valuesOfTheWrongType()
+{
+    QFETCH(QByteArray, place);
+    QFETCH(QByteArray, word);
+    QFETCH(bool, isText);
+    QFETCH(QByteArray, stored);
+    QFETCH(QString, expected);
+    Snapshot snapshot = saneStore();
+    applyRaw(snapshot, place, word, isText ? Value::ofText(stored) : Value::ofNumber(stored.toUInt()));
+    QStringList found;
+    for (const Finding &finding : runPreflight(snapshot, machine())) {
+        if (qstrcmp(finding.rule, "wrong-type") == 0)
+            found << QString::fromUtf8(finding.place + ": " + finding.reason + "; " + finding.remedy);
+    }
+    QCOMPARE(found, QStringList{expected});
+}
+
+// A site's own names mean nothing to us, nor do channels that the server does not offer.
+void TestPreflight::onlyKnownValuesHaveAType()
+{
+    Snapshot snapshot = saneStore({{"server", "channels=2"}});
+    snapshot.set(channelPath(0), "SiteOwn", Value::ofText("5"));
+    snapshot.set("KWX\\Site", "ClockDomain", Value::ofText("5"));
+    snapshot.set(channelPath(2), "ClockDomain", Value::ofText("5"));
+    QCOMPARE(told(runPreflight(snapshot, machine())), QStringList());
+    snapshot.set(channelPath(1), "ClockDomain", Value::ofText("5"));
+    const Findings findings = runPreflight(snapshot, machine());
+    QCOMPARE(told(findings), QStringList({QStringLiteral("wrong-type: 1 domain")}));
+    QVERIFY(hasTrouble(findings));
+}
+
+// The number of channels itself: four are offered as long as it cannot be read.
+void TestPreflight::theRemedyOfAWrongTypeIsACommand()
+{
+    Snapshot snapshot = saneStore();
+    applyRaw(snapshot, "server", "channels", Value::ofText("2"));
+    snapshot.set(channelPath(3), "ClockDomain", Value::ofText("it's"));
+    const Findings findings = runPreflight(snapshot, machine());
+    QCOMPARE(told(findings), QStringList({QStringLiteral("wrong-type: server channels"),
+                                          QStringLiteral("wrong-type: 3 domain")}));
+    QCOMPARE(findings.front().remedy, QByteArray("set it again: corvelctl set server channels=2"));
 }
 
 // Everything a thousand channels with eight flows can hold; the worst case is that all of them clash.
