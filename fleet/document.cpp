@@ -91,7 +91,8 @@ ops::Outcome<std::string> writeDocument(const Document &document)
         return ops::wrong(bad);
     std::string text = documentText(document);
     if (text.size() > kMaxDocumentBytes)
-        return ops::wrong("longer than " + QByteArray::number(int(kMaxDocumentBytes)) + " bytes");
+        return ops::wrong("longer than " + QByteArray::number(static_cast<int>(kMaxDocumentBytes)) +
+                          " bytes");
     return text;
 }
 

@@ -92,11 +92,11 @@ Outcome<Value> valueOf(const KnownName &known, const QByteArray &cell)
     if (cell == kEmpty)
         return Value::ofText(QByteArray());
     if (cell.startsWith(kText))
-        return Value::ofText(cell.mid(int(sizeof kText) - 1));
+        return Value::ofText(cell.mid(static_cast<int>(sizeof kText) - 1));
     if (cell.startsWith(kBase64))
-        return Value::ofText(QByteArray::fromBase64(cell.mid(int(sizeof kBase64) - 1)));
+        return Value::ofText(QByteArray::fromBase64(cell.mid(static_cast<int>(sizeof kBase64) - 1)));
     if (cell.startsWith(kNumber))
-        return fromWords(Kind::Number, cell.mid(int(sizeof kNumber) - 1));
+        return fromWords(Kind::Number, cell.mid(static_cast<int>(sizeof kNumber) - 1));
     return fromWords(known.kind, plainCell(cell));
 }
 
