@@ -4,6 +4,7 @@
 // is the slots' business.
 #include "app/dialog/private.h"
 
+#include <QGridLayout>
 #include <QPushButton>
 #include <QStackedLayout>
 
@@ -13,11 +14,14 @@ constexpr int kTicksPerSecond = 100; // of the status timer
 
 } // namespace
 
-// The bar is as wide as the page and covers its first row; the line stands between the command buttons.
+// The bar is as wide as the page and covers its first row, where there are others. The line stands between
+// the command buttons.
 void QCorvelPrivate::placeNotices()
 {
-    const QRect page = q->m_pSwapLayout->currentWidget()->geometry(); // the layout itself has none
-    const QRect bar(page.left(), page.top() + px(2), page.width(), px(26));
+    const QWidget *shownPage = q->m_pSwapLayout->currentWidget();
+    const QRect page = shownPage->geometry(); // the layout itself has none
+    const int below = shownPage == simplePage ? q->m_pSimpleLayout->cellRect(0, 0).bottom() + px(8) : px(2);
+    const QRect bar(page.left(), page.top() + below, page.width(), px(26));
     const QPoint left = q->m_pCmdSave->mapTo(q, q->m_pCmdSave->rect().topRight());
     const QPoint right = q->m_pCmdAccept->mapTo(q, QPoint(0, 0));
     const int top = left.y() - px(6);

@@ -4,12 +4,26 @@
 #include "app/view/digitgroups.h"
 
 #include <QCoreApplication>
+#include <QProgressBar>
 #include <QProgressDialog>
+#include <QPushButton>
 
 namespace {
 
 constexpr int kBetweenMs = 50; // seldom enough to cost nothing, often enough for the eye
 constexpr int kBarEnd = 1000;
+
+// Lengths follow the font, as all lengths of the dialog do. The bar's own text would stand on the accent
+// colour.
+void fit(QProgressDialog *box)
+{
+    const QFontMetrics font = box->fontMetrics();
+    box->setMinimumWidth(font.averageCharWidth() * 48);
+    for (QPushButton *button : box->findChildren<QPushButton *>())
+        button->setMinimumSize(font.averageCharWidth() * 14, font.height() * 17 / 10);
+    for (QProgressBar *bar : box->findChildren<QProgressBar *>())
+        bar->setTextVisible(false);
+}
 
 } // namespace
 
@@ -41,6 +55,7 @@ void FileProgress::show(qint64 done, qint64 total, int values)
         m_box->setAutoClose(false);
         m_box->setAutoReset(false);
         m_box->setRange(0, total > 0 ? kBarEnd : 0);
+        fit(m_box.get());
     }
     const QString text = QCoreApplication::translate("QCorvel", "%1 values");
     m_box->setLabelText(text.arg(QString::fromLatin1(digitGroups(values))));

@@ -47,6 +47,7 @@ QTableWidget *newTable(QWidget *owner)
     table->setTabKeyNavigation(false);
     table->verticalHeader()->hide();
     table->horizontalHeader()->setStretchLastSection(true);
+    table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter); // as the texts below
     table->setAccessibleName(tr("The last changes"));
     return table;
 }

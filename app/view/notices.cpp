@@ -43,7 +43,8 @@ void Notices::place(const QRect &bar, const QRect &line)
 {
     m_barPlace = bar;
     fitBar();
-    m_line->setGeometry(line);
+    m_linePlace = line;
+    fitLine();
 }
 
 void Notices::setBar(const QString &text)
@@ -61,21 +62,35 @@ void Notices::fitBar()
     m_bar->setGeometry(place);
 }
 
+void Notices::fitLine()
+{
+    QRect place = m_linePlace;
+    const int height = qMax(place.height(), m_line->heightForWidth(place.width()));
+    place.setTop(place.bottom() + 1 - height);
+    m_line->setGeometry(place);
+}
+
+void Notices::showLine(const QString &text)
+{
+    showText(m_line, text);
+    fitLine();
+}
+
 void Notices::setStanding(const QString &text)
 {
     m_standing = text;
     if (m_ticksLeft == 0)
-        showText(m_line, text);
+        showLine(text);
 }
 
 void Notices::tell(const QString &text, int ticks)
 {
     m_ticksLeft = ticks;
-    showText(m_line, text);
+    showLine(text);
 }
 
 void Notices::tick()
 {
     if (m_ticksLeft > 0 && --m_ticksLeft == 0)
-        showText(m_line, m_standing);
+        showLine(m_standing);
 }

@@ -18,7 +18,7 @@ class Notices {
 public:
     // Makes both, hidden, as children of the owner: object names "storeBar" and "statusLine".
     void make(QWidget *owner, const QFont &font);
-    // The bar is as high as its text needs, and at least as high as here.
+    // Each is as high as its text needs, and at least as high as here: the bar grows down, the line up.
     void place(const QRect &bar, const QRect &line);
 
     // Shown until it is set to the empty text.
@@ -34,8 +34,10 @@ public:
 
 private:
     void fitBar();
+    void fitLine();
+    void showLine(const QString &text);
 
-    QRect m_barPlace;
+    QRect m_barPlace, m_linePlace;
     QLabel *m_bar = nullptr;
     QLabel *m_line = nullptr;
     QString m_barText, m_standing;

@@ -16,6 +16,7 @@ private slots:
     void hiddenAtFirst();
     void barStaysUntilTakenAway();
     void barGrowsWithItsText();
+    void lineGrowsUpWithItsText();
     void lineEndsAfterItsTicks();
     void standingTextComesBack();
     void laterReplacesEarlier();
@@ -77,6 +78,23 @@ void TestNotices::barGrowsWithItsText()
     QCOMPARE(bar->geometry(), grown);
     m_notices.setBar(QStringLiteral("full disk"));
     QCOMPARE(bar->geometry(), place);
+}
+
+// It stands at the lower edge of the window.
+void TestNotices::lineGrowsUpWithItsText()
+{
+    const QRect place(20, 600, 280, 40);
+    m_notices.place(QRect(), place);
+    const auto *line = m_owner->findChild<QLabel *>(QStringLiteral("statusLine"));
+    m_notices.setStanding(QStringLiteral("two dialogs"));
+    QCOMPARE(line->geometry(), place);
+    m_notices.tell(QStringLiteral("a word and another one ").repeated(20), 1);
+    const QRect grown = line->geometry();
+    QVERIFY(grown.height() >= line->heightForWidth(280) && grown.height() > place.height());
+    QCOMPARE(grown.bottomLeft(), place.bottomLeft());
+    QCOMPARE(grown.width(), place.width());
+    tick(1);
+    QCOMPARE(line->geometry(), place);
 }
 
 void TestNotices::lineEndsAfterItsTicks()
