@@ -6,7 +6,6 @@
 #include <QCoreApplication>
 #include <QProgressBar>
 #include <QProgressDialog>
-#include <QPushButton>
 
 namespace {
 
@@ -17,10 +16,7 @@ constexpr int kBarEnd = 1000;
 // colour.
 void fit(QProgressDialog *box)
 {
-    const QFontMetrics font = box->fontMetrics();
-    box->setMinimumWidth(font.averageCharWidth() * 48);
-    for (QPushButton *button : box->findChildren<QPushButton *>())
-        button->setMinimumSize(font.averageCharWidth() * 14, font.height() * 17 / 10);
+    box->setMinimumWidth(box->fontMetrics().averageCharWidth() * 48);
     for (QProgressBar *bar : box->findChildren<QProgressBar *>())
         bar->setTextVisible(false);
 }

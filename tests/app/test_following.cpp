@@ -24,7 +24,9 @@ private slots:
     void aFieldThatOnlyHasTheFocusFollows();
     void anOpenListStays();
     void anotherConfiguration();
+    void theOneChosenHere();
     void aConfigurationMadeAndDeleted();
+    void anOpenListOfConfigurationsStays();
     void theOverride();
     void theLog();
     void savedSettingsLeaveTheBox();
@@ -153,6 +155,43 @@ void TestFollowing::anotherConfiguration()
     OtherProgram::choose(QStringLiteral("default"));
     QTRY_COMPARE(m_dialog->m_pLineRecDstAddr->address(), QStringLiteral("239.1.1.0"));
     QCOMPARE(m_dialog->m_pConfig->currentText(), QStringLiteral("default"));
+}
+
+// Every write is seen, not only the first ones, which make files that tell of themselves.
+void TestFollowing::theOneChosenHere()
+{
+    OtherProgram::choose(QStringLiteral("van"));
+    OtherProgram::choose(QStringLiteral("default"));
+    QComboBox *combo = m_dialog->m_pConfig;
+    QTRY_VERIFY(combo->currentText() == QLatin1String("default") &&
+                combo->findText(QStringLiteral("van")) >= 0);
+    combo->setFocus();
+    QTest::keyClick(combo, Qt::Key_V);
+    QCOMPARE(combo->currentText(), QStringLiteral("van"));
+    for (const char *address : {"239.6.6.1", "239.6.6.2", "239.6.6.3"}) {
+        OtherProgram::set(0, "ReceiveDestinationIp", QLatin1String(address));
+        QTRY_COMPARE(m_dialog->m_pLineRecDstAddr->address(), QLatin1String(address));
+        letItTick(m_dialog);
+    }
+    OtherProgram::choose(QStringLiteral("default"));
+    QTRY_COMPARE(combo->currentText(), QStringLiteral("default"));
+}
+
+// It would change under the hand. It is right again when it has been closed and anything happens.
+void TestFollowing::anOpenListOfConfigurationsStays()
+{
+    QComboBox *combo = m_dialog->m_pConfig;
+    const int before = combo->count();
+    combo->showPopup();
+    rkCFGClose(rkCFGOpen("spare", 1), 1);
+    OtherProgram::setNumber(0, "TransmitRemotePort", 7002);
+    QTRY_COMPARE(m_dialog->m_pEditSndDstPort->text(), QStringLiteral("7002"));
+    QCOMPARE(combo->count(), before);
+    combo->hidePopup();
+    QCOMPARE(rkCFGDelete("spare"), 0);
+    rkCFGClose(rkCFGOpen("spare", 1), 1);
+    QTRY_COMPARE(combo->count(), before + 1);
+    QCOMPARE(rkCFGDelete("spare"), 0);
 }
 
 void TestFollowing::aConfigurationMadeAndDeleted()

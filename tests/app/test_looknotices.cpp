@@ -147,6 +147,8 @@ void TestLookNotices::progress()
     QVERIFY(box && box->objectName() == QLatin1String("fileProgress"));
     for (const QLabel *text : box->findChildren<QLabel *>())
         QVERIFY2(text->width() >= text->sizeHint().width(), qPrintable(text->text()));
+    for (const QPushButton *button : box->findChildren<QPushButton *>())
+        QVERIFY(box->rect().contains(button->geometry()) && button->width() >= button->sizeHint().width());
     QVERIFY(box->width() >= box->fontMetrics().averageCharWidth() * 48); // the title is read, at every scale
     QVERIFY(!box->findChild<QProgressBar *>()->isTextVisible()); // white on the accent colour is not read
     savePicture(box, "progress");
