@@ -127,6 +127,7 @@ struct Unit {
     char letter;
     qint64 seconds;
 };
+constexpr qint64 kLongestSeconds = 36500LL * 86400; // a hundred years
 constexpr Unit kUnits[] = {{'s', 1}, {'m', 60}, {'h', 3600}, {'d', 86400}};
 
 qint64 secondsOf(char letter)
@@ -268,22 +269,25 @@ Outcome<TakeBackPlan> takeBack(Store &store, const std::vector<const Batch *> &b
 
 Outcome<qint64> parseDuration(const QByteArray &text)
 {
+    const Failure none = wrong('"' + text.left(40) + "\" is no time such as 90s, 10m, 2h or 1d");
     qint64 seconds = 0, number = 0;
     bool digits = false;
     for (const char c : text) {
         const bool digit = c >= '0' && c <= '9' && number < 1000000;
         if (!digit && (!digits || secondsOf(c) == 0))
-            return wrong('"' + text.left(40) + "\" is no time such as 90s, 10m, 2h or 1d");
+            return none;
         if (digit) {
             number = number * 10 + (c - '0');
         } else {
             seconds += number * secondsOf(c);
             number = 0;
         }
+        if (seconds > kLongestSeconds)
+            return none;
         digits = digit;
     }
     if (text.isEmpty() || digits)
-        return wrong('"' + text.left(40) + "\" is no time such as 90s, 10m, 2h or 1d");
+        return none;
     return seconds * 1000000;
 }
 

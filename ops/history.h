@@ -54,7 +54,7 @@ TakeBackPlan planTakeBack(const Snapshot &now, const std::vector<const Batch *> 
 Outcome<TakeBackPlan> takeBack(Store &store, const std::vector<const Batch *> &batches, bool force,
                                const char *verb);
 
-// "10m", "2h", "1d", "90s", "1h30m" in microseconds.
+// "10m", "2h", "1d", "90s", "1h30m" in microseconds, up to a hundred years.
 Outcome<qint64> parseDuration(const QByteArray &text);
 
 // "2026-11-21T16:40:12.123456Z"

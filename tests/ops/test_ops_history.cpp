@@ -148,6 +148,11 @@ void TestHistory::durations_data()
     QTest::newRow("hours") << QByteArray("2h") << qint64(7200);
     QTest::newRow("days") << QByteArray("1d") << qint64(86400);
     QTest::newRow("mixed") << QByteArray("1h30m") << qint64(5400);
+    QTest::newRow("all four") << QByteArray("1d1h1m1s") << qint64(90061);
+    QTest::newRow("any order") << QByteArray("1s1d") << qint64(86401);
+    QTest::newRow("a unit twice") << QByteArray("10m10m") << qint64(1200);
+    QTest::newRow("more than a day of minutes") << QByteArray("1500m") << qint64(90000);
+    QTest::newRow("a hundred years") << QByteArray("36500d") << qint64(3153600000);
     QTest::newRow("zero") << QByteArray("0s") << qint64(0);
 }
 
@@ -164,14 +169,19 @@ void TestHistory::wrongDurations_data()
 {
     QTest::addColumn<QByteArray>("text");
     for (const char *text :
-         {"", "10", "m", "10x", "10 m", "-10m", "1h30", "99999999999999999999d", "1.5h", "10mm"})
+         {"", "10", "m", "10x", "10 m", "-10m", "1h30", "99999999999999999999d", "1.5h", "10mm", "36501d"})
         QTest::newRow(*text ? text : "empty") << QByteArray(text);
+    QTest::newRow("more than a number holds") << QByteArray("9999999d").repeated(20);
+    QTest::newRow("a long text") << QByteArray(100, 'x');
 }
 
 void TestHistory::wrongDurations()
 {
     QFETCH(QByteArray, text);
-    QVERIFY(!ops::parseDuration(text));
+    const auto duration = ops::parseDuration(text);
+    QVERIFY(!duration);
+    QCOMPARE(duration.failure().kind, ops::Failure::Input);
+    QCOMPARE(duration.failure().text, '"' + text.left(40) + "\" is no time such as 90s, 10m, 2h or 1d");
 }
 
 void TestHistory::times()
