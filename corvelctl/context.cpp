@@ -4,6 +4,13 @@
 #include "ops/configurations.h"
 #include "ops/inputfile.h"
 
+#include <algorithm>
+
+bool readsInputTwice(const std::vector<std::string> &files)
+{
+    return std::count(files.begin(), files.end(), "-") > 1;
+}
+
 ops::Outcome<ops::Store> Context::open() const
 {
     if (configuration.empty())

@@ -14,6 +14,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 enum Exit {
     Done = 0,
@@ -42,6 +43,10 @@ struct Context {
     // whether it could be written, and prints what goes to standard output.
     int writeFile(const QByteArray &path, const QByteArray &content);
 };
+
+// Standard input has one end: of two files "-" the second would be empty.
+bool readsInputTwice(const std::vector<std::string> &files);
+constexpr char kInputOnce[] = "standard input can be read once only; - stands for one of the files";
 
 // Opens the configuration, reads all of it and lets work(store, values) do the rest.
 template<class Work>

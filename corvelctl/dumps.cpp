@@ -201,6 +201,8 @@ int diffFrom(Context &context, const ops::Store &store, const DiffOptions &optio
 
 int diff(Context &context, const DiffOptions &options)
 {
+    if (readsInputTwice({options.left, options.right}))
+        return context.usage(kInputOnce);
     const auto store = context.open();
     return store ? diffFrom(context, *store, options) : context.fail(store.failure());
 }

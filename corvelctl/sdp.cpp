@@ -65,6 +65,8 @@ struct CheckOptions {
 
 int check(Context &context, const CheckOptions &options)
 {
+    if (readsInputTwice(options.files))
+        return context.usage(kInputOnce);
     const auto facts = factsOf(context, options.facts);
     if (!facts)
         return context.fail(facts.failure());

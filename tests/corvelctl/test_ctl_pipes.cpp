@@ -22,6 +22,8 @@ private slots:
     void whatReadsAndWhatWritesMeet();
     void standardInputHasAName();
     void halfADumpInAPipeChangesNothing();
+    void standardInputIsReadOnce_data();
+    void standardInputIsReadOnce();
 
 private:
     CtlResult shell(const QString &script) const;
@@ -192,6 +194,24 @@ void TestCtlPipes::halfADumpInAPipeChangesNothing()
     QCOMPARE(result.code, 2);
     QVERIFY2(result.err.endsWith(": no JSON: cut short, or damaged\n"), result.err.constData());
     QCOMPARE(m_home.rows(), before);
+}
+
+void TestCtlPipes::standardInputIsReadOnce_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    for (const char *command : {"diff - -", "sdp check - -", "sdp check - a.sdp -"})
+        QTest::newRow(command) << QByteArray(command);
+}
+
+// The second one would be empty, and judged as if somebody had meant that.
+void TestCtlPipes::standardInputIsReadOnce()
+{
+    QFETCH(QByteArray, command);
+    const CtlResult result = m_home.run(command.constData(), {}, m_home.read("a.json"));
+    QCOMPARE(result.code, 2);
+    QCOMPARE(result.out, QByteArray());
+    QCOMPARE(result.err.left(result.err.indexOf('\n')),
+             QByteArray("corvelctl: standard input can be read once only; - stands for one of the files"));
 }
 
 QTEST_GUILESS_MAIN(TestCtlPipes)
