@@ -154,12 +154,9 @@ int restoreAll(Context &context, const ops::Dump &dump, const QByteArray &label)
 int restore(Context &context, const RestoreOptions &options)
 {
     const QByteArray file = bytes(options.file);
-    const auto text = ops::readInput(file);
-    if (!text)
-        return context.fail(text.failure());
-    const auto dump = ops::readDump(*text);
+    const auto dump = ops::readDumpFile(file);
     if (!dump)
-        return context.usage(file + ": " + dump.failure().text);
+        return context.fail(dump.failure());
     const QByteArray label = fileLabel("restore", file);
     if (options.all)
         return restoreAll(context, *dump, label);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ops/dump.h"
 
+#include "ops/inputfile.h"
 #include "ops/jsontext.h"
 
 #include <QCryptographicHash>
@@ -213,6 +214,15 @@ QByteArray writeDump(const Dump &dump)
 Outcome<Dump> readDump(const QByteArray &text)
 {
     return Reader().read(text);
+}
+
+Outcome<Dump> readDumpFile(const QByteArray &file)
+{
+    const Outcome<QByteArray> text = readInput(file);
+    if (!text)
+        return text.failure();
+    Outcome<Dump> dump = readDump(*text);
+    return dump ? dump : Outcome<Dump>(wrong(file + ": " + dump.failure().text));
 }
 
 } // namespace ops

@@ -23,6 +23,8 @@ QByteArray writeDump(const Dump &dump);
 // A failure says what is wrong: no JSON, no dump, another version, a value that is none, a wrong checksum
 // (the file was changed or cut after it was written).
 Outcome<Dump> readDump(const QByteArray &text);
+// The same of a file, or of standard input for "-". A failure names the file.
+Outcome<Dump> readDumpFile(const QByteArray &file);
 
 // SHA-256 over names, paths, types and values in their order, in hexadecimal.
 QByteArray dumpChecksum(const Dump &dump);

@@ -3,7 +3,6 @@
 #include "corvelctl/changes.h"
 #include "fleet/tool/waves.h"
 #include "ops/dump.h"
-#include "ops/inputfile.h"
 
 #include <algorithm>
 
@@ -48,24 +47,21 @@ ops::Outcome<ops::Snapshot> settingsFor(const ops::Dump &dump, const RestoreOpti
 // Exactly the dump: what is not in it goes. Not so without a value: an empty dump would empty a server.
 int restoreFrom(Context &context, const ops::Dump &dump, const RestoreOptions &options)
 {
-    return changeServers(context, options.waves, [&](const Target &target) -> ops::Outcome<ops::Changes> {
-        const auto wanted = settingsFor(dump, options, target.server);
-        if (!wanted)
-            return wanted.failure();
-        if (wanted->empty())
-            return ops::wrong("the dump has no values, which would empty the server");
-        return ops::difference(target.values, *wanted);
-    });
+    return changeServers(context, options.waves, Look::Chosen,
+                         [&](const Target &target) -> ops::Outcome<ops::Changes> {
+                             const auto wanted = settingsFor(dump, options, target.server);
+                             if (!wanted)
+                                 return wanted.failure();
+                             if (wanted->empty())
+                                 return ops::wrong("the dump has no values, which would empty the server");
+                             return ops::difference(target.values, *wanted);
+                         });
 }
 
 int restore(Context &context, const RestoreOptions &options)
 {
-    const QByteArray file = bytes(options.file);
-    const auto text = ops::readInput(file);
-    if (!text)
-        return context.fail(text.failure());
-    const auto dump = ops::readDump(*text);
-    return dump ? restoreFrom(context, *dump, options) : context.usage(file + ": " + dump.failure().text);
+    const auto dump = ops::readDumpFile(bytes(options.file));
+    return dump ? restoreFrom(context, *dump, options) : context.fail(dump.failure());
 }
 
 void declareRestore(Command &command, RestoreOptions &options)
