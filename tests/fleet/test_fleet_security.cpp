@@ -50,6 +50,7 @@ private slots:
 private:
     // As the cluster's root, without etcdctl's own limits.
     void put(const std::string &key, const QByteArray &value);
+    bool makeOldCertificate() const;
     void remove(const std::string &key);
     bool worksOn(const Machine &machine, const QByteArray &value) const
     {
@@ -75,6 +76,7 @@ void TestFleetSecurity::initTestCase()
     const QString other = m_plant.file(QStringLiteral("other"));
     QCOMPARE(m_plant.setup({QStringLiteral("ca"), other}).code, 0);
     QCOMPARE(m_plant.setup({QStringLiteral("server"), other, QStringLiteral("lon-2")}).code, 0);
+    QVERIFY(makeOldCertificate());
     fleet::EtcdOptions options;
     for (int node = 0; node < Plant::kNodes; ++node)
         options.endpoints.push_back(m_plant.endpoint(node).toStdString());
@@ -89,6 +91,23 @@ void TestFleetSecurity::initTestCase()
     m_server->start();
     m_desk->start();
     QVERIFY(agree("239.1.1.1"));
+}
+
+// Of this plant's authority, with its name right, until a day that is over.
+bool TestFleetSecurity::makeOldCertificate() const
+{
+    const QString script = QStringLiteral(
+        "mkdir \"$1/old\" && cd \"$1/old\" && cp ../lon-2.key . && : >index && echo 77 >serial &&"
+        "printf '[ca]\\ndefault_ca=a\\n[a]\\ndatabase=index\\nserial=serial\\nnew_certs_dir=.\\n"
+        "default_md=sha256\\npolicy=p\\n[p]\\ncommonName=supplied\\n' >ca.conf &&"
+        "openssl req -new -key lon-2.key -subj /CN=lon-2 -out request &&"
+        "openssl ca -batch -notext -config ca.conf -cert ../ca.crt -keyfile ../ca.key -in request"
+        " -startdate 20200101000000Z -enddate 20200102000000Z -out lon-2.crt");
+    const ProgramResult result = runProgram(
+        QStringLiteral("sh"), {QStringLiteral("-c"), script, QStringLiteral("sh"), m_plant.folder()});
+    if (result.code != 0)
+        qWarning("%s", result.err.constData());
+    return result.code == 0;
 }
 
 void TestFleetSecurity::put(const std::string &key, const QByteArray &value)
@@ -113,6 +132,7 @@ void TestFleetSecurity::wrongCertificatesAreToldOnce_data()
     QTest::addColumn<QByteArray>("to");
     QTest::newRow("of another plant") << QByteArray("/lon-2.") << QByteArray("/other/lon-2.");
     QTest::newRow("members of another plant") << QByteArray("/ca.crt") << QByteArray("/other/ca.crt");
+    QTest::newRow("run out") << QByteArray("/lon-2.") << QByteArray("/old/lon-2.");
 }
 
 void TestFleetSecurity::wrongCertificatesAreToldOnce()
