@@ -4,7 +4,6 @@
 #include "fleet/documentjson.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 #include <nlohmann/json.hpp>
 
@@ -59,11 +58,14 @@ bool StatusFile::write(const FleetStatus &status)
     const QByteArray text = statusText(status);
     if (text == m_written)
         return true;
-    QSaveFile file(QFile::decodeName(m_path));
-    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
-        return false;
-    file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    if (!file.commit())
+    // No sync: it is of no use after a power cut, and would make others wait for the disk.
+    const QByteArray anew = m_path + ".new";
+    QFile file(QFile::decodeName(anew));
+    const bool written = file.open(QIODevice::WriteOnly) &&
+                         file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) &&
+                         file.write(text) == text.size() && file.flush();
+    file.close();
+    if (!written || rename(anew.constData(), m_path.constData()) != 0)
         return false;
     m_written = text;
     return true;

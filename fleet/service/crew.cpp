@@ -97,10 +97,10 @@ qint64 Crew::round()
         m_news = post.second->takeNews() || m_news;
     }
     signOfLife();
-    if (reportDue())
+    if (m_news && steadyMs() >= m_reportedMs + reportMs())
         report();
     else if (m_news)
-        next = std::min(next, m_reportedMs + kReportMs);
+        next = std::min(next, m_reportedMs + reportMs());
     return more ? 0 : std::max<qint64>(0, std::min(next, m_aliveMs) - steadyMs());
 }
 
@@ -216,6 +216,7 @@ void Crew::signOfLife()
         m_aliveMs = std::min(m_aliveMs, m_saidMs + kSoonMs);
     if (steadyMs() < m_aliveMs)
         return;
+    m_news = true; // what is seen of PTP changes by itself
     m_saidMs = steadyMs();
     m_saidRevision = heardRevision();
     m_aliveMs = m_saidMs + kAliveMs;
@@ -278,11 +279,9 @@ void Crew::report()
     m_reportedMs = steadyMs();
 }
 
-// A server has little to tell, and its PTP changes by itself.
-bool Crew::reportDue()
+qint64 Crew::reportMs() const
 {
-    const bool waits = m_posts.size() > kMany && steadyMs() - m_reportedMs < kReportMs;
-    return !m_config.isDesk() || (m_news && !waits);
+    return m_posts.size() > kMany ? kLongReportMs : kReportMs;
 }
 
 } // namespace fleet

@@ -30,8 +30,9 @@ public:
 
     static constexpr qint64 kFirstRosterMs = 1000;
     static constexpr int kOpenAtOnce = 20; // stores, before something else gets its turn
-    // What a desk with many servers tells this machine's programs, no more often.
-    static constexpr qint64 kReportMs = 500;
+    // What this machine's programs are told, no more often; and of a desk with many servers.
+    static constexpr qint64 kReportMs = 100;
+    static constexpr qint64 kLongReportMs = 500;
     static constexpr std::size_t kMany = 100;
 
     using News = std::function<void(const FleetStatus &)>;
@@ -58,7 +59,7 @@ private:
     std::int64_t heardRevision() const;
     Alive ownAlive() const;
     void report();
-    bool reportDue();
+    qint64 reportMs() const;
     void wake(const QByteArray &configuration);
     Surroundings surroundings(const QByteArray &configuration);
     static qint64 steadyMs();

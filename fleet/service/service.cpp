@@ -16,6 +16,7 @@
 #include <QMutex>
 
 #include <csignal>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -68,6 +69,13 @@ private:
     FleetStatus m_status;
 };
 
+// Whoever edits here is not interrupted by what the service makes of it. Threads take it over.
+void giveWay()
+{
+    const sched_param none{};
+    sched_setscheduler(0, SCHED_BATCH, &none);
+}
+
 // Each configuration that is kept takes some: a desk may follow thousands of servers.
 void allowManyFiles()
 {
@@ -112,6 +120,7 @@ int runService(const QByteArray &configFile)
 {
     const int termination = terminationDescriptor();
     allowManyFiles();
+    giveWay();
     const auto config = readConfig(configFile);
     if (!config)
         return failed(config.failure());

@@ -29,7 +29,7 @@ std::optional<QByteArray> configurationOfFile(const QByteArray &file)
     return std::nullopt;
 }
 
-StoreSigns::StoreSigns(const QByteArray &folder, Tell tell)
+StoreSigns::StoreSigns(const QByteArray &folder, Tell tell, int pauseMs)
     : m_tell(std::move(tell)), m_descriptor(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
 {
     if (m_descriptor < 0)
@@ -40,11 +40,22 @@ StoreSigns::StoreSigns(const QByteArray &folder, Tell tell)
         return;
     }
     m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
-    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] { read(); });
+    m_pause.setSingleShot(true);
+    m_pause.setTimerType(Qt::PreciseTimer);
+    m_pause.setInterval(pauseMs);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, &m_pause, [this] {
+        m_notifier->setEnabled(false);
+        m_pause.start();
+    });
+    QObject::connect(&m_pause, &QTimer::timeout, &m_pause, [this] {
+        m_notifier->setEnabled(true);
+        read();
+    });
 }
 
 StoreSigns::~StoreSigns()
 {
+    m_pause.stop();
     m_notifier.reset();
     if (m_descriptor >= 0)
         close(m_descriptor);

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
 // The signs that a store was written to: the system says which files of the folder of the configurations were
-// touched. One descriptor for all of them, whatever their number. Belongs to the thread that made it and
-// needs its event loop.
+// touched. One descriptor for all of them, whatever their number. One edit writes many times; so after the
+// first sign nobody listens for a moment, and the writer does not have to wake this program each time.
+// Belongs to the thread that made it and needs its event loop.
 #ifndef CORVEL_FLEET_SERVICE_STORESIGNS_H
 #define CORVEL_FLEET_SERVICE_STORESIGNS_H
 
 #include <QByteArray>
 #include <QSocketNotifier>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -21,7 +23,9 @@ public:
     // use.
     using Tell = std::function<void(const QByteArray &configuration)>;
 
-    StoreSigns(const QByteArray &folder, Tell tell);
+    static constexpr int kPauseMs = 2; // an edit of twenty values takes one
+
+    StoreSigns(const QByteArray &folder, Tell tell, int pauseMs = kPauseMs);
     ~StoreSigns();
     StoreSigns(const StoreSigns &) = delete;
     StoreSigns &operator=(const StoreSigns &) = delete;
@@ -35,6 +39,7 @@ private:
     const Tell m_tell;
     int m_descriptor = -1;
     std::unique_ptr<QSocketNotifier> m_notifier;
+    QTimer m_pause;
 };
 
 // "night.rkcfg-wal" is of "night"; the file with the name of the one in use, of "". Nothing for other files.

@@ -48,6 +48,8 @@ private slots:
     void filesBelongToConfigurations_data();
     void filesBelongToConfigurations();
     void aTouchedFileTellsItsConfiguration();
+    void manySignsAreToldOnce();
+    void signsOfNowhere();
     void figuresHaveNamesTypesAndLabels();
     void ptpIsTold_data();
     void ptpIsTold();
@@ -163,6 +165,28 @@ void TestFleetParts::aTouchedFileTellsItsConfiguration()
     QFile log(folder.filePath(QStringLiteral("night.rkcfg-wal")));
     QVERIFY(log.open(QIODevice::WriteOnly) && log.write("x") == 1 && log.flush());
     QTRY_VERIFY(told.contains("night"));
+}
+
+// The longest pause that this test has the patience for: what comes in it is told of together.
+void TestFleetParts::manySignsAreToldOnce()
+{
+    QTemporaryDir folder;
+    QByteArrayList told;
+    const fleet::StoreSigns signs(
+        folder.path().toUtf8(), [&](const QByteArray &name) { told.append(name); }, 500);
+    QFile log(folder.filePath(QStringLiteral("night.rkcfg-wal")));
+    QVERIFY(log.open(QIODevice::WriteOnly));
+    for (int i = 0; i < 20; ++i) {
+        QVERIFY(log.write("x") == 1 && log.flush());
+        QCoreApplication::processEvents();
+    }
+    QTRY_COMPARE(told, QByteArrayList{"night"});
+    QVERIFY(log.write("x") == 1 && log.flush()); // and it goes on listening
+    QTRY_COMPARE(told.size(), 2);
+}
+
+void TestFleetParts::signsOfNowhere()
+{
     const fleet::StoreSigns nowhere("/nowhere/at/all", [](const QByteArray &) {});
     QVERIFY(!nowhere.works());
 }
