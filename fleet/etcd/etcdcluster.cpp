@@ -11,6 +11,8 @@
 
 #include <grpc/support/log.h>
 
+#include <algorithm>
+
 namespace fleet {
 
 namespace {
@@ -64,6 +66,11 @@ public:
     }
     Outcome get(const std::string &key, Range *range) override { return read(key, std::string(), range); }
     Outcome keys(const std::string &prefix, std::vector<std::string> *keys) override;
+    Outcome names(const std::string &prefix, Range *range) override
+    {
+        return read(prefix, prefixEnd(prefix), range, false);
+    }
+    Outcome getAll(const std::vector<std::string> &keys, Range *range) override;
     Outcome commit(const std::vector<Put> &puts, std::int64_t *revision) override;
     std::unique_ptr<Watch> watch(const std::string &prefix, std::int64_t fromRevision,
                                  WatchSink *sink) override;
@@ -73,6 +80,7 @@ public:
     std::string reason() const override { return m_reason; }
 
 private:
+    Outcome getSome(const std::string *keys, std::size_t count, Range *range);
     Outcome read(const std::string &from, const std::string &to, Range *range, bool values = true);
     Outcome told(const grpc::Status &status, std::size_t member);
     Outcome refused(Outcome outcome, const char *reason);
@@ -116,6 +124,47 @@ Outcome Client::read(const std::string &from, const std::string &to, Range *rang
             return stub->Range(&context, request, response);
         });
     return told(reader.read(from, to, range, values), member);
+}
+
+// A transaction that only reads.
+Outcome Client::getSome(const std::string *keys, std::size_t count, Range *range)
+{
+    etcdserverpb::TxnRequest request;
+    for (std::size_t at = 0; at < count; ++at)
+        request.add_success()->mutable_request_range()->set_key(keys[at]);
+    const std::size_t member = m_members->current();
+    grpc::ClientContext context;
+    m_members->prepare(context, m_options.callMs);
+    etcdserverpb::TxnResponse response;
+    const grpc::Status status =
+        etcdserverpb::KV::NewStub(m_members->channel(member))->Txn(&context, request, &response);
+    if (!status.ok())
+        return told(status, member);
+    range->revision = response.header().revision();
+    range->cluster = response.header().cluster_id();
+    for (auto &one : *response.mutable_responses())
+        takeEntries(*one.mutable_response_range(), range);
+    return Outcome::Done;
+}
+
+Outcome Client::getAll(const std::vector<std::string> &keys, Range *range)
+{
+    Range all;
+    Outcome outcome = Outcome::Done;
+    std::size_t most = kMaxPuts;
+    for (std::size_t at = 0; at < keys.size() && outcome == Outcome::Done;) {
+        const std::size_t count = std::min(most, keys.size() - at);
+        outcome = getSome(&keys[at], count, &all);
+        if (outcome == Outcome::TooLarge && count > 1) { // fewer at a time
+            most = std::max<std::size_t>(1, count / 16);
+            outcome = Outcome::Done;
+        } else {
+            at += count;
+        }
+    }
+    if (outcome == Outcome::Done)
+        *range = std::move(all);
+    return outcome;
 }
 
 Outcome Client::keys(const std::string &prefix, std::vector<std::string> *keys)

@@ -33,6 +33,10 @@ class EtcdCluster : public Cluster {
 public:
     // The names of all keys with this prefix, without their values. On failure *keys stays as it is.
     virtual Outcome keys(const std::string &prefix, std::vector<std::string> *keys) = 0;
+    // The same with their revisions, as entries without values.
+    virtual Outcome names(const std::string &prefix, Range *range) = 0;
+    // Those of the keys that there are, many at a time. On failure *range stays as it is.
+    virtual Outcome getAll(const std::vector<std::string> &keys, Range *range) = 0;
 };
 
 // Does not connect yet. May be made and used in any one thread. What gRPC itself has to say goes nowhere:

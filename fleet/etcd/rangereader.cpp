@@ -10,7 +10,9 @@ namespace {
 constexpr std::int64_t kPage = 256; // documents, usually some hundred KiB
 constexpr std::int64_t kNamePage = 8192;
 
-void take(etcdserverpb::RangeResponse &response, Range *range)
+} // namespace
+
+void takeEntries(etcdserverpb::RangeResponse &response, Range *range)
 {
     for (auto &pair : *response.mutable_kvs()) {
         Entry entry;
@@ -20,8 +22,6 @@ void take(etcdserverpb::RangeResponse &response, Range *range)
         range->entries.push_back(std::move(entry));
     }
 }
-
-} // namespace
 
 // Too much for one answer: fewer at a time, at last one without its value.
 grpc::Status RangeReader::page(etcdserverpb::RangeRequest &request, bool values,
@@ -53,7 +53,7 @@ grpc::Status RangeReader::read(const std::string &from, const std::string &to, R
             return status;
         all.cluster = response.header().cluster_id();
         all.revision = all.revision == 0 ? response.header().revision() : all.revision;
-        take(response, &all);
+        takeEntries(response, &all);
         more = response.more() && !all.entries.empty();
         request.set_revision(all.revision); // what follows is of the same moment
         if (more)

@@ -12,6 +12,9 @@
 
 namespace fleet {
 
+// Moves the pairs of an answer into the range.
+void takeEntries(etcdserverpb::RangeResponse &response, Range *range);
+
 class RangeReader {
 public:
     using Call =

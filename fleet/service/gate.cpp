@@ -34,6 +34,16 @@ Outcome Gate::keys(const std::string &prefix, std::vector<std::string> *keys)
     return pass([&] { return m_cluster.keys(prefix, keys); });
 }
 
+Outcome Gate::names(const std::string &prefix, Range *range)
+{
+    return pass([&] { return m_cluster.names(prefix, range); });
+}
+
+Outcome Gate::getAll(const std::vector<std::string> &keys, Range *range)
+{
+    return pass([&] { return m_cluster.getAll(keys, range); });
+}
+
 Outcome Gate::commit(const std::vector<Put> &puts, std::int64_t *revision)
 {
     return pass([&] { return m_cluster.commit(puts, revision); });

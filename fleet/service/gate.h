@@ -25,6 +25,8 @@ public:
                                  WatchSink *sink) override;
 
     Outcome keys(const std::string &prefix, std::vector<std::string> *keys) override;
+    Outcome names(const std::string &prefix, Range *range) override;
+    Outcome getAll(const std::vector<std::string> &keys, Range *range) override;
     Outcome range(const std::string &prefix, Range *range) override;
     Outcome get(const std::string &key, Range *range) override;
     Outcome keepAlive(const std::string &key, const std::string &value, int seconds) override;

@@ -238,6 +238,16 @@ Outcome SiteWatch::range(const std::string &prefix, Range *range)
     return heard(m_cluster.range(prefix, range));
 }
 
+Outcome SiteWatch::names(const std::string &prefix, Range *range)
+{
+    return heard(m_cluster.names(prefix, range));
+}
+
+Outcome SiteWatch::getAll(const std::vector<std::string> &keys, Range *range)
+{
+    return heard(m_cluster.getAll(keys, range));
+}
+
 Outcome SiteWatch::commit(const std::vector<Put> &puts, std::int64_t *revision)
 {
     return heard(m_cluster.commit(puts, revision));

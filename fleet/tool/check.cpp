@@ -27,7 +27,7 @@ ops::ServerSettings settingsOf(const QByteArray &name, const fleet::ServerView &
 
 int check(Context &context, const CheckOptions &options)
 {
-    return withServers(context, listOf(options.where), [&](const Chosen &chosen) {
+    return withServers(context, listOf(options.where), Look::Chosen, [&](const Chosen &chosen) {
         if (chosen.servers.empty())
             return context.nothing(chosen.nobody());
         std::vector<ops::ServerSettings> servers;

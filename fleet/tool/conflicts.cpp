@@ -40,7 +40,7 @@ QByteArrayList row(const QByteArray &server, const fleet::KeptConflict &kept)
 
 int list(Context &context, const ListOptions &options)
 {
-    return withServers(context, namesAsWhere(options.servers), [&](const Chosen &chosen) {
+    return withServers(context, namesAsWhere(options.servers), Look::State, [&](const Chosen &chosen) {
         std::vector<QByteArrayList> rows{{"ID", "SERVER", "CONFIGURATION", "PATH", "OVERRULED", "STANDS"}};
         for (const auto &[name, view] : chosen.servers) {
             for (const fleet::KeptConflict &kept : view->conflicts) {
@@ -67,7 +67,7 @@ struct OneConflict {
 template<class Work>
 int withConflict(Context &context, const std::string &id, const Work &work)
 {
-    return withServers(context, {}, [&](const Chosen &chosen) {
+    return withServers(context, {}, Look::All, [&](const Chosen &chosen) {
         std::vector<std::pair<const fleet::ServerView *, const fleet::KeptConflict *>> found;
         for (const auto &server : chosen.servers) {
             for (const fleet::KeptConflict &kept : server.second->conflicts) {

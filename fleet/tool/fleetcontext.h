@@ -14,6 +14,7 @@ struct FleetContext : Context {
 // The machine's file and a connection as this machine.
 struct Connection {
     fleet::Config config;
+    fleet::EtcdOptions options;
     std::unique_ptr<fleet::EtcdCluster> cluster;
 };
 
@@ -30,14 +31,21 @@ struct Chosen {
     QByteArray nobody() const; // what to say when none is
 };
 
+// Whose documents a command looks at. Whoever has been read in part only has none.
+enum class Look {
+    State,  // nobody's, but who changed something last, and what is not taken
+    Chosen, // those of the servers that are meant
+    All,
+};
+
 // Reads the servers.
-ops::Outcome<Chosen> choose(const Context &context, const QByteArrayList &where);
+ops::Outcome<Chosen> choose(const Context &context, const QByteArrayList &where, Look look);
 
 // Reads the servers and lets work(chosen) do the rest.
 template<class Work>
-int withServers(const Context &context, const QByteArrayList &where, const Work &work)
+int withServers(const Context &context, const QByteArrayList &where, Look look, const Work &work)
 {
-    auto chosen = choose(context, where);
+    auto chosen = choose(context, where, look);
     return chosen ? work(*chosen) : context.fail(chosen.failure());
 }
 

@@ -35,25 +35,27 @@ ops::Outcome<ops::Snapshot> settingsOf(const fleet::SiteView &site, const QByteA
 
 int diff(Context &context, const DiffOptions &options)
 {
-    return withServers(context, namesAsWhere({options.left, options.right}), [&](const Chosen &chosen) {
-        const auto left = settingsOf(chosen.site, bytes(options.left));
-        const auto right = settingsOf(chosen.site, bytes(options.right));
-        if (!left || !right)
-            return context.fail(left ? right.failure() : left.failure());
-        const ops::Changes changes = ops::difference(*left, *right);
-        printChanges(context.out, changes);
-        return static_cast<int>(changes.empty() ? Done : Found);
-    });
+    return withServers(context, namesAsWhere({options.left, options.right}), Look::Chosen,
+                       [&](const Chosen &chosen) {
+                           const auto left = settingsOf(chosen.site, bytes(options.left));
+                           const auto right = settingsOf(chosen.site, bytes(options.right));
+                           if (!left || !right)
+                               return context.fail(left ? right.failure() : left.failure());
+                           const ops::Changes changes = ops::difference(*left, *right);
+                           printChanges(context.out, changes);
+                           return static_cast<int>(changes.empty() ? Done : Found);
+                       });
 }
 
 int set(Context &context, const SetOptions &options)
 {
-    return changeServers(context, options.waves, [&](const Target &target) -> ops::Outcome<ops::Changes> {
-        ops::Draft draft(target.values);
-        const ops::Rules rules{options.force ? ops::Foreign::Allow : ops::Foreign::Refuse, options.force};
-        const auto filled = ops::setWords(bytes(options.place), listOf(options.words), rules, draft);
-        return filled ? ops::Outcome<ops::Changes>(draft.changes()) : filled.failure();
-    });
+    return changeServers(
+        context, options.waves, Look::Chosen, [&](const Target &target) -> ops::Outcome<ops::Changes> {
+            ops::Draft draft(target.values);
+            const ops::Rules rules{options.force ? ops::Foreign::Allow : ops::Foreign::Refuse, options.force};
+            const auto filled = ops::setWords(bytes(options.place), listOf(options.words), rules, draft);
+            return filled ? ops::Outcome<ops::Changes>(draft.changes()) : filled.failure();
+        });
 }
 
 // What exists once, by name: it lies below several key paths, with other values between.
@@ -89,14 +91,15 @@ ops::Outcome<ops::Snapshot> partOf(const ops::Snapshot &values, const QByteArray
 
 int copy(Context &context, const CopyOptions &options)
 {
-    return changeServers(context, options.waves, [&](const Target &target) -> ops::Outcome<ops::Changes> {
-        const auto source = settingsOf(target.site, bytes(options.from));
-        const auto from = source ? partOf(*source, bytes(options.place)) : source;
-        const auto here = partOf(target.values, bytes(options.place));
-        if (!from || !here)
-            return from ? here.failure() : from.failure();
-        return ops::difference(*here, *from);
-    });
+    return changeServers(context, options.waves, Look::All,
+                         [&](const Target &target) -> ops::Outcome<ops::Changes> {
+                             const auto source = settingsOf(target.site, bytes(options.from));
+                             const auto from = source ? partOf(*source, bytes(options.place)) : source;
+                             const auto here = partOf(target.values, bytes(options.place));
+                             if (!from || !here)
+                                 return from ? here.failure() : from.failure();
+                             return ops::difference(*here, *from);
+                         });
 }
 
 void declareDiff(Command &command, DiffOptions &options)

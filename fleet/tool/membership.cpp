@@ -86,7 +86,7 @@ int joinDesk(Context &context, const Connection &connection, const fleet::SiteVi
 
 int join(Context &context, const JoinOptions &options)
 {
-    return withServers(context, {}, [&](const Chosen &chosen) {
+    return withServers(context, {}, Look::All, [&](const Chosen &chosen) {
         const Connection &connection = chosen.connection;
         return connection.config.isDesk() ? joinDesk(context, connection, chosen.site)
                                           : joinServer(context, options, connection, chosen.site);

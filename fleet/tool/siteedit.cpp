@@ -34,11 +34,11 @@ struct Parcel {
     std::vector<Put> puts;
 };
 
-ops::Outcome<Parcel> nextParcel(const SiteEdit &edit, Documents::const_iterator &position)
+ops::Outcome<Parcel> nextParcel(const SiteEdit &edit, std::size_t most, Documents::const_iterator position)
 {
     Parcel parcel;
     std::size_t bytes = 0;
-    for (; position != edit.documents.end() && parcel.puts.size() < kMaxPuts - 1; ++position) {
+    for (; position != edit.documents.end() && parcel.puts.size() < most; ++position) {
         const auto text = writeDocument(position->second);
         if (!text)
             return text.failure();
@@ -101,16 +101,23 @@ ops::Outcome<std::int64_t> writeEdit(EtcdCluster &cluster, const SiteEdit &edit,
 {
     std::int64_t revision = 0;
     std::size_t written = 0;
+    std::size_t most = kMaxPuts - 1;
     for (auto position = edit.documents.begin(); position != edit.documents.end();) {
-        auto parcel = nextParcel(edit, position);
+        auto parcel = nextParcel(edit, most, position);
         if (!parcel)
             return failedAfter(written, edit, parcel.failure());
         const Receipt receipt = receiptFor(edit.place, parcel->documents, who);
         parcel->puts.push_back({receipt.key, receipt.value});
         const Outcome outcome = cluster.commit(parcel->puts, &revision);
+        const std::size_t count = parcel->documents.size();
+        if (outcome == Outcome::TooLarge && count > 1) { // the cluster may be set up to take fewer
+            most = count / 2;
+            continue;
+        }
         if (outcome != Outcome::Done)
             return failedAfter(written, edit, failureOf(outcome, cluster));
-        written += parcel->documents.size();
+        written += count;
+        std::advance(position, count);
     }
     return revision;
 }

@@ -6,6 +6,8 @@
 
 #include <QList>
 
+#include <algorithm>
+#include <functional>
 #include <set>
 
 #include <fnmatch.h>
@@ -15,6 +17,7 @@ namespace fleet {
 namespace {
 
 constexpr int kTries = 3; // one for each member, as a rule
+constexpr std::size_t kMostOneByOne = 50;
 
 QByteArray partOf(const QList<QByteArray> &parts, int at)
 {
@@ -27,6 +30,8 @@ public:
     Reading(QByteArray site, bool own, SiteView *view) : m_site(std::move(site)), m_own(own), m_view(*view) {}
 
     void takeServers(const Range &range);
+    // The same of entries without values. The keys of what has to be read of each server go to *signs.
+    void takeNames(const Range &range, std::vector<std::string> *signs);
     void takeConflicts(const Range &range);
 
 private:
@@ -77,6 +82,22 @@ void Reading::takeServers(const Range &range)
     }
 }
 
+void Reading::takeNames(const Range &range, std::vector<std::string> *signs)
+{
+    const std::size_t start = serversPrefix(m_site).size();
+    for (const Entry &entry : range.entries) {
+        const QList<QByteArray> parts = QByteArray::fromStdString(entry.key.substr(start)).split('/');
+        const QByteArray name = partOf(parts, 0);
+        if (name.isEmpty() || parts.size() < 2)
+            continue;
+        ServerView &view = server(name);
+        if (parts.size() == 2)
+            signs->push_back(entry.key);
+        else
+            view.shared[entry.key] = entry.modRevision;
+    }
+}
+
 // SERVER/CONFIGURATION/KEY PATH/ID
 void Reading::takeConflicts(const Range &range)
 {
@@ -95,15 +116,26 @@ bool isGlob(const QByteArray &text)
     return text.contains('*') || text.contains('?') || text.contains('[');
 }
 
-ops::Outcome<Range> readRange(EtcdCluster &cluster, const std::string &prefix)
+// Asks again when there is no answer.
+ops::Outcome<Range> asked(const EtcdCluster &cluster, const std::function<Outcome(Range *)> &ask)
 {
     Range range;
     Outcome outcome = Outcome::Unreachable;
     for (int turn = 0; turn < kTries && outcome == Outcome::Unreachable; ++turn)
-        outcome = cluster.range(prefix, &range);
+        outcome = ask(&range);
     if (outcome != Outcome::Done)
         return ops::refused("the cluster does not answer: " + QByteArray::fromStdString(cluster.reason()));
     return range;
+}
+
+ops::Outcome<Range> readRange(EtcdCluster &cluster, const std::string &prefix)
+{
+    return asked(cluster, [&](Range *range) { return cluster.range(prefix, range); });
+}
+
+ops::Outcome<Range> readAll(EtcdCluster &cluster, const std::vector<std::string> &keys)
+{
+    return asked(cluster, [&](Range *range) { return cluster.getAll(keys, range); });
 }
 
 // A server may read its own only.
@@ -116,15 +148,39 @@ std::string prefixFor(const Config &config, const QByteArray &site, const char *
 ops::Outcome<ops::Done> readOne(EtcdCluster &cluster, const Config &config, const QByteArray &site,
                                 SiteView *view)
 {
-    const auto servers = readRange(cluster, prefixFor(config, site, "servers"));
-    if (!servers)
-        return servers.failure();
+    const std::string prefix = prefixFor(config, site, "servers");
+    const auto names = asked(cluster, [&](Range *range) { return cluster.names(prefix, range); });
+    if (!names)
+        return names.failure();
+    Reading reading(site, site == config.site, view);
+    std::vector<std::string> keys;
+    reading.takeNames(*names, &keys);
+    const auto signs = readAll(cluster, keys);
+    if (!signs)
+        return signs.failure();
     const auto conflicts = readRange(cluster, prefixFor(config, site, "conflicts"));
     if (!conflicts)
         return conflicts.failure();
-    Reading reading(site, site == config.site, view);
-    reading.takeServers(*servers);
+    reading.takeServers(*signs);
     reading.takeConflicts(*conflicts);
+    return ops::Done();
+}
+
+// Reads what lies below the prefixes, and keeps what is of these servers of one site.
+ops::Outcome<ops::Done> takePrefixes(EtcdCluster &cluster, const std::set<std::string> &prefixes,
+                                     const ServerViews &servers)
+{
+    const QByteArray site = servers.front()->site;
+    SiteView read;
+    Reading reading(site, true, &read);
+    for (const std::string &prefix : prefixes) {
+        const auto range = readRange(cluster, prefix);
+        if (!range)
+            return range.failure();
+        reading.takeServers(*range);
+    }
+    for (ServerView *server : servers)
+        server->configurations = std::move(read[server->name].configurations);
     return ops::Done();
 }
 
@@ -174,7 +230,7 @@ const SharedConfiguration *ServerView::current(QByteArray *which) const
 
 const Document *ServerView::newest() const
 {
-    const Document *newest = nullptr;
+    const Document *newest = last ? &*last : nullptr;
     for (const auto &configuration : configurations) {
         for (const auto &document : configuration.second.documents) {
             if (!newest || document.second.document.atMs > newest->atMs)
@@ -182,6 +238,15 @@ const Document *ServerView::newest() const
         }
     }
     return newest;
+}
+
+bool ServerView::vouched() const
+{
+    const std::string kept = alive ? documentPrefix({site, name, alive->configuration}) : std::string();
+    const auto seen = [&](const auto &document) {
+        return document.first.compare(0, kept.size(), kept) == 0 && document.second <= alive->revision;
+    };
+    return alive && alive->inStep && alive->refused == 0 && std::all_of(shared.begin(), shared.end(), seen);
 }
 
 PtpSeen ServerView::ptp() const
@@ -222,6 +287,48 @@ ops::Outcome<SiteView> readSites(EtcdCluster &cluster, const Config &config, con
                        : ops::refused("the site " + site + " cannot be read: " + read.failure().text);
     }
     return view;
+}
+
+// Of many servers one after the other would take longer than the whole site.
+ops::Outcome<ops::Done> readDocuments(EtcdCluster &cluster, const ServerViews &servers)
+{
+    std::map<QByteArray, ServerViews> sites;
+    for (ServerView *server : servers)
+        sites[server->site].push_back(server);
+    for (const auto &[site, some] : sites) {
+        std::set<std::string> prefixes;
+        for (const ServerView *server : some)
+            prefixes.insert(serverPrefix(site, server->name));
+        if (some.size() > kMostOneByOne)
+            prefixes = {serversPrefix(site)};
+        const auto read = takePrefixes(cluster, prefixes, some);
+        if (!read)
+            return read.failure();
+    }
+    return ops::Done();
+}
+
+ops::Outcome<ops::Done> readLast(EtcdCluster &cluster, const ServerViews &servers)
+{
+    std::map<std::string, ServerView *> views;
+    for (ServerView *server : servers) {
+        const auto older = [](const auto &left, const auto &right) { return left.second < right.second; };
+        const auto last = std::max_element(server->shared.begin(), server->shared.end(), older);
+        if (last != server->shared.end())
+            views.emplace(last->first, server);
+    }
+    std::vector<std::string> keys;
+    for (const auto &view : views)
+        keys.push_back(view.first);
+    const auto entries = readAll(cluster, keys);
+    if (!entries)
+        return entries.failure();
+    for (const Entry &entry : entries->entries) {
+        const auto document = readDocument(entry.value);
+        if (document)
+            views.at(entry.key)->last = *document;
+    }
+    return ops::Done();
 }
 
 } // namespace fleet

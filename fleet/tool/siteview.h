@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The servers of a site as the cluster has them, read at one moment: what each shares, whether it lives, what
-// was overruled. Calls block for the cluster's answers. One thread.
+// The servers of a site as the cluster has them: what each shares, whether it lives, what was overruled.
+// Which servers there are is known from their keys and signs of life; documents, which are much more, are
+// read of those servers only that somebody wants to see. Calls block for the cluster's answers. One thread.
 #ifndef CORVEL_FLEET_TOOL_SITEVIEW_H
 #define CORVEL_FLEET_TOOL_SITEVIEW_H
 
@@ -39,13 +40,17 @@ struct ServerView {
     bool ownSite = true; // this machine's
     QByteArray inUse;    // the configuration in use there, as far as known
     std::optional<Alive> alive;
-    std::map<QByteArray, SharedConfiguration> configurations;
+    std::map<std::string, std::int64_t> shared; // the keys of all its documents, with their revisions
+    std::map<QByteArray, SharedConfiguration> configurations; // once they were read
+    std::optional<Document> last;                             // likewise, when only that was asked for
     std::vector<KeptConflict> conflicts;
 
     // The one in use, else the only one.
     const SharedConfiguration *current(QByteArray *which = nullptr) const;
-    // The document that was changed last; null without any.
+    // The document that was changed last; null without any, or when none was read.
     const Document *newest() const;
+    // By its own words it has seen all of its documents and refuses none.
+    bool vouched() const;
     // What it sees of PTP; no words when it is off or does not tell.
     PtpSeen ptp() const;
     // Documents that are not taken, of all configurations.
@@ -59,8 +64,15 @@ QByteArray stateOf(const ServerView &view);
 using SiteView = std::map<QByteArray, ServerView>;
 
 // The servers of this machine's site and of the others named, * and ? allowed; where only a server's own is
-// allowed to be read, that one.
+// allowed to be read, that one. No documents.
 ops::Outcome<SiteView> readSites(EtcdCluster &cluster, const Config &config, const QByteArrayList &others);
+
+using ServerViews = std::vector<ServerView *>;
+
+// All documents of these.
+ops::Outcome<ops::Done> readDocuments(EtcdCluster &cluster, const ServerViews &servers);
+// Of each the document that was put last.
+ops::Outcome<ops::Done> readLast(EtcdCluster &cluster, const ServerViews &servers);
 
 } // namespace fleet
 

@@ -81,7 +81,7 @@ int status(Context &context, const StatusOptions &options)
 {
     QByteArrayList where = listOf(options.where);
     where.append(namesAsWhere(options.servers));
-    return withServers(context, where, [&](const Chosen &chosen) {
+    return withServers(context, where, Look::State, [&](const Chosen &chosen) {
         std::vector<QByteArrayList> rows{
             {"SERVER", "STATE", "LAST CHANGE (UTC)", "BY", "VERSION", "IN USE", "PTP", "CONFLICTS"}};
         for (const auto &[name, view] : chosen.servers) {

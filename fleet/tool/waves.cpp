@@ -2,17 +2,22 @@
 #include "fleet/tool/waves.h"
 
 #include "corvelctl/changes.h"
+#include "fleet/tool/sidebyside.h"
 #include "fleet/tool/siteedit.h"
 
 #include <QThread>
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <array>
+
 namespace {
 
 constexpr int kSecond = 1000;
 constexpr int kLookMs = 200;
-constexpr std::size_t kWave = 50; // that are written before they are waited for
+constexpr std::size_t kWave = 50;  // that are written before they are waited for
+constexpr std::size_t kLanes = 16; // that are written at the same time
 
 struct Planned {
     QByteArray server; // as it is shown
@@ -100,7 +105,12 @@ public:
     int run();
 
 private:
-    bool wave(std::size_t first, std::size_t end, bool wait);
+    // What became of each that was tried.
+    using Results = std::vector<std::optional<ops::Outcome<std::int64_t>>>;
+
+    Results write(std::size_t first, std::size_t end, std::size_t lanes);
+    bool wave(std::size_t first, std::size_t end, std::size_t lanes, bool wait);
+    fleet::EtcdCluster &cluster(std::size_t lane);
     bool failed(const QByteArray &server, const ops::Failure &failure) const;
 
     Context &m_context;
@@ -108,6 +118,7 @@ private:
     const Plan &m_plan;
     const WaveOptions &m_options;
     std::size_t m_written = 0;
+    std::array<std::unique_ptr<fleet::EtcdCluster>, kLanes> m_clusters; // a connection is one thread's
 };
 
 bool Writer::failed(const QByteArray &server, const ops::Failure &failure) const
@@ -118,23 +129,46 @@ bool Writer::failed(const QByteArray &server, const ops::Failure &failure) const
     return false;
 }
 
-// All of the wave are written before the first is waited for, so they take it side by side.
-bool Writer::wave(std::size_t first, std::size_t end, bool wait)
+// Called by one thread for each lane.
+fleet::EtcdCluster &Writer::cluster(std::size_t lane)
 {
-    std::vector<std::int64_t> revisions;
-    for (std::size_t at = first; at < end; ++at) {
-        const Planned &one = m_plan[at];
-        const auto written = fleet::writeEdit(*m_connection.cluster, one.edit, m_connection.config.name);
-        if (!written)
-            return failed(one.server, written.failure());
-        ++m_written;
-        revisions.push_back(*written);
-        if (!wait)
-            m_context.out.note(one.server + ": written");
+    if (lane == 0)
+        return *m_connection.cluster;
+    if (!m_clusters[lane])
+        m_clusters[lane] = fleet::etcdCluster(m_connection.options);
+    return *m_clusters[lane];
+}
+
+Writer::Results Writer::write(std::size_t first, std::size_t end, std::size_t lanes)
+{
+    Results results(end - first);
+    fleet::sideBySide(end - first, lanes, [&](std::size_t at, std::size_t lane) {
+        results[at] = fleet::writeEdit(cluster(lane), m_plan[first + at].edit, m_connection.config.name);
+        return bool(*results[at]);
+    });
+    const auto written = [](const auto &result) { return result && *result; };
+    m_written += static_cast<std::size_t>(std::count_if(results.begin(), results.end(), written));
+    return results;
+}
+
+// All of the wave are written before the first is waited for, so they take it side by side. What is told
+// comes in the plan's order.
+bool Writer::wave(std::size_t first, std::size_t end, std::size_t lanes, bool wait)
+{
+    const Results results = write(first, end, lanes);
+    const auto isFailure = [](const auto &result) { return result && !*result; };
+    const auto failure = std::find_if(results.begin(), results.end(), isFailure);
+    for (std::size_t at = first; !wait && at < end; ++at) {
+        if (results[at - first] && *results[at - first])
+            m_context.out.note(m_plan[at].server + ": written");
+    }
+    if (failure != results.end()) {
+        const auto at = first + static_cast<std::size_t>(failure - results.begin());
+        return failed(m_plan[at].server, (*failure)->failure());
     }
     for (std::size_t at = first; wait && at < end; ++at) {
         const auto taken =
-            waitFor(*m_connection.cluster, m_plan[at].edit, revisions[at - first], m_options.within);
+            waitFor(*m_connection.cluster, m_plan[at].edit, **results[at - first], m_options.within);
         if (!taken)
             return failed(m_plan[at].server, taken.failure());
         m_context.out.note(m_plan[at].server + ": taken");
@@ -142,12 +176,13 @@ bool Writer::wave(std::size_t first, std::size_t end, bool wait)
     return true;
 }
 
+// The few first ones one by one: no more of them are written than have to be.
 int Writer::run()
 {
     const std::size_t canary = std::min(static_cast<std::size_t>(m_options.canary), m_plan.size());
-    bool fine = wave(0, canary, true);
+    bool fine = wave(0, canary, 1, true);
     for (std::size_t first = canary; fine && first < m_plan.size(); first += kWave)
-        fine = wave(first, std::min(first + kWave, m_plan.size()), m_options.wait);
+        fine = wave(first, std::min(first + kWave, m_plan.size()), kLanes, m_options.wait);
     return fine ? Done : m_written > 0 ? Partly : StoreFailed;
 }
 
@@ -163,9 +198,9 @@ void declareWaves(Command &command, WaveOptions &waves)
     command.flag("--wait", waves.wait, "Wait until every server took it, in waves of 50");
 }
 
-int changeServers(Context &context, const WaveOptions &options, const ChangeMaker &make)
+int changeServers(Context &context, const WaveOptions &options, Look look, const ChangeMaker &make)
 {
-    return withServers(context, listOf(options.where), [&](const Chosen &chosen) {
+    return withServers(context, listOf(options.where), look, [&](const Chosen &chosen) {
         if (chosen.servers.empty()) // a slip, where something was to be done
             return context.usage(chosen.nobody());
         const auto planned = plan(context, chosen, make);

@@ -19,7 +19,7 @@ void declareWaves(Command &command, WaveOptions &waves);
 
 // One server of those that are meant.
 struct Target {
-    const fleet::SiteView &site; // all that were read
+    const fleet::SiteView &site; // all that were looked at
     QByteArray server;           // as it is shown
     ops::Snapshot values;        // of the configuration in use
 };
@@ -29,6 +29,6 @@ using ChangeMaker = std::function<ops::Outcome<ops::Changes>(const Target &targe
 
 // Makes the changes for every chosen server first, so that a wrong word changes nothing; prints them; writes
 // them.
-int changeServers(Context &context, const WaveOptions &options, const ChangeMaker &make);
+int changeServers(Context &context, const WaveOptions &options, Look look, const ChangeMaker &make);
 
 #endif

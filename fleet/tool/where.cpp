@@ -163,6 +163,7 @@ ops::Outcome<Where::Test> Where::comparison(const QByteArray &left, const QByteA
             continue;
         if (left == "site" && equal)
             m_sites.append(glob);
+        m_needsLast = m_needsLast || left == "by";
         return Test(
             [of = one.of, glob, equal](const ServerView &server) { return fits(glob, of(server)) == equal; });
     }
@@ -174,6 +175,7 @@ ops::Outcome<Where::Test> Where::comparison(const QByteArray &left, const QByteA
     const auto known = keysOf(places, word, 1);
     if (!known)
         return known.failure();
+    m_needsDocuments = true;
     return Test([places, word, glob, equal](const ServerView &server) {
         return hasValue(server, places, word, glob) == equal;
     });

@@ -26,6 +26,9 @@ public:
     bool matches(const ServerView &server) const;
     // Other sites that a term names, with * and ? as they were written.
     const QByteArrayList &sites() const { return m_sites; }
+    // What has to be read of each server before matches() can tell.
+    bool needsDocuments() const { return m_needsDocuments; }
+    bool needsLast() const { return m_needsLast; }
     // As it was written, for messages.
     QByteArray text() const { return m_text; }
 
@@ -44,6 +47,8 @@ private:
     std::vector<Terms> m_all;
     QByteArrayList m_sites;
     QByteArray m_text;
+    bool m_needsDocuments = false;
+    bool m_needsLast = false;
 };
 
 } // namespace fleet

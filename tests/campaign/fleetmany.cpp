@@ -51,6 +51,7 @@ public:
         if (!prepare())
             return campaign::finish(m_problems, "the plant did not come up");
         begin();
+        look();
         massChange(5006, QStringLiteral("sim-*"));
         awayWhileCompacted();
         restartAll();
@@ -137,6 +138,17 @@ private:
             members = std::max(members, residentMiB(m_plant.nodePid(node)));
         add("database" + fields.value(3) + ", a member " + QByteArray::number(members, 'f', 0) +
             " MiB, this program " + QByteArray::number(residentMiB(getpid()), 'f', 0) + " MiB");
+    }
+    void look()
+    {
+        for (const char *command : {"status", "check"}) {
+            QElapsedTimer timer;
+            timer.start();
+            const ProgramResult result = m_desk->fleet({QLatin1String(command)});
+            add(QByteArray("corvel-fleet ") + command + " in " + seconds(timer));
+            if (result.code > 1)
+                m_problems.add("corvel-fleet %s: %s", command, result.err.right(300).constData());
+        }
     }
     void massChange(quint32 number, const QString &where)
     {

@@ -47,6 +47,8 @@ public:
         }
         return called();
     }
+    Outcome names(const std::string &, Range *) override { return called(); }
+    Outcome getAll(const std::vector<std::string> &, Range *) override { return called(); }
     Outcome commit(const std::vector<Put> &, std::int64_t *) override { return called(); }
     std::unique_ptr<Watch> watch(const std::string &prefix, std::int64_t from, WatchSink *sink) override
     {

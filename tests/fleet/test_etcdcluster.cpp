@@ -209,6 +209,19 @@ void TestEtcdCluster::aRangeOfManyPagesIsOneMoment()
     QCOMPARE(cluster->keys(kOwn + "many/", &keys), fleet::Outcome::Done);
     QCOMPARE(keys.size(), kKeys);
     QCOMPARE(keys.back(), kOwn + "many/1599");
+    fleet::Range names;
+    QCOMPARE(cluster->names(kOwn + "many/", &names), fleet::Outcome::Done);
+    QCOMPARE(names.entries.size(), kKeys);
+    QCOMPARE(names.entries.back().modRevision, range.entries.back().modRevision);
+    QVERIFY(names.entries.back().value.empty());
+    keys.push_back(kOwn + "nowhere");
+    QCOMPARE(cluster->getAll(keys, &range), fleet::Outcome::Done);
+    QCOMPARE(range.entries.size(), kKeys); // and not the one that is not there
+    QCOMPARE(range.entries.back().key, kOwn + "many/1599");
+    QCOMPARE(range.entries.back().value, std::string("x"));
+    keys.push_back("/corvel/v1/paris/x"); // not this server's
+    QCOMPARE(cluster->getAll(keys, &range), fleet::Outcome::Denied);
+    QCOMPARE(range.entries.size(), kKeys);
 }
 
 void TestEtcdCluster::aPrefixEndsWhereItsNextBegins_data()

@@ -205,13 +205,13 @@ void TestFleetCommands::theFirstFailureEndsTheRun()
 
 void TestFleetCommands::aLargeServerIsWrittenInSeveralTransactions()
 {
-    QCOMPARE(m_first->ctl({}, words("set server channels=100")).code, 0);
+    QCOMPARE(m_first->ctl({}, words("set server channels=150")).code, 0);
     QVERIFY(eventually(
-        [&] { return m_desk->fleet(words("status --where server/channels=100")).out.contains("lon-1"); }));
+        [&] { return m_desk->fleet(words("status --where server/channels=150")).out.contains("lon-1"); }));
     const ProgramResult result =
-        m_desk->fleet(words("--yes --quiet set 0-99/video rx.dst-port=5004 --where lon-1 --wait"));
+        m_desk->fleet(words("--yes --quiet set 0-149/video rx.dst-port=5004 --where lon-1 --wait"));
     QVERIFY2(result.code == 0, result.err.constData());
-    QCOMPARE(m_first->get({}, "99/video", "rx.dst-port"), QByteArray("5004"));
+    QCOMPARE(m_first->get({}, "149/video", "rx.dst-port"), QByteArray("5004"));
     QCOMPARE(m_first->get({}, "0/video", "rx.dst-port"), QByteArray("5004"));
 }
 
@@ -285,6 +285,14 @@ void TestFleetCommands::anotherSiteIsReadWhereTheRoleAllowsIt()
     const ProgramResult denied = m_desk->fleet(words("status --where site=paris"));
     QCOMPARE(denied.code, 3);
     QVERIFY2(denied.err.contains("the site paris cannot be read"), denied.err.constData());
+    QVERIFY2(m_plant.allowDesk("desk-1", words("lon-1 lon-2 paris/par-1")), m_plant.error().constData());
+    QCOMPARE(m_desk->fleet(words("status --where site=paris")).code, 0);
+    QCOMPARE(m_desk->fleet(words("--yes set 0/video tx.dst=239.1.4.7 --where paris/* --wait")).code, 0);
+    QCOMPARE(paris.get({}, kPlace, "tx.dst"), QByteArray("239.1.4.7"));
+    QVERIFY(!m_plant.allowDesk("desk-1", words("paris/par-1/x"))); // and nothing has changed
+    QCOMPARE(m_desk->fleet(words("status --where *,paris/*")).code, 0);
+    QVERIFY2(m_plant.allowDesk("desk-1", words("lon-1 lon-2")), m_plant.error().constData());
+    QCOMPARE(m_desk->fleet(words("status --where site=paris")).code, 3);
     QCOMPARE(paris.stop(), 0);
 }
 

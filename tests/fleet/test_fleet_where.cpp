@@ -52,6 +52,8 @@ private slots:
     void termsMeanServers();
     void everyTextHasToHold();
     void otherSitesAreNamed();
+    void itTellsWhatHasToBeRead();
+    void aServerVouchesForWhatItHasSeen();
     void whatMeansNothingIsTold_data();
     void whatMeansNothingIsTold();
 };
@@ -128,6 +130,38 @@ void TestFleetWhere::otherSitesAreNamed()
     const auto where = Where::parse({"paris/*,site=rome,lon-1", "site!=oslo"});
     QVERIFY(where);
     QCOMPARE(where->sites(), QByteArrayList({"paris", "rome"}));
+}
+
+// Of thousands of servers the documents are what takes its time.
+void TestFleetWhere::itTellsWhatHasToBeRead()
+{
+    const auto cheap = Where::parse({"lon-*,alive", "ptp=locked"});
+    QVERIFY(cheap && !cheap->needsDocuments() && !cheap->needsLast());
+    const auto last = Where::parse({"lon-*", "by!=desk-3"});
+    QVERIFY(last && !last->needsDocuments() && last->needsLast());
+    const auto all = Where::parse({"lon-*,!1/video/tx.dst=239.*"});
+    QVERIFY(all && all->needsDocuments());
+}
+
+void TestFleetWhere::aServerVouchesForWhatItHasSeen()
+{
+    ServerView view = server("lon-1");
+    view.alive->configuration = "day";
+    view.alive->revision = 7;
+    view.shared = {{"/corvel/v1/london/servers/lon-1/day/kwx/config", 7}};
+    QVERIFY(view.vouched());
+    view.alive->refused = 1;
+    QVERIFY(!view.vouched());
+    view.alive->refused = 0;
+    view.alive->inStep = false;
+    QVERIFY(!view.vouched());
+    view.alive->inStep = true;
+    view.alive->revision = 6; // it has not seen the last one
+    QVERIFY(!view.vouched());
+    view.alive->revision = 7;
+    view.shared["/corvel/v1/london/servers/lon-1/night/kwx/config"] = 3; // nor perhaps another configuration
+    QVERIFY(!view.vouched());
+    QVERIFY(!away("lon-1").vouched());
 }
 
 void TestFleetWhere::whatMeansNothingIsTold_data()
