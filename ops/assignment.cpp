@@ -112,7 +112,7 @@ Outcome<Done> assignLayout(const Place &place, const QByteArray &word, const QBy
 bool isLayoutWord(const Place &place, const QByteArray &word)
 {
     const bool audio = place.channel >= 0 && (!place.element || place.element == Element::Audio);
-    return audio && place.flow == kNoFlow && (word == "channels" || word == "flows");
+    return audio && (word == "channels" || (word == "flows" && place.flow == kNoFlow));
 }
 
 // "239.20.2.1:20000" of an address word is "239.20.2.1" and the port beside it.
