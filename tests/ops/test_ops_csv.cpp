@@ -16,6 +16,14 @@ private slots:
     void comesBack();
     void noCellIsAFormula_data();
     void noCellIsAFormula();
+    void onlyWhatHasToIsQuoted_data();
+    void onlyWhatHasToIsQuoted();
+    void theReasonIsTold_data();
+    void theReasonIsTold();
+    void apostrophesOfTexts_data();
+    void apostrophesOfTexts();
+    void theLastLineNeedsNoEnd_data();
+    void theLastLineNeedsNoEnd();
 };
 
 namespace {
@@ -122,6 +130,104 @@ void TestCsv::noCellIsAFormula()
     QCOMPARE(ops::plainCell(ops::safeCell(text)), text);
     QCOMPARE(ops::plainCell("'plain"), QByteArray("'plain"));
     QCOMPARE(ops::safeCell("239.1.1.1"), QByteArray("239.1.1.1"));
+}
+
+void TestCsv::onlyWhatHasToIsQuoted_data()
+{
+    QTest::addColumn<QByteArray>("cell");
+    QTest::addColumn<QByteArray>("written");
+    const auto row = [](const char *name, const char *cell, const char *written) {
+        QTest::newRow(name) << QByteArray(cell) << QByteArray(written);
+    };
+    row("word", "a b", "a b");
+    row("empty", "", "");
+    row("comma", "a,b", "\"a,b\"");
+    row("semicolon", "a;b", "\"a;b\"");
+    row("tab", "a\tb", "\"a\tb\"");
+    row("quote", "a\"b", "\"a\"\"b\"");
+    row("two quotes", "\"\"", "\"\"\"\"\"\"");
+    row("line feed", "a\nb", "\"a\nb\"");
+    row("return", "a\rb", "\"a\rb\"");
+    row("apostrophe", "'a'", "'a'");
+}
+
+void TestCsv::onlyWhatHasToIsQuoted()
+{
+    QFETCH(QByteArray, cell);
+    QFETCH(QByteArray, written);
+    QCOMPARE(ops::csvLine({cell}), written + "\r\n");
+    QCOMPARE(ops::csvLine({"x", cell, "y"}), "x," + written + ",y\r\n");
+}
+
+void TestCsv::theReasonIsTold_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("reason");
+    QTest::newRow("utf-16") << QByteArray("\xff\xfe"
+                                          "a")
+                            << QByteArray("not UTF-8; save it as \"CSV UTF-8\"");
+    QTest::newRow("latin-1") << QByteArray("a,\xe4") << QByteArray("not UTF-8; save it as \"CSV UTF-8\"");
+    QTest::newRow("zero byte") << QByteArray("a\0", 2) << QByteArray("a zero byte: no text");
+    QTest::newRow("open quote") << QByteArray("a\n\"b\n")
+                                << QByteArray("row 2: a quote inside a cell, or one that is not closed");
+    QTest::newRow("behind one of several lines")
+        << QByteArray("\"a\nb\"\nc\"\n")
+        << QByteArray("row 3: a quote inside a cell, or one that is not closed");
+}
+
+void TestCsv::theReasonIsTold()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, reason);
+    const auto rows = ops::readCsv(text);
+    QVERIFY(!rows);
+    QCOMPARE(rows.failure().text, reason);
+}
+
+// An apostrophe in front of anything else is the text's own.
+void TestCsv::apostrophesOfTexts_data()
+{
+    QTest::addColumn<QByteArray>("cell");
+    QTest::addColumn<QByteArray>("text");
+    const auto row = [](const char *cell, const char *text) {
+        QTest::newRow(*cell ? cell : "empty") << QByteArray(cell) << QByteArray(text);
+    };
+    row("", "");
+    row("'", "'");
+    row("''", "'");
+    row("'=", "=");
+    row("'=1", "=1");
+    row("'a", "'a");
+    row("a=", "a=");
+    row("x=1", "x=1");
+    row("''=1", "'=1");
+    row("'(absent)", "(absent)");
+}
+
+void TestCsv::apostrophesOfTexts()
+{
+    QFETCH(QByteArray, cell);
+    QFETCH(QByteArray, text);
+    QCOMPARE(ops::plainCell(cell), text);
+    QCOMPARE(ops::plainCell(ops::safeCell(text)), text);
+}
+
+void TestCsv::theLastLineNeedsNoEnd_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    for (const char *text :
+         {"a,b\nc,d", "a,b\nc,d\n", "a,b\r\nc,d\r\n", "a,b\r\nc,d", "\n\na,b\n\n\nc,d\n\n"})
+        QTest::newRow(QByteArray(text).replace('\n', '/').replace('\r', '!').constData()) << QByteArray(text);
+}
+
+void TestCsv::theLastLineNeedsNoEnd()
+{
+    QFETCH(QByteArray, text);
+    const auto rows = ops::readCsv(text);
+    QVERIFY(rows);
+    QCOMPARE(int(rows->size()), 2);
+    QCOMPARE((*rows)[0].cells, QByteArrayList({"a", "b"}));
+    QCOMPARE((*rows)[1].cells, QByteArrayList({"c", "d"}));
 }
 
 QTEST_APPLESS_MAIN(TestCsv)
