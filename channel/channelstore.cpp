@@ -10,14 +10,14 @@
 namespace {
 
 constexpr int kPathSize = 128;
+constexpr char kPathFormat[] = "KWX\\Internal%d\\IpConfig";
 constexpr int kTextSize = 4096;
 
 // A key path as the store wants it: at most 127 bytes and a terminating zero.
 struct KeyPath {
     explicit KeyPath(int channel)
     {
-        const QByteArray path = channelIpKeyName(channel).toLatin1();
-        qstrncpy(bytes, path.constData(), kPathSize);
+        qsnprintf(bytes, kPathSize, kPathFormat, channel);
     }
     char bytes[kPathSize];
 };
@@ -62,7 +62,7 @@ void *defaultStore()
 
 QString channelIpKeyName(int channel)
 {
-    return QStringLiteral("KWX\\Internal%1\\IpConfig").arg(channel);
+    return QString::asprintf(kPathFormat, channel);
 }
 
 QString cfgValue(const char *name, bool isString, int channel, bool isPort)

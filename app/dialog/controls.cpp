@@ -130,6 +130,7 @@ QLineAddress *QCorvelPrivate::newAddress(const char *name)
 {
     QLineAddress *address = new QLineAddress(ground);
     address->setObjectName(QLatin1String(name));
+    addresses.append(address);
     return address;
 }
 

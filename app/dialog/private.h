@@ -153,6 +153,7 @@ struct QCorvelPrivate {
     QCorvel *const q;
     ChannelView view;
     SignalWiring wiring;
+    QVector<QLineAddress *> addresses;
     Notices notices;
     QFrame *headerBand = nullptr, *commandBand = nullptr;
     QWidget *fullPage = nullptr, *simplePage = nullptr;

@@ -11,7 +11,7 @@
 void QCorvelPrivate::finishKeys()
 {
     QList<QLineAddress *> waiting;
-    for (QLineAddress *address : q->findChildren<QLineAddress *>()) {
+    for (QLineAddress *address : qAsConst(addresses)) {
         if (address->hasPendingKeys())
             waiting.append(address);
     }

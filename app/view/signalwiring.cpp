@@ -14,8 +14,8 @@ void SignalWiring::disconnectAll()
         apply(false);
 }
 
-void SignalWiring::apply(bool on) const
+void SignalWiring::apply(bool on)
 {
-    for (const auto &link : m_links)
+    for (auto &link : m_links)
         link(on);
 }

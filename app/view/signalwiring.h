@@ -17,11 +17,11 @@ public:
     template<class Sender, class Signal, class Receiver, class Slot>
     void add(Sender *sender, Signal signal, Receiver *receiver, Slot slot)
     {
-        m_links.push_back([=](bool on) {
-            if (on)
-                QObject::connect(sender, signal, receiver, slot, Qt::UniqueConnection);
-            else
-                QObject::disconnect(sender, signal, receiver, slot);
+        m_links.push_back([=, made = QMetaObject::Connection()](bool on) mutable {
+            if (!on)
+                QObject::disconnect(made);
+            else if (!made)
+                made = QObject::connect(sender, signal, receiver, slot);
         });
     }
 
@@ -30,7 +30,7 @@ public:
     void disconnectAll();
 
 private:
-    void apply(bool on) const;
+    void apply(bool on);
 
     std::vector<std::function<void(bool on)>> m_links; // in the order in which slots run
     int m_depth = 1;                                   // 0: connected
