@@ -15,6 +15,8 @@ using namespace StoreTest;
 
 namespace {
 
+const QString kUnshared = QStringLiteral(CORVEL_TEST_DATA "/../support/unshared");
+
 // Presses one of the commands in a process of its own, whose file system may be a special one.
 int pressOnce(const QString &command, const QString &path)
 {
@@ -27,8 +29,7 @@ int pressOnce(const QString &command, const QString &path)
 // True when this machine lets us mount in a name space of our own.
 bool mayMount()
 {
-    return QProcess::execute(QStringLiteral("unshare"), {QStringLiteral("-Urm"), QStringLiteral("true")}) ==
-           0;
+    return QProcess::execute(kUnshared, {QStringLiteral("-m"), QStringLiteral("true")}) == 0;
 }
 
 QByteArray longPath(int length)
@@ -195,8 +196,8 @@ void TestFileTrouble::specialDisk()
     QTemporaryDir disk;
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("unshare"),
-                  {QStringLiteral("-Urm"), QStringLiteral("sh"), QStringLiteral("-c"),
+    process.start(kUnshared,
+                  {QStringLiteral("-m"), QStringLiteral("sh"), QStringLiteral("-c"),
                    QStringLiteral("mount -t tmpfs -o \"$1\" none \"$2\" && shift 2 && exec \"$@\""),
                    QStringLiteral("sh"), options, disk.path(), QCoreApplication::applicationFilePath(),
                    QStringLiteral("--press"), command, disk.filePath(name)});

@@ -3,10 +3,7 @@
 # test_rkcfg_fulldisk.sh TOOL: the store on a small disk that fills up. Exit 77: no mount namespace here.
 tool=$1
 if [ "$2" != inside ]; then
-    user=
-    [ "$(id -u)" -eq 0 ] || user=--map-root-user
-    unshare --mount $user true 2>/dev/null || exit 77
-    exec unshare --mount $user "$0" "$tool" inside
+    exec "$(dirname "$0")/../../support/unshared" -m "$0" "$tool" inside
 fi
 
 fail() {

@@ -34,6 +34,13 @@ extern "C" int __lsan_is_turned_off()
 namespace {
 
 const QString ptpstatus = QStringLiteral(CORVEL_BIN_DIR "/ptpstatus");
+const QString kUnshared = QStringLiteral(CORVEL_TEST_DATA "/../support/unshared");
+
+bool mayMount()
+{
+    return QProcess::execute(kUnshared,
+                             {QStringLiteral("--as-is"), QStringLiteral("-m"), QStringLiteral("true")}) == 0;
+}
 
 size_t ptp4lCount()
 {
@@ -423,7 +430,8 @@ void TestPtpChildren::missingParts()
     const QStringList noCapability = {QStringLiteral("setpriv"),
                                       QStringLiteral("--bounding-set=-net_bind_service")};
     const QStringList noFolder = {
-        QStringLiteral("unshare"),
+        kUnshared,
+        QStringLiteral("--as-is"),
         QStringLiteral("-m"),
         QStringLiteral("sh"),
         QStringLiteral("-c"),
@@ -435,9 +443,8 @@ void TestPtpChildren::missingParts()
                     {launcher, noCapability, "setcap cap_net_bind_service=p /", {}, {}, {}},
                     {launcher, noFolder, "no private folder", {}, {}, {}}};
     const QStringList arguments = {QStringLiteral("-i"), QStringLiteral("10.9.0.1")};
-    // Inside a chroot nobody can mount over /tmp; there the last case is left out.
-    const bool mountsAllowed =
-        QProcess::execute(QStringLiteral("unshare"), {QStringLiteral("-m"), QStringLiteral("true")}) == 0;
+    // Where nobody can mount over /tmp, the last case is left out.
+    const bool mountsAllowed = mayMount();
     const auto possible = [mountsAllowed, &noFolder](const Case &one) {
         return mountsAllowed || one.wrapper != noFolder;
     };
@@ -509,7 +516,7 @@ void TestPtpChildren::takenNamesDoNotStopAClient()
 {
     QFETCH(QString, state);
     QFETCH(QString, where);
-    if (QProcess::execute(QStringLiteral("unshare"), {QStringLiteral("-m"), QStringLiteral("true")}) != 0)
+    if (!mayMount())
         QSKIP("nothing can be mounted over /tmp here");
     const QString script =
         QStringLiteral("mount -t tmpfs -o mode=1777 none /tmp && touch /tmp/corvel-$(id -u) && "
@@ -518,9 +525,8 @@ void TestPtpChildren::takenNamesDoNotStopAClient()
             .arg(state, ptpstatus, where);
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("unshare"),
-                  {QStringLiteral("-m"), QStringLiteral("timeout"), QStringLiteral("20"),
-                   QStringLiteral("sh"), QStringLiteral("-c"), script});
+    process.start(kUnshared, {QStringLiteral("--as-is"), QStringLiteral("-m"), QStringLiteral("timeout"),
+                              QStringLiteral("20"), QStringLiteral("sh"), QStringLiteral("-c"), script});
     QVERIFY(process.waitForFinished(25000));
     const QByteArray output = process.readAll();
     QVERIFY2(!output.contains("PTP: ") && !output.contains("no client"), output.constData());
