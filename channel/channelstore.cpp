@@ -15,10 +15,7 @@ constexpr int kTextSize = 4096;
 
 // A key path as the store wants it: at most 127 bytes and a terminating zero.
 struct KeyPath {
-    explicit KeyPath(int channel)
-    {
-        qsnprintf(bytes, kPathSize, kPathFormat, channel);
-    }
+    explicit KeyPath(int channel) { qsnprintf(bytes, kPathSize, kPathFormat, channel); }
     char bytes[kPathSize];
 };
 
