@@ -66,12 +66,16 @@ Outcome<Step> parseStep(const QByteArray &text)
     const bool small = ok && step.number >= -0xffffffffLL && step.number <= 0xffffffffLL;
     if (equals < 1 || (!small && !bits))
         return wrong("\"" + text.left(60) + "\" is no step such as dst=0.0.1.0 or port=2");
+    bool exists = false;
     for (const KnownName *known : channelNames()) {
         const bool steps = known->kind == Kind::Address || (known->kind == Kind::Port && ok);
-        if (means(*known, step.token) && steps)
+        const bool meant = means(*known, step.token);
+        if (meant && steps)
             return step;
+        exists = exists || meant;
     }
-    return unknownField(step.token);
+    return exists ? wrong("the step " + text.left(60) + ": addresses and ports have steps, ports a number")
+                  : unknownField(step.token);
 }
 
 int addressClass(quint32 address)
