@@ -5,8 +5,6 @@
 // killed is not started again.
 #include "fleetsite.h"
 
-#include <QCoreApplication>
-
 namespace {
 
 constexpr int kLongestMs = 40; // by then an edit is usually across
@@ -22,18 +20,10 @@ void killOnce(FleetSite &site, int side)
         site.machine(side).start();
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int run(FleetSite &site, campaign::Problems &problems)
 {
-    const QCoreApplication application(argc, argv);
-    campaign::Problems problems;
-    FleetSite site(problems);
-    if (!site.start())
-        return campaign::finish(problems, "the plant did not come up");
     const long wanted = campaign::amount(5);
     long kills = 0;
-    long conflicts = 0;
     while (kills < wanted && problems.count() == 0) {
         killOnce(site, static_cast<int>(kills % 2));
         ++kills;
@@ -41,7 +31,7 @@ int main(int argc, char **argv)
         site.untilEqual("a kill");
     }
     site.untilEqual("the last kill");
-    conflicts = site.conflicts().size();
+    const long conflicts = site.conflicts().size();
     const int repeats = site.hand(FleetSite::kServer).repeats() + site.hand(FleetSite::kDesk).repeats();
     if (repeats > 0)
         problems.add("%d values were stored twice", repeats);
@@ -49,4 +39,11 @@ int main(int argc, char **argv)
         problems.add("%ld conflicts about edits that followed each other", conflicts);
     return campaign::finish(problems, "%ld kills, %ld edits, 0 lost, %d stored twice, %ld needless conflicts",
                             kills, site.edits(), repeats, conflicts);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    return onSite(argc, argv, run);
 }

@@ -51,9 +51,9 @@ public:
         if (!prepare())
             return campaign::finish(m_problems, "the plant did not come up");
         begin();
-        look();
         massChange(5006, QStringLiteral("sim-*"));
         awayWhileCompacted();
+        look();
         restartAll();
         if (campaign::isLong())
             restartMembers();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "fleetsite.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 
 namespace {
@@ -162,4 +163,12 @@ QByteArrayList FleetSite::conflicts() const
             values.append(line);
     }
     return values;
+}
+
+int onSite(int argc, char **argv, const std::function<int(FleetSite &, campaign::Problems &)> &work)
+{
+    const QCoreApplication application(argc, argv);
+    campaign::Problems problems;
+    FleetSite site(problems);
+    return site.start() ? work(site, problems) : campaign::finish(problems, "the plant did not come up");
 }

@@ -10,6 +10,7 @@
 #include "fleet/machine.h"
 
 #include <array>
+#include <functional>
 #include <map>
 
 // Somebody at one machine's store.
@@ -70,5 +71,8 @@ private:
     long m_edits = 0;
     qint64 m_slowestUs = 0;
 };
+
+// The frame of a gate's main(): brings a site up and lets work do the rest, which ends with finish().
+int onSite(int argc, char **argv, const std::function<int(FleetSite &, campaign::Problems &)> &work);
 
 #endif

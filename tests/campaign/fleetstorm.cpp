@@ -6,7 +6,6 @@
 // the network. CAMPAIGN_DEAF: a break, the desk's service is stopped and not started again.
 #include "fleetsite.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 
@@ -174,10 +173,7 @@ private:
 
 int main(int argc, char **argv)
 {
-    const QCoreApplication application(argc, argv);
-    campaign::Problems problems;
-    FleetSite site(problems);
-    if (!site.start())
-        return campaign::finish(problems, "the plant did not come up");
-    return Storm(site, problems).run(static_cast<int>(campaign::amount(1)) * 1000);
+    return onSite(argc, argv, [](FleetSite &site, campaign::Problems &problems) {
+        return Storm(site, problems).run(static_cast<int>(campaign::amount(1)) * 1000);
+    });
 }
