@@ -125,6 +125,11 @@ bool StoreNotes::recall(Memory *memory) const
     return walk([&](const std::string &key, const std::string &data) { recallOne(key, data, memory); });
 }
 
+Mark StoreNotes::mark() const
+{
+    return markOf(get(kMark));
+}
+
 bool StoreNotes::rememberMark(const Mark &mark) const
 {
     return set(kMark, markText(mark));

@@ -25,6 +25,8 @@ public:
     static bool available();
 
     bool recall(Memory *memory) const;
+    // Only what all that belongs to; empty when nothing is remembered or to be read.
+    Mark mark() const;
     bool rememberMark(const Mark &mark) const;
     bool rememberStep(const Step &step) const;
     bool forgetUploaded(const std::string &id, const QByteArray &who) const;

@@ -14,11 +14,10 @@ std::optional<KeptAs> keptAs(const QByteArray &configuration)
     if (!ops::hasConfiguration(configuration))
         return std::nullopt;
     const auto store = ops::Store::open(configuration);
-    Memory memory;
-    if (!store || !StoreNotes(*store).recall(&memory) || memory.mark.place.empty())
+    if (!store)
         return std::nullopt;
     // "ROLE /corvel/v1/SITE/servers/SERVER/CONFIGURATION/"
-    const QByteArray mark = QByteArray::fromStdString(memory.mark.place);
+    const QByteArray mark = QByteArray::fromStdString(StoreNotes(*store).mark().place);
     const QList<QByteArray> parts = mark.split('/');
     if (parts.size() < 7)
         return std::nullopt;

@@ -2,6 +2,7 @@
 //
 // A configuration of the real store as a replica: what is applied, remembered, refused and signed.
 #include "fleet/keypath.h"
+#include "fleet/storenotes.h"
 #include "fleet/storereplica.h"
 #include "ops/history.h"
 #include "rkcfg.h"
@@ -205,6 +206,9 @@ void TestFleetReplica::remembers()
     QCOMPARE(memory.mark.revision, std::int64_t(1234567890123));
     QCOMPARE(memory.mark.pushes, std::uint64_t(42));
     QCOMPARE(memory.mark.receipt, std::string("receipt"));
+    const auto store = ops::Store::open("night");
+    QVERIFY(store);
+    QCOMPARE(StoreNotes(*store).mark().place, std::string("desk /x/")); // without all the rest
     transaction.steps[0].flights = Flights();
     QCOMPARE(m_replica->apply(transaction), Applied::Done);
     Memory later;
