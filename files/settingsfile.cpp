@@ -13,10 +13,10 @@ using std::string_view;
 
 // The second piece has no line end, so that the name line continues a comment. Deliberate, see
 // docs/deliberate.md.
-const char *const header[] = {"[HalvectIpConfig]\n", ";Network Config file", "Name=Quorlex\n",
-                              "Version=1.0\n\n"};
-const char signature[] = "[HalvectIpConfig]";
-constexpr string_view versionKey = "Version"; // of the header's last piece
+const char *const kHeader[] = {"[HalvectIpConfig]\n", ";Network Config file", "Name=Quorlex\n",
+                               "Version=1.0\n\n"};
+const char kSignature[] = "[HalvectIpConfig]";
+constexpr string_view kVersionKey = "Version"; // of the header's last piece
 
 enum class Form {
     Zero,   // the number 0, whatever is stored
@@ -39,7 +39,7 @@ struct WrittenLine {
 };
 
 // clang-format off
-const FlowLine transmitFlow[] = {
+const FlowLine kTransmitFlow[] = {
     {"TransmitAudIp",             Form::Text},
     {"TransmitAudDestinationIp",  Form::Text},
     {"TransmitAudSourcePort",     Form::AsRead},
@@ -47,7 +47,7 @@ const FlowLine transmitFlow[] = {
     {"TransmitAudFlags",          Form::AsRead},
     {nullptr,                     Form::Text},
 };
-const FlowLine receiveFlow[] = {
+const FlowLine kReceiveFlow[] = {
     {"ReceiveAudSourceIp",        Form::Text},
     {"ReceiveAudDestinationIp",   Form::Text},
     {"ReceiveAudSourcePort",      Form::AsRead},
@@ -75,7 +75,7 @@ const WrittenLine kWrittenLines[] = {
     {"TransmitRemotePort",        nullptr,             Form::Number, nullptr},
     {"TransmitInterface",         nullptr,             Form::Text,   nullptr},
     {"TransmitFlags",             nullptr,             Form::Number, nullptr},
-    {nullptr,                     nullptr,             Form::Flows,  transmitFlow},
+    {nullptr,                     nullptr,             Form::Flows,  kTransmitFlow},
     {"TransmitAudInterface",      "TransmitInterface", Form::Text,   nullptr},
     {"TransmitAudPacketLength",   nullptr,             Form::Number, nullptr},
     {"TransmitAncIp",             nullptr,             Form::Text,   nullptr},
@@ -94,7 +94,7 @@ const WrittenLine kWrittenLines[] = {
     {"ReceiveDestinationPort",    nullptr,             Form::Number, nullptr},
     {"ReceiveInterface",          nullptr,             Form::Text,   nullptr},
     {"ReceiveFlags",              nullptr,             Form::Number, nullptr},
-    {nullptr,                     nullptr,             Form::Flows,  receiveFlow},
+    {nullptr,                     nullptr,             Form::Flows,  kReceiveFlow},
     {"ReceiveAudInterface",       "ReceiveInterface",  Form::Text,   nullptr},
     {"ReceiveAudPacketLength",    nullptr,             Form::Number, nullptr},
     {"ReceiveAncSourceIp",        nullptr,             Form::Text,   nullptr},
@@ -217,7 +217,7 @@ void assignUtf8(QString &out, string_view text)
 QByteArrayList settingsHeader()
 {
     QByteArrayList pieces;
-    for (const char *piece : header)
+    for (const char *piece : kHeader)
         pieces.append(piece);
     return pieces;
 }
@@ -239,7 +239,7 @@ QByteArray writeSettingsFile(const SettingsValueSource &value, int channels, int
 
 bool isSettingsSignature(const QByteArray &firstLine)
 {
-    return qstrnicmp(firstLine.constData(), signature, sizeof signature - 1) == 0;
+    return qstrnicmp(firstLine.constData(), kSignature, sizeof kSignature - 1) == 0;
 }
 
 // Not toUInt(): a number beyond 32 bits keeps its low bits.
@@ -270,9 +270,9 @@ SettingsReader::Result SettingsReader::section(const QByteArray &line)
 // The key in hand is none that is stored. The interfaces are told apart by the end of their names.
 void SettingsReader::leaveOut()
 {
-    constexpr string_view interface = "interface";
-    const bool ends = m_key.size() >= interface.size() &&
-                      m_key.compare(m_key.size() - interface.size(), interface.size(), interface) == 0;
+    constexpr string_view kInterface = "interface";
+    const bool ends = m_key.size() >= kInterface.size() &&
+                      m_key.compare(m_key.size() - kInterface.size(), kInterface.size(), kInterface) == 0;
     ++(ends ? m_leftOut.interfaces : m_leftOut.unknown);
 }
 
@@ -289,7 +289,7 @@ SettingsReader::Result SettingsReader::feed(const QByteArray &line, SettingsValu
         return section(QByteArray(text.data(), static_cast<int>(text.size())));
     const string_view key = text.substr(0, equals);
     if (m_current < 0) {
-        m_leftOut.beforeSections += key != versionKey; // every file has this one
+        m_leftOut.beforeSections += key != kVersionKey; // every file has this one
         return Result::Ignored;
     }
 

@@ -21,7 +21,7 @@
 namespace {
 
 // 0 to 255 without leading zeros; an empty text is "not yet" and may stand.
-const char octetPattern[] = "^(0|[1-9]|[1-9][0-9]|1[0-9][0-9]|2([0-4][0-9]|5[0-5]))$";
+const char kOctetPattern[] = "^(0|[1-9]|[1-9][0-9]|1[0-9][0-9]|2([0-4][0-9]|5[0-5]))$";
 
 QFont octetFont(QFont font)
 {
@@ -71,7 +71,7 @@ void QLineAddress::addOctet(int index)
     octet->setAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
     octet->setStyleSheet(QStringLiteral("padding-top: 1px; padding-bottom: 1px;"));
     octet->setFont(octetFont(octet->font()));
-    const QRegExp rule(QLatin1String(octetPattern), Qt::CaseSensitive, QRegExp::RegExp);
+    const QRegExp rule(QLatin1String(kOctetPattern), Qt::CaseSensitive, QRegExp::RegExp);
     octet->setValidator(new QRegExpValidator(rule, octet));
     connect(octet, &QLineEdit::textChanged, this, &QLineAddress::showMark);
 }

@@ -54,7 +54,7 @@ bool emptyOrZero(const QLineEdit &octet)
 // leaves the widget. Every key without a row is announced, letters and Tab included: the rule is about
 // keys, not about what the octet makes of them.
 // clang-format off
-const KeyRule keyRules[] = {
+const KeyRule kKeyRules[] = {
     // key               acts when             focus goes   may change the text
     { Qt::Key_Backspace, emptyOrAtStart,       Move::Prev,  false },
     { Qt::Key_Left,      atStartOrAllSelected, Move::Prev,  false },
@@ -69,7 +69,7 @@ const KeyRule keyRules[] = {
 
 const KeyRule *ruleFor(int key)
 {
-    for (const KeyRule &rule : keyRules) {
+    for (const KeyRule &rule : kKeyRules) {
         if (rule.key == key)
             return &rule;
     }

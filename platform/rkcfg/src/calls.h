@@ -10,12 +10,12 @@
 
 namespace rkcfg {
 
-constexpr int done = 0;
-constexpr int failed = 1;
+constexpr int kDone = 0;
+constexpr int kFailed = 1;
 
-constexpr const char *unknownHandle = "unknown handle";
-constexpr const char *nullPointer = "null pointer";
-constexpr const char *notAName = "not a name for a configuration";
+constexpr const char *kUnknownHandle = "unknown handle";
+constexpr const char *kNullPointer = "null pointer";
+constexpr const char *kNotAName = "not a name for a configuration";
 
 // Short memory and the like become the call's failure.
 template<typename Outcome, typename Body>
@@ -51,7 +51,7 @@ Outcome withStore(const char *call, void *handle, Outcome failure, Body body) no
             if (store.known())
                 return body(store);
         }
-        return refuse(call, unknownHandle, failure);
+        return refuse(call, kUnknownHandle, failure);
     });
 }
 

@@ -14,13 +14,13 @@ namespace rkcfg {
 namespace {
 
 // Programs of the next versions; any other number is damage.
-constexpr int64_t newestVersion = schemaVersion + 8;
+constexpr int64_t kNewestVersion = kSchemaVersion + 8;
 
 // A store up to this size is looked at as a whole each time it is opened; some milliseconds.
-constexpr off_t checkedWhole = 1 << 20;
+constexpr off_t kCheckedWhole = 1 << 20;
 
-constexpr off_t writeVersionOffset = 18;
-constexpr unsigned char newestWriteVersion = 2;
+constexpr off_t kWriteVersionOffset = 18;
+constexpr unsigned char kNewestWriteVersion = 2;
 
 // Of what lies beside the settings: whether it is there, and what its columns have to be.
 struct Shape {
@@ -28,7 +28,7 @@ struct Shape {
     const char *columns;
 };
 
-constexpr Shape shapes[] = {
+constexpr Shape kShapes[] = {
     {"SELECT count(*) FROM sqlite_schema WHERE name IN ('history', 'writer')",
      "SELECT h.id, h.batch, h.time, h.pid, h.path, h.name, h.old_value, h.new_value, h.label, h.undoes,"
      " w.program, w.user FROM history AS h JOIN writer AS w ON w.id = h.writer"},
@@ -40,8 +40,8 @@ bool writeVersionUnknown(const std::string &path)
 {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     unsigned char version = 0;
-    return file.valid() && pread(file.get(), &version, 1, writeVersionOffset) == 1 &&
-           (version == 0 || version > newestWriteVersion);
+    return file.valid() && pread(file.get(), &version, 1, kWriteVersionOffset) == 1 &&
+           (version == 0 || version > kNewestWriteVersion);
 }
 
 } // namespace
@@ -58,7 +58,7 @@ Result Connection::check(const std::string &path)
     // leads to.
     if (result.ok() && m_manner.thorough)
         result = checkAround("PRAGMA integrity_check(1)");
-    else if (result.ok() && m_manner.whole && fileState(path).size() <= checkedWhole)
+    else if (result.ok() && m_manner.whole && fileState(path).size() <= kCheckedWhole)
         result = checkAround("PRAGMA quick_check(1)");
     return result;
 }
@@ -77,7 +77,7 @@ Result Connection::checked(const char *sql)
 Result Connection::checkAround(const char *sql)
 {
     Result result = checked(sql);
-    for (const Shape &shape : shapes) {
+    for (const Shape &shape : kShapes) {
         int64_t tables = 0;
         Statement columns;
         int code = result.ok() ? number(shape.count, tables) : SQLITE_OK;
@@ -118,9 +118,9 @@ Result Connection::checkHeader()
         code = number("SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name = 'setting'", tables);
     if (code != SQLITE_OK)
         return outcome(code);
-    if (id == applicationId && version > schemaVersion && version <= newestVersion)
+    if (id == kApplicationId && version > kSchemaVersion && version <= kNewestVersion)
         return {SQLITE_MISMATCH, "written by a newer version"};
-    if (id != applicationId || version != schemaVersion || tables != 1 || encoding != "UTF-8")
+    if (id != kApplicationId || version != kSchemaVersion || tables != 1 || encoding != "UTF-8")
         return {SQLITE_CORRUPT, "not a configuration store"};
     return {};
 }

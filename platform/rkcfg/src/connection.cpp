@@ -15,10 +15,10 @@ namespace rkcfg {
 
 namespace {
 
-constexpr int journalPauseMs = 20;
+constexpr int kJournalPauseMs = 20;
 
 // clang-format off
-constexpr const char *settings[] = {
+constexpr const char *kSettings[] = {
     "PRAGMA trusted_schema=OFF",
     "PRAGMA cell_size_check=ON",
     "PRAGMA mmap_size=0",
@@ -26,21 +26,21 @@ constexpr const char *settings[] = {
     "PRAGMA cache_spill=OFF",
 };
 
-constexpr const char *selectSql = "SELECT value FROM setting WHERE path = ?1 AND name = ?2";
+constexpr const char *kSelectSql = "SELECT value FROM setting WHERE path = ?1 AND name = ?2";
 
-constexpr const char *spellingSql = "SELECT path FROM setting WHERE path = ?1 LIMIT 1";
+constexpr const char *kSpellingSql = "SELECT path FROM setting WHERE path = ?1 LIMIT 1";
 
-constexpr const char *upsertSql =
+constexpr const char *kUpsertSql =
     "INSERT INTO setting (path, name, type, value) VALUES (?1, ?2, ?3, ?4)"
     " ON CONFLICT (path, name) DO UPDATE SET type = excluded.type, value = excluded.value"
     " WHERE type IS NOT excluded.type OR value IS NOT excluded.value";
 
-constexpr const char *deleteSql = "DELETE FROM setting WHERE path = ?1 AND name = ?2";
+constexpr const char *kDeleteSql = "DELETE FROM setting WHERE path = ?1 AND name = ?2";
 
-constexpr const char *listSql = "SELECT path, name, value FROM setting ORDER BY path, name";
+constexpr const char *kListSql = "SELECT path, name, value FROM setting ORDER BY path, name";
 
 // Behind "\\" comes "]": between the two bounds the index finds what is below, and a few neighbours.
-constexpr const char *listBelowSql =
+constexpr const char *kListBelowSql =
     "SELECT path, name, value FROM setting WHERE path >= ?1 AND path < ?1 || ']'"
     " AND (path = ?1 OR substr(path, 1, length(?1) + 1) = ?1 || '\\' COLLATE NOCASE)"
     " ORDER BY path, name";
@@ -62,12 +62,12 @@ const char *syncSetting(const Manner &manner)
 // Nothing can be written: the file, or not even a log and its index beside it.
 bool refusesWriting(int code)
 {
-    constexpr int refusals[] = {SQLITE_READONLY, SQLITE_CANTOPEN, SQLITE_PERM, SQLITE_FULL};
-    constexpr int indexRefusals[] = {SQLITE_IOERR_SHMSIZE, SQLITE_IOERR_SHMOPEN, SQLITE_IOERR_SHMMAP};
+    constexpr int kRefusals[] = {SQLITE_READONLY, SQLITE_CANTOPEN, SQLITE_PERM, SQLITE_FULL};
+    constexpr int kIndexRefusals[] = {SQLITE_IOERR_SHMSIZE, SQLITE_IOERR_SHMOPEN, SQLITE_IOERR_SHMMAP};
     const auto among = [](const auto &codes, int wanted) {
         return std::find(std::begin(codes), std::end(codes), wanted) != std::end(codes);
     };
-    return among(refusals, primary(code)) || among(indexRefusals, code);
+    return among(kRefusals, primary(code)) || among(kIndexRefusals, code);
 }
 
 } // namespace
@@ -112,9 +112,9 @@ Result Connection::create(const std::string &path, const Manner &manner)
     if (code == SQLITE_OK)
         code = connection.execute("PRAGMA synchronous=OFF");
     if (code == SQLITE_OK)
-        code = connection.execute(schemaSql);
+        code = connection.execute(kSchemaSql);
     if (code == SQLITE_OK)
-        code = connection.execute(historySql);
+        code = connection.execute(kHistorySql);
     if (code == SQLITE_OK)
         code = connection.enterJournalMode();
     return connection.outcome(code);
@@ -151,7 +151,7 @@ int Connection::connect(const std::string &name, int flags)
 Result Connection::openWriting(const std::string &path)
 {
     int code = connect(path, SQLITE_OPEN_READWRITE);
-    for (const char *sql : settings) {
+    for (const char *sql : kSettings) {
         if (code == SQLITE_OK)
             code = execute(sql);
     }
@@ -191,7 +191,7 @@ int Connection::enterJournalMode()
             return code;
         if (remainingMs() == 0)
             return SQLITE_BUSY;
-        usleep(journalPauseMs * 1000);
+        usleep(kJournalPauseMs * 1000);
     }
 }
 
@@ -203,9 +203,9 @@ int Connection::execute(const char *sql)
 Result Connection::prepareAll()
 {
     const std::pair<Statement *, const char *> statements[] = {
-        {&m_select, selectSql},        {&m_spelling, spellingSql}, {&m_upsert, upsertSql},
-        {&m_delete, deleteSql},        {&m_list, listSql},         {&m_listBelow, listBelowSql},
-        {&m_begin, "BEGIN IMMEDIATE"}, {&m_commit, "COMMIT"},      {&m_dataVersion, "PRAGMA data_version"},
+        {&m_select, kSelectSql},       {&m_spelling, kSpellingSql}, {&m_upsert, kUpsertSql},
+        {&m_delete, kDeleteSql},       {&m_list, kListSql},         {&m_listBelow, kListBelowSql},
+        {&m_begin, "BEGIN IMMEDIATE"}, {&m_commit, "COMMIT"},       {&m_dataVersion, "PRAGMA data_version"},
     };
     int code = SQLITE_OK;
     for (const auto &[statement, sql] : statements) {

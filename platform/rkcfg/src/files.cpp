@@ -13,16 +13,16 @@ namespace rkcfg {
 
 namespace {
 
-constexpr mode_t privateFolderMode = 0700;
-constexpr mode_t privateFileMode = 0600;
-constexpr mode_t othersBits = 0077;
-constexpr mode_t permissionBits = 07777;
-constexpr int openAttempts = 3;
-constexpr long lockPollNs = 2'000'000;
-constexpr const char *lockName = ".rkcfg-lock";
+constexpr mode_t kPrivateFolderMode = 0700;
+constexpr mode_t kPrivateFileMode = 0600;
+constexpr mode_t kOthersBits = 0077;
+constexpr mode_t kPermissionBits = 07777;
+constexpr int kOpenAttempts = 3;
+constexpr long kLockPollNs = 2'000'000;
+constexpr const char *kLockName = ".rkcfg-lock";
 
 // File systems whose files other machines may have open, or that promise no shared memory maps.
-constexpr unsigned long networkTypes[] = {
+constexpr unsigned long kNetworkTypes[] = {
     0x6969,     // NFS
     0x517B,     // SMB
     0xFF534D42, // CIFS
@@ -113,22 +113,23 @@ bool newerThan(const FileState &one, const FileState &other)
 
 bool makePrivateFolder(const std::string &path)
 {
-    mkdir(path.c_str(), privateFolderMode);
+    mkdir(path.c_str(), kPrivateFolderMode);
     // The folder itself may be a link of the user's.
     FileState state;
     state.exists = stat(path.c_str(), &state.info) == 0;
     if (!state.exists || !S_ISDIR(state.info.st_mode))
         return false;
-    if ((state.info.st_mode & othersBits) != 0 && state.info.st_uid == geteuid())
-        return chmod(path.c_str(), state.info.st_mode & permissionBits & ~othersBits) == 0 || errno == EROFS;
+    if ((state.info.st_mode & kOthersBits) != 0 && state.info.st_uid == geteuid())
+        return chmod(path.c_str(), state.info.st_mode & kPermissionBits & ~kOthersBits) == 0 ||
+               errno == EROFS;
     return true;
 }
 
 void makePrivateFile(const std::string &path, const FileState &state)
 {
     // A failure changes nothing for us: the directory is closed to others anyway.
-    if (state.plain() && (state.info.st_mode & othersBits) != 0 && state.info.st_uid == geteuid())
-        (void)!chmod(path.c_str(), state.info.st_mode & permissionBits & ~othersBits);
+    if (state.plain() && (state.info.st_mode & kOthersBits) != 0 && state.info.st_uid == geteuid())
+        (void)!chmod(path.c_str(), state.info.st_mode & kPermissionBits & ~kOthersBits);
 }
 
 bool createPrivateFile(const std::string &path)
@@ -136,7 +137,7 @@ bool createPrivateFile(const std::string &path)
     if (unlink(path.c_str()) != 0 && errno != ENOENT)
         return false;
     const Descriptor file(
-        openRetrying(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, privateFileMode));
+        openRetrying(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, kPrivateFileMode));
     return file.valid();
 }
 
@@ -166,7 +167,7 @@ bool onNetwork(const std::string &folder)
     if (statfs(folder.c_str(), &info) != 0)
         return false;
     const auto type = static_cast<unsigned long>(info.f_type) & 0xFFFFFFFFUL;
-    return std::find(std::begin(networkTypes), std::end(networkTypes), type) != std::end(networkTypes);
+    return std::find(std::begin(kNetworkTypes), std::end(kNetworkTypes), type) != std::end(kNetworkTypes);
 }
 
 std::string fileUri(const std::string &path, const char *query)
@@ -187,13 +188,13 @@ std::string fileUri(const std::string &path, const char *query)
 
 bool FolderLock::open(const std::string &folder)
 {
-    const std::string path = folder + lockName;
+    const std::string path = folder + kLockName;
     if (m_file.valid() && m_path == path)
         return true;
     m_path = path;
-    for (int attempt = 0; attempt < openAttempts; ++attempt) {
+    for (int attempt = 0; attempt < kOpenAttempts; ++attempt) {
         m_file = rk::aboveStandardStreams(
-            Descriptor(openRetrying(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW, privateFileMode)));
+            Descriptor(openRetrying(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW, kPrivateFileMode)));
         m_opened = fileState(m_file);
         if (m_opened.plain())
             return true;
@@ -231,7 +232,7 @@ FolderLock::Outcome FolderLock::acquire(const std::string &folder, Kind kind, in
             return Outcome::Held;
         if (elapsedMs(start) >= timeoutMs)
             return Outcome::Busy;
-        const timespec pause{0, lockPollNs};
+        const timespec pause{0, kLockPollNs};
         nanosleep(&pause, nullptr);
     }
 }

@@ -11,7 +11,7 @@ namespace rkcfg {
 
 namespace {
 
-constexpr double goodCopySeconds = 600;
+constexpr double kGoodCopySeconds = 600;
 
 // How many values a copy holds. What is damaged, or no copy of ours, counts as none.
 Result countValues(const std::string &path, int64_t &count)
@@ -51,7 +51,7 @@ bool goodCopyDue(const Paths &paths)
     clock_gettime(CLOCK_REALTIME, &now);
     const double age = ageSeconds(copy, now);
     // A copy from the future tells that the clock was set: it counts as old.
-    const bool old = age > goodCopySeconds || age < 0;
+    const bool old = age > kGoodCopySeconds || age < 0;
     // An empty log was made by opening.
     const FileState log = fileState(paths.log);
     return old && (newerThan(fileState(paths.database), copy) || (log.size() > 0 && newerThan(log, copy)));

@@ -12,13 +12,13 @@ namespace rkcfg {
 namespace {
 
 // A number, not an address: a handle that was closed never becomes another one's.
-constexpr intptr_t firstHandle = 0x10000;
+constexpr intptr_t kFirstHandle = 0x10000;
 
 struct Stores {
     std::mutex mutex;
     Store defaultStore;
     std::map<void *, std::unique_ptr<Store>> named;
-    intptr_t next = firstHandle;
+    intptr_t next = kFirstHandle;
 };
 
 // Lives as long as the process on purpose: calls from other objects' destructors still find it.

@@ -13,23 +13,24 @@ namespace rkcfg {
 
 namespace {
 
-constexpr int64_t pageRows = 500;
+constexpr int64_t kPageRows = 500;
 
 // Without an id the row gets the one after the largest. The first row of a batch has to know it.
-constexpr const char *insertSql =
+constexpr const char *kInsertSql =
     "INSERT INTO history (id, batch, time, writer, pid, path, name, old_value, new_value, label, undoes)"
     " VALUES (?11, ?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)";
-constexpr const char *nextSql = "SELECT coalesce(max(id), 0) + 1 FROM history";
+constexpr const char *kNextSql = "SELECT coalesce(max(id), 0) + 1 FROM history";
 
 #define RKCFG_CHANGE_ROWS                                                                                    \
     "SELECT h.id, h.batch, h.time, w.program, h.pid, w.user, f.label, h.path, h.name, h.old_value,"          \
     " h.new_value, f.undoes FROM history AS h LEFT JOIN writer AS w ON w.id = h.writer"                      \
     " LEFT JOIN history AS f ON f.id = h.batch"
 
-constexpr const char *forwardSql = RKCFG_CHANGE_ROWS " WHERE h.id > ?1 AND h.id <= ?2 ORDER BY h.id LIMIT ?3";
-constexpr const char *backwardSql =
+constexpr const char *kForwardSql =
+    RKCFG_CHANGE_ROWS " WHERE h.id > ?1 AND h.id <= ?2 ORDER BY h.id LIMIT ?3";
+constexpr const char *kBackwardSql =
     RKCFG_CHANGE_ROWS " WHERE h.id < ?1 AND h.id >= ?2 ORDER BY h.id DESC LIMIT ?3";
-constexpr const char *batchSql = RKCFG_CHANGE_ROWS " WHERE h.id >= ?1 AND h.batch = ?1 ORDER BY h.id";
+constexpr const char *kBatchSql = RKCFG_CHANGE_ROWS " WHERE h.id >= ?1 AND h.batch = ?1 ORDER BY h.id";
 
 #undef RKCFG_CHANGE_ROWS
 
@@ -70,11 +71,11 @@ int History::make()
 {
     if (m_insert.prepared())
         return SQLITE_OK;
-    int code = sqlite3_exec(m_db, historySql, nullptr, nullptr, nullptr);
+    int code = sqlite3_exec(m_db, kHistorySql, nullptr, nullptr, nullptr);
     if (code == SQLITE_OK)
-        code = m_insert.prepare(m_db, insertSql);
+        code = m_insert.prepare(m_db, kInsertSql);
     if (code == SQLITE_OK)
-        code = m_next.prepare(m_db, nextSql);
+        code = m_next.prepare(m_db, kNextSql);
     return asContent(code);
 }
 
@@ -124,7 +125,7 @@ int History::record(const Key &key, const Value &before, const Value &after, Bat
     if (code != SQLITE_OK)
         return code;
     --m_untilLook;
-    if (strcasecmp(key.path, boundsPath) == 0)
+    if (strcasecmp(key.path, kBoundsPath) == 0)
         m_untilLook = 0;
     bind(key, before, after, batch);
     m_insert.bind(1, id);
@@ -176,12 +177,12 @@ int History::read(Walk &walk, std::vector<Change> &changes)
     if (walk.end < 0)
         begin(walk);
     Statement page;
-    int code = page.prepare(m_db, walk.newestFirst ? backwardSql : forwardSql);
+    int code = page.prepare(m_db, walk.newestFirst ? kBackwardSql : kForwardSql);
     if (code != SQLITE_OK)
         return asContent(code);
     page.bind(1, walk.position);
     page.bind(2, walk.end);
-    page.bind(3, pageRows);
+    page.bind(3, kPageRows);
     code = rows(page, changes);
     if (!changes.empty())
         walk.position = changes.back().id;
@@ -194,7 +195,7 @@ int History::readBatch(int64_t batch, std::vector<Change> &changes)
     if (!present())
         return SQLITE_OK;
     Statement find;
-    if (const int code = find.prepare(m_db, batchSql); code != SQLITE_OK)
+    if (const int code = find.prepare(m_db, kBatchSql); code != SQLITE_OK)
         return asContent(code);
     find.bind(1, batch);
     const int code = rows(find, changes);

@@ -14,14 +14,14 @@ namespace rkcfg {
 
 namespace {
 
-constexpr size_t headerBytes = 32;
-constexpr size_t frameHeaderBytes = 24;
-constexpr size_t smallestPage = 512;
-constexpr size_t largestPage = 65536;
-constexpr uint32_t magic = 0x377F0682;
-constexpr uint32_t format = 3007000;
+constexpr size_t kHeaderBytes = 32;
+constexpr size_t kFrameHeaderBytes = 24;
+constexpr size_t kSmallestPage = 512;
+constexpr size_t kLargestPage = 65536;
+constexpr uint32_t kMagic = 0x377F0682;
+constexpr uint32_t kFormat = 3007000;
 // A longer one is that of a program in full work.
-constexpr off_t largestLog = 64 << 20;
+constexpr off_t kLargestLog = 64 << 20;
 
 uint32_t number(const unsigned char *bytes)
 {
@@ -32,7 +32,7 @@ std::vector<unsigned char> readFile(const std::string &path)
 {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     const FileState state = fileState(file);
-    if (!state.plain() || state.size() > largestLog)
+    if (!state.plain() || state.size() > kLargestLog)
         return {};
     std::vector<unsigned char> bytes(static_cast<size_t>(state.size()));
     const ssize_t count = read(file.get(), bytes.data(), bytes.size());
@@ -74,17 +74,17 @@ public:
     explicit Log(const std::string &path) : m_bytes(readFile(path)) {}
 
     // Too short for a single frame: nothing was ever committed in it.
-    bool small() const { return m_bytes.size() < headerBytes + frameHeaderBytes + smallestPage; }
+    bool small() const { return m_bytes.size() < kHeaderBytes + kFrameHeaderBytes + kSmallestPage; }
 
     bool headerSound()
     {
         Sum sum(bigEndian());
-        sum.add(m_bytes.data(), headerBytes - 8);
+        sum.add(m_bytes.data(), kHeaderBytes - 8);
         m_pageBytes = number(&m_bytes[8]);
-        const bool page = m_pageBytes >= smallestPage && m_pageBytes <= largestPage &&
+        const bool page = m_pageBytes >= kSmallestPage && m_pageBytes <= kLargestPage &&
                           (m_pageBytes & (m_pageBytes - 1)) == 0;
-        return page && (number(m_bytes.data()) & ~1u) == magic && number(&m_bytes[4]) == format &&
-               sum.matches(&m_bytes[headerBytes - 8]);
+        return page && (number(m_bytes.data()) & ~1u) == kMagic && number(&m_bytes[4]) == kFormat &&
+               sum.matches(&m_bytes[kHeaderBytes - 8]);
     }
 
     bool framesDamaged() const
@@ -101,24 +101,24 @@ public:
 
 private:
     bool bigEndian() const { return (m_bytes[3] & 1) != 0; }
-    size_t frameBytes() const { return frameHeaderBytes + m_pageBytes; }
-    size_t frames() const { return (m_bytes.size() - headerBytes) / frameBytes(); }
-    bool endsAtAFrame() const { return (m_bytes.size() - headerBytes) % frameBytes() == 0; }
+    size_t frameBytes() const { return kFrameHeaderBytes + m_pageBytes; }
+    size_t frames() const { return (m_bytes.size() - kHeaderBytes) / frameBytes(); }
+    bool endsAtAFrame() const { return (m_bytes.size() - kHeaderBytes) % frameBytes() == 0; }
     // How often the log was begun anew.
     bool firstRun() const { return number(&m_bytes[12]) == 0; }
     const unsigned char *frameAt(size_t frame) const
     {
-        return m_bytes.data() + headerBytes + frame * frameBytes();
+        return m_bytes.data() + kHeaderBytes + frame * frameBytes();
     }
     bool ofThisRun(size_t frame) const { return memcmp(frameAt(frame) + 8, &m_bytes[16], 8) == 0; }
 
     size_t soundFrames() const
     {
         Sum sum(bigEndian());
-        sum.add(m_bytes.data(), headerBytes - 8);
+        sum.add(m_bytes.data(), kHeaderBytes - 8);
         for (size_t frame = 0; frame < frames(); ++frame) {
             sum.add(frameAt(frame), 8);
-            sum.add(frameAt(frame) + frameHeaderBytes, m_pageBytes);
+            sum.add(frameAt(frame) + kFrameHeaderBytes, m_pageBytes);
             if (!ofThisRun(frame) || !sum.matches(frameAt(frame) + 16))
                 return frame;
         }

@@ -11,14 +11,14 @@
 
 namespace rkcfg {
 
-const char *const fallbackName = "default";
+const char *const kFallbackName = "default";
 
 namespace {
 
-constexpr size_t maxNameBytes = 64;
-constexpr size_t pathBufferSize = 4096;
-constexpr const char *defaultFile = "default-config";
-constexpr const char *databaseSuffix = ".rkcfg";
+constexpr size_t kMaxNameBytes = 64;
+constexpr size_t kPathBufferSize = 4096;
+constexpr const char *kDefaultFile = "default-config";
+constexpr const char *kDatabaseSuffix = ".rkcfg";
 
 bool allowedCharacter(uint32_t code)
 {
@@ -76,7 +76,7 @@ bool wellFormed(std::string_view text)
 
 bool validName(std::string_view name)
 {
-    if (name.empty() || name.size() > maxNameBytes || name.front() == '.')
+    if (name.empty() || name.size() > kMaxNameBytes || name.front() == '.')
         return false;
     while (!name.empty()) {
         const rk::Character character = rk::firstCharacter(name);
@@ -88,14 +88,14 @@ bool validName(std::string_view name)
 }
 
 Paths::Paths(const std::string &folderWithSlash, const std::string &configuration)
-    : folder(folderWithSlash), name(configuration), database(folder + name + databaseSuffix),
+    : folder(folderWithSlash), name(configuration), database(folder + name + kDatabaseSuffix),
       log(database + "-wal"), goodCopy(database + ".good"), olderCopy(goodCopy + "-older")
 {
 }
 
 std::string configFolder()
 {
-    char buffer[pathBufferSize] = "";
+    char buffer[kPathBufferSize] = "";
     rkOSGetConfigDir(buffer);
     buffer[sizeof buffer - 1] = '\0';
     std::string folder(buffer);
@@ -109,13 +109,14 @@ std::string configFolder()
 
 const std::string &DefaultName::current(const std::string &folder)
 {
-    const FileState now = fileState(folder + defaultFile);
+    const FileState now = fileState(folder + kDefaultFile);
     if (folder == m_folder && !m_name.empty() && now.sameContent(m_seen))
         return m_name;
-    std::string name = now.exists ? readSmallFile(folder + defaultFile) : fallbackName;
+    std::string name = now.exists ? readSmallFile(folder + kDefaultFile) : kFallbackName;
     if (!validName(name)) {
-        ErrOut("rkcfg: %s%s holds no usable name, taking \"%s\"", folder.c_str(), defaultFile, fallbackName);
-        name = fallbackName;
+        ErrOut("rkcfg: %s%s holds no usable name, taking \"%s\"", folder.c_str(), kDefaultFile,
+               kFallbackName);
+        name = kFallbackName;
     }
     m_folder = folder;
     m_name = name;
@@ -125,7 +126,7 @@ const std::string &DefaultName::current(const std::string &folder)
 
 bool DefaultName::store(const std::string &folder, const std::string &name)
 {
-    const std::string path = folder + defaultFile;
+    const std::string path = folder + kDefaultFile;
     const std::string fresh = path + ".new-" + std::to_string(getpid());
     if (!writeSynced(fresh, name + '\n') || rename(fresh.c_str(), path.c_str()) != 0) {
         unlink(fresh.c_str());

@@ -11,7 +11,7 @@
 namespace rkcfg {
 
 // The default configuration where nobody chose one.
-extern const char *const fallbackName;
+extern const char *const kFallbackName;
 
 // Whether all of it is UTF-8 as it should be.
 bool wellFormed(std::string_view text);

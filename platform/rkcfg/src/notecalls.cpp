@@ -11,10 +11,10 @@ using namespace rkcfg;
 
 namespace {
 
-constexpr size_t maxOwnerBytes = 64;
-constexpr size_t maxKeyBytes = 1024;
-constexpr size_t maxDataBytes = 1 << 20;
-constexpr const char *notANote = "no owner or key, or longer than a note's may be";
+constexpr size_t kMaxOwnerBytes = 64;
+constexpr size_t kMaxKeyBytes = 1024;
+constexpr size_t kMaxDataBytes = 1 << 20;
+constexpr const char *kNotANote = "no owner or key, or longer than a note's may be";
 
 bool within(const char *text, size_t bytes)
 {
@@ -23,7 +23,7 @@ bool within(const char *text, size_t bytes)
 
 bool sound(const NoteKey &note)
 {
-    return within(note.owner, maxOwnerBytes) && within(note.key, maxKeyBytes);
+    return within(note.owner, kMaxOwnerBytes) && within(note.key, kMaxKeyBytes);
 }
 
 int visitNotes(const std::vector<KeptNote> &notes, RKCFG_NOTE_VISITOR visitor, void *context)
@@ -33,7 +33,7 @@ int visitNotes(const std::vector<KeptNote> &notes, RKCFG_NOTE_VISITOR visitor, v
             0)
             break;
     }
-    return done;
+    return kDone;
 }
 
 } // namespace
@@ -41,24 +41,24 @@ int visitNotes(const std::vector<KeptNote> &notes, RKCFG_NOTE_VISITOR visitor, v
 extern "C" int rkCFGSetNote(void *handle, const char *owner, const char *key, const void *data, uint32_t size)
 {
     static const char call[] = "rkCFGSetNote";
-    return withStore(call, handle, failed, [&](const StoreAccess &store) {
+    return withStore(call, handle, kFailed, [&](const StoreAccess &store) {
         const NoteKey note{owner, key};
         const std::string_view bytes(static_cast<const char *>(data), data != nullptr ? size : 0);
-        if (sound(note) && bytes.size() <= maxDataBytes)
+        if (sound(note) && bytes.size() <= kMaxDataBytes)
             return store->setNote(note, bytes);
-        store->refuse(call, notANote);
-        return failed;
+        store->refuse(call, kNotANote);
+        return kFailed;
     });
 }
 
 extern "C" int rkCFGNote(void *handle, const char *owner, const char *key, void *buffer, uint32_t *size)
 {
     static const char call[] = "rkCFGNote";
-    return withStore(call, handle, failed, [&](const StoreAccess &store) {
-        int result = failed;
+    return withStore(call, handle, kFailed, [&](const StoreAccess &store) {
+        int result = kFailed;
         const NoteKey note{owner, key};
         if (!sound(note) || size == nullptr) {
-            store->refuse(call, size == nullptr ? nullPointer : notANote);
+            store->refuse(call, size == nullptr ? kNullPointer : kNotANote);
             return result;
         }
         store->readNote(note, [&](const char *, std::string_view data) {
@@ -66,7 +66,7 @@ extern "C" int rkCFGNote(void *handle, const char *owner, const char *key, void 
             if (const size_t bytes = std::min(room, data.size()); bytes > 0)
                 memcpy(buffer, data.data(), bytes);
             *size = static_cast<uint32_t>(data.size());
-            result = done;
+            result = kDone;
         });
         return result;
     });
@@ -75,12 +75,12 @@ extern "C" int rkCFGNote(void *handle, const char *owner, const char *key, void 
 extern "C" int rkCFGForEachNote(void *handle, const char *owner, RKCFG_NOTE_VISITOR visitor, void *context)
 {
     static const char call[] = "rkCFGForEachNote";
-    return guarded(call, failed, [&] {
-        if (visitor == nullptr || !within(owner, maxOwnerBytes))
-            return refuse(call, visitor == nullptr ? nullPointer : notANote, failed);
+    return guarded(call, kFailed, [&] {
+        if (visitor == nullptr || !within(owner, kMaxOwnerBytes))
+            return refuse(call, visitor == nullptr ? kNullPointer : kNotANote, kFailed);
         std::vector<KeptNote> notes;
-        const int code = withStore(call, handle, failed,
+        const int code = withStore(call, handle, kFailed,
                                    [&](const StoreAccess &store) { return store->listNotes(owner, notes); });
-        return code == done ? visitNotes(notes, visitor, context) : failed;
+        return code == kDone ? visitNotes(notes, visitor, context) : kFailed;
     });
 }

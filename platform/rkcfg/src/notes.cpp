@@ -7,11 +7,11 @@ namespace rkcfg {
 
 namespace {
 
-constexpr const char *putSql = "INSERT INTO note (owner, key, data) VALUES (?1, ?2, ?3)"
-                               " ON CONFLICT (owner, key) DO UPDATE SET data = excluded.data";
-constexpr const char *removeSql = "DELETE FROM note WHERE owner = ?1 AND key = ?2";
-constexpr const char *readSql = "SELECT key, data FROM note WHERE owner = ?1 AND key = ?2";
-constexpr const char *listSql = "SELECT key, data FROM note WHERE owner = ?1 ORDER BY key";
+constexpr const char *kPutSql = "INSERT INTO note (owner, key, data) VALUES (?1, ?2, ?3)"
+                                " ON CONFLICT (owner, key) DO UPDATE SET data = excluded.data";
+constexpr const char *kRemoveSql = "DELETE FROM note WHERE owner = ?1 AND key = ?2";
+constexpr const char *kReadSql = "SELECT key, data FROM note WHERE owner = ?1 AND key = ?2";
+constexpr const char *kListSql = "SELECT key, data FROM note WHERE owner = ?1 ORDER BY key";
 
 } // namespace
 
@@ -34,10 +34,10 @@ int Notes::set(const NoteKey &note, std::string_view data)
 {
     if (data.empty() && !present())
         return SQLITE_OK;
-    int code = data.empty() ? SQLITE_OK : sqlite3_exec(m_db, notesSql, nullptr, nullptr, nullptr);
+    int code = data.empty() ? SQLITE_OK : sqlite3_exec(m_db, kNotesSql, nullptr, nullptr, nullptr);
     Statement statement;
     if (code == SQLITE_OK)
-        code = prepare(statement, data.empty() ? removeSql : putSql);
+        code = prepare(statement, data.empty() ? kRemoveSql : kPutSql);
     if (code != SQLITE_OK)
         return code;
     statement.bind(1, note.owner);
@@ -50,7 +50,7 @@ int Notes::set(const NoteKey &note, std::string_view data)
 int Notes::read(const NoteKey &note, const NoteReader &reader)
 {
     Statement statement;
-    if (const int code = present() ? prepare(statement, readSql) : SQLITE_DONE; code != SQLITE_OK)
+    if (const int code = present() ? prepare(statement, kReadSql) : SQLITE_DONE; code != SQLITE_OK)
         return finished(code);
     statement.bind(1, note.owner);
     statement.bind(2, note.key);
@@ -60,7 +60,7 @@ int Notes::read(const NoteKey &note, const NoteReader &reader)
 int Notes::forEach(const char *owner, const NoteReader &reader)
 {
     Statement statement;
-    if (const int code = present() ? prepare(statement, listSql) : SQLITE_DONE; code != SQLITE_OK)
+    if (const int code = present() ? prepare(statement, kListSql) : SQLITE_DONE; code != SQLITE_OK)
         return finished(code);
     statement.bind(1, owner);
     return rows(statement, reader);
@@ -88,7 +88,7 @@ void copyNotes(sqlite3 *db)
         find.step() != SQLITE_ROW)
         return;
     // Row by row in one statement: what cannot be read ends it, and what came before it stays.
-    sqlite3_exec(db, notesSql, nullptr, nullptr, nullptr);
+    sqlite3_exec(db, kNotesSql, nullptr, nullptr, nullptr);
     sqlite3_exec(db, "INSERT OR FAIL INTO main.note SELECT * FROM damaged.note", nullptr, nullptr, nullptr);
 }
 

@@ -10,8 +10,8 @@ using namespace rkcfg;
 
 namespace {
 
-constexpr size_t maxLabelBytes = 200;
-constexpr int unknown = -1;
+constexpr size_t kMaxLabelBytes = 200;
+constexpr int kUnknown = -1;
 
 void fillValue(const Kept &value, int &type, const char *&text, uint32_t &size, uint32_t &number)
 {
@@ -64,12 +64,12 @@ bool visitEntry(const Entry &entry, RKCFG_VISITOR visitor, void *context)
 extern "C" int rkCFGForEach(void *handle, const char *keyPath, RKCFG_VISITOR visitor, void *context)
 {
     static const char call[] = "rkCFGForEach";
-    return guarded(call, failed, [&] {
+    return guarded(call, kFailed, [&] {
         if (visitor == nullptr)
-            return refuse(call, nullPointer, failed);
+            return refuse(call, kNullPointer, kFailed);
         std::vector<Entry> entries;
-        const int code = withStore(call, handle, failed, [&](const StoreAccess &store) {
-            return store->list(keyPath, entries) ? done : failed;
+        const int code = withStore(call, handle, kFailed, [&](const StoreAccess &store) {
+            return store->list(keyPath, entries) ? kDone : kFailed;
         });
         for (const Entry &entry : entries) {
             if (!visitEntry(entry, visitor, context))
@@ -85,9 +85,9 @@ extern "C" void *rkCFGOpen(const char *utf8Name, int create)
     void *const none = nullptr;
     return guarded(call, none, [&] {
         if (utf8Name == nullptr)
-            return refuse(call, nullPointer, none);
+            return refuse(call, kNullPointer, none);
         if (!validName(utf8Name))
-            return refuse(call, notAName, none);
+            return refuse(call, kNotAName, none);
         return openHandle(utf8Name, create != 0);
     });
 }
@@ -95,9 +95,9 @@ extern "C" void *rkCFGOpen(const char *utf8Name, int create)
 extern "C" int rkCFGDelete(const char *utf8Name)
 {
     static const char call[] = "rkCFGDelete";
-    return guarded(call, failed, [&] {
+    return guarded(call, kFailed, [&] {
         if (utf8Name == nullptr || !validName(utf8Name))
-            return refuse(call, notAName, failed);
+            return refuse(call, kNotAName, kFailed);
         return deleteConfiguration(StoreAccess(RKCFG_DEFAULT_STORE), utf8Name);
     });
 }
@@ -105,9 +105,9 @@ extern "C" int rkCFGDelete(const char *utf8Name)
 extern "C" int rkCFGRename(const char *utf8Name, const char *newUtf8Name)
 {
     static const char call[] = "rkCFGRename";
-    return guarded(call, failed, [&] {
+    return guarded(call, kFailed, [&] {
         if (utf8Name == nullptr || newUtf8Name == nullptr || !validName(utf8Name) || !validName(newUtf8Name))
-            return refuse(call, notAName, failed);
+            return refuse(call, kNotAName, kFailed);
         return renameConfiguration(StoreAccess(RKCFG_DEFAULT_STORE), utf8Name, newUtf8Name);
     });
 }
@@ -115,9 +115,9 @@ extern "C" int rkCFGRename(const char *utf8Name, const char *newUtf8Name)
 extern "C" int rkCFGCopy(const char *utf8Name, const char *newUtf8Name)
 {
     static const char call[] = "rkCFGCopy";
-    return guarded(call, failed, [&] {
+    return guarded(call, kFailed, [&] {
         if (utf8Name == nullptr || newUtf8Name == nullptr || !validName(utf8Name) || !validName(newUtf8Name))
-            return refuse(call, notAName, failed);
+            return refuse(call, kNotAName, kFailed);
         return copyConfiguration(StoreAccess(RKCFG_DEFAULT_STORE), utf8Name, newUtf8Name);
     });
 }
@@ -125,22 +125,22 @@ extern "C" int rkCFGCopy(const char *utf8Name, const char *newUtf8Name)
 extern "C" int rkCFGChanged(void *handle, uint64_t *mark)
 {
     static const char call[] = "rkCFGChanged";
-    return withStore(call, handle, unknown, [&](const StoreAccess &store) {
+    return withStore(call, handle, kUnknown, [&](const StoreAccess &store) {
         if (mark != nullptr)
             return store->changedByOthers(*mark);
-        store->refuse(call, nullPointer);
-        return unknown;
+        store->refuse(call, kNullPointer);
+        return kUnknown;
     });
 }
 
 extern "C" int rkCFGBegin(void *handle)
 {
-    return withStore("rkCFGBegin", handle, failed, [](const StoreAccess &store) { return store->begin(); });
+    return withStore("rkCFGBegin", handle, kFailed, [](const StoreAccess &store) { return store->begin(); });
 }
 
 extern "C" int rkCFGEnd(void *handle, int keep)
 {
-    return withStore("rkCFGEnd", handle, failed,
+    return withStore("rkCFGEnd", handle, kFailed,
                      [&](const StoreAccess &store) { return store->end(keep != 0); });
 }
 
@@ -150,7 +150,7 @@ extern "C" int rkCFGRemove(void *handle, const char *keyPath, const char *valueN
     return withStore(call, handle, 0, [&](const StoreAccess &store) {
         if (keyPath != nullptr && valueName != nullptr)
             return store->write({keyPath, valueName}, {Type::Absent, {}, 0}) ? 1 : 0;
-        store->refuse(call, nullPointer);
+        store->refuse(call, kNullPointer);
         return 0;
     });
 }
@@ -158,33 +158,33 @@ extern "C" int rkCFGRemove(void *handle, const char *keyPath, const char *valueN
 extern "C" int rkCFGLabel(void *handle, const char *utf8Label)
 {
     static const char call[] = "rkCFGLabel";
-    return withStore(call, handle, failed, [&](const StoreAccess &store) {
+    return withStore(call, handle, kFailed, [&](const StoreAccess &store) {
         const std::string label(utf8Label != nullptr ? utf8Label : "");
-        if (label.size() <= maxLabelBytes && wellFormed(label))
+        if (label.size() <= kMaxLabelBytes && wellFormed(label))
             return store->label(label);
         store->refuse(call, "not a label: more than 200 bytes or no UTF-8");
-        return failed;
+        return kFailed;
     });
 }
 
 extern "C" int rkCFGHistory(void *handle, int64_t after, RKCFG_CHANGE_VISITOR visitor, void *context)
 {
     static const char call[] = "rkCFGHistory";
-    return guarded(call, failed, [&] {
+    return guarded(call, kFailed, [&] {
         if (visitor == nullptr || after < -1)
-            return refuse(call, visitor == nullptr ? nullPointer : "no such position", failed);
+            return refuse(call, visitor == nullptr ? kNullPointer : "no such position", kFailed);
         Walk walk;
         walk.newestFirst = after < 0;
         walk.position = after;
         std::vector<Change> changes;
         do {
-            const int code = withStore(call, handle, failed, [&](const StoreAccess &store) {
+            const int code = withStore(call, handle, kFailed, [&](const StoreAccess &store) {
                 return store->history(walk, changes);
             });
-            if (code != done)
-                return failed;
+            if (code != kDone)
+                return kFailed;
         } while (visitAll(changes, visitor, context) && !changes.empty());
-        return done;
+        return kDone;
     });
 }
 
@@ -192,13 +192,13 @@ extern "C" int rkCFGTakeBack(void *handle, int64_t batch, int force, int dryRun,
                              RKCFG_CHANGE_VISITOR conflict, void *context, int64_t *newBatch)
 {
     static const char call[] = "rkCFGTakeBack";
-    return guarded(call, unknown, [&] {
+    return guarded(call, kUnknown, [&] {
         TakeBackResult result;
-        const int code = withStore(call, handle, failed, [&](const StoreAccess &store) {
+        const int code = withStore(call, handle, kFailed, [&](const StoreAccess &store) {
             return store->takeBack({batch, force != 0, dryRun != 0}, result);
         });
-        if (code != done || !result.known)
-            return unknown;
+        if (code != kDone || !result.known)
+            return kUnknown;
         if (newBatch != nullptr)
             *newBatch = result.newBatch;
         if (conflict != nullptr)

@@ -9,12 +9,12 @@ namespace rkcfg {
 
 namespace {
 
-constexpr int wordBytes = sizeof(uint64_t);
+constexpr int kWordBytes = sizeof(uint64_t);
 
 uint64_t wordAt(const char *text)
 {
     uint64_t word = 0;
-    memcpy(&word, text, wordBytes);
+    memcpy(&word, text, kWordBytes);
     return word;
 }
 
@@ -29,7 +29,7 @@ int compare(void *, int leftBytes, const void *leftText, int rightBytes, const v
     const char *left = static_cast<const char *>(leftText);
     const char *right = static_cast<const char *>(rightText);
     int rest = std::min(leftBytes, rightBytes);
-    for (; rest >= wordBytes; rest -= wordBytes, left += wordBytes, right += wordBytes) {
+    for (; rest >= kWordBytes; rest -= kWordBytes, left += kWordBytes, right += kWordBytes) {
         if (wordAt(left) != wordAt(right) || hasZero(wordAt(left)))
             break;
     }

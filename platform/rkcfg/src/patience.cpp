@@ -10,8 +10,8 @@ namespace rkcfg {
 
 namespace {
 
-constexpr int pollUs = 2000;
-constexpr const char *fileSystemName = "rkcfg";
+constexpr int kPollUs = 2000;
+constexpr const char *kFileSystemName = "rkcfg";
 
 int64_t &deadline()
 {
@@ -31,7 +31,7 @@ int waitForLock(void *, int)
 {
     if (remainingMs() == 0)
         return 0;
-    usleep(pollUs);
+    usleep(kPollUs);
     return 1;
 }
 
@@ -44,19 +44,19 @@ void setDeadline(int64_t deadlineMs)
 
 int remainingMs()
 {
-    return static_cast<int>(std::clamp<int64_t>(deadline() - steadyMs(), 0, Patience::callMs));
+    return static_cast<int>(std::clamp<int64_t>(deadline() - steadyMs(), 0, Patience::kCallMs));
 }
 
 const char *hurriedFileSystem()
 {
     static sqlite3_vfs fileSystem = [] {
         sqlite3_vfs own = *sqlite3_vfs_find(nullptr);
-        own.zName = fileSystemName;
+        own.zName = kFileSystemName;
         own.xSleep = sleepAtMost;
         return own;
     }();
     static const int registered = sqlite3_vfs_register(&fileSystem, 0);
-    return registered == SQLITE_OK ? fileSystemName : nullptr;
+    return registered == SQLITE_OK ? kFileSystemName : nullptr;
 }
 
 void waitForLocks(sqlite3 *db)
@@ -66,14 +66,14 @@ void waitForLocks(sqlite3 *db)
 
 void Patience::begin(int64_t startMs)
 {
-    m_deadlineMs = startMs + callMs;
+    m_deadlineMs = startMs + kCallMs;
     forReading();
 }
 
 void Patience::ended(bool busy, bool writing, bool wrote)
 {
     if (busy && deadline() != 0)
-        m_spentUntilMs = steadyMs() + callMs;
+        m_spentUntilMs = steadyMs() + kCallMs;
     if (wrote)
         m_spentUntilMs = 0;
     if (busy)

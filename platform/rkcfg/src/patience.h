@@ -25,7 +25,7 @@ void waitForLocks(sqlite3 *db);
 // Which calls still wait.
 class Patience {
 public:
-    static constexpr int callMs = 1000;
+    static constexpr int kCallMs = 1000;
 
     // At the beginning of a call; startMs is when it was made, before it waited for its turn.
     void begin(int64_t startMs);

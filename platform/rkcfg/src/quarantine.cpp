@@ -12,12 +12,12 @@ namespace rkcfg {
 
 namespace {
 
-constexpr int maxQuarantines = 1000;
+constexpr int kMaxQuarantines = 1000;
 
 // The files that SQLite keeps beside a database. A log left beside a new database would be taken for
 // its own, so they always leave with the file they belong to.
-constexpr const char *sidecars[] = {"-wal", "-journal"};
-constexpr const char *sharedMemory = "-shm";
+constexpr const char *kSidecars[] = {"-wal", "-journal"};
+constexpr const char *kSharedMemory = "-shm";
 
 bool present(const std::string &path)
 {
@@ -40,9 +40,9 @@ std::string quarantineName(const Paths &paths)
 {
     const std::string base = paths.database + ".corrupt-" + stamp();
     std::string name = base;
-    for (int n = 2; n < maxQuarantines; ++n) {
+    for (int n = 2; n < kMaxQuarantines; ++n) {
         bool taken = present(name);
-        for (const char *suffix : sidecars)
+        for (const char *suffix : kSidecars)
             taken = taken || present(name + suffix);
         if (!taken)
             break;
@@ -60,19 +60,19 @@ bool moveIfThere(const std::string &from, const std::string &to)
 // next start finds it again.
 Result moveSidecars(const Paths &paths, const std::string &quarantine)
 {
-    for (const char *suffix : sidecars) {
+    for (const char *suffix : kSidecars) {
         if (!moveIfThere(paths.database + suffix, quarantine + suffix))
             return diskRefused("moving the log");
     }
     // Only an index of the log, made anew from it.
-    if (unlink((paths.database + sharedMemory).c_str()) != 0 && errno != ENOENT)
+    if (unlink((paths.database + kSharedMemory).c_str()) != 0 && errno != ENOENT)
         return diskRefused("removing the log's index");
     return {};
 }
 
 void returnSidecars(const Paths &paths, const std::string &quarantine)
 {
-    for (const char *suffix : sidecars)
+    for (const char *suffix : kSidecars)
         moveIfThere(quarantine + suffix, paths.database + suffix);
 }
 
@@ -137,8 +137,8 @@ Result putInPlace(const Paths &paths, const std::string &fresh)
 void removeWithSidecars(const std::string &path)
 {
     unlink(path.c_str());
-    unlink((path + sharedMemory).c_str());
-    for (const char *suffix : sidecars)
+    unlink((path + kSharedMemory).c_str());
+    for (const char *suffix : kSidecars)
         unlink((path + suffix).c_str());
 }
 

@@ -10,8 +10,8 @@ namespace rkcfg {
 
 namespace {
 
-constexpr int64_t blockRows = 100;
-constexpr int maxMisses = 200;
+constexpr int64_t kBlockRows = 100;
+constexpr int kMaxMisses = 200;
 
 // A database opened for looking only, and closed without a trace.
 class Look {
@@ -54,7 +54,7 @@ bool copyBlock(sqlite3 *db, int64_t first)
         SQLITE_OK)
         return false;
     copy.bind(1, first);
-    copy.bind(2, first + blockRows - 1);
+    copy.bind(2, first + kBlockRows - 1);
     return copy.run() == SQLITE_OK && sqlite3_changes(db) > 0;
 }
 
@@ -78,7 +78,7 @@ void copyHistory(sqlite3 *db)
                  " SELECT id, CAST(program AS TEXT), CAST(user AS TEXT) FROM damaged.writer",
                  nullptr, nullptr, nullptr);
     int misses = 0;
-    for (int64_t first = oldestReadable(db); misses < maxMisses; first += blockRows)
+    for (int64_t first = oldestReadable(db); misses < kMaxMisses; first += kBlockRows)
         misses = copyBlock(db, first) ? 0 : misses + 1;
 }
 

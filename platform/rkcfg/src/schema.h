@@ -7,13 +7,13 @@
 
 namespace rkcfg {
 
-constexpr int64_t applicationId = 0x726B6366; // "rkcf"
-constexpr int64_t schemaVersion = 1;
+constexpr int64_t kApplicationId = 0x726B6366; // "rkcf"
+constexpr int64_t kSchemaVersion = 1;
 
 // The checks are part of quick_check, so a value that was garbled in place is found at open.
 // Each change of a value writes a whole page to the log, so pages are small; stores with larger ones
 // work as well.
-constexpr const char *schemaSql = R"(
+constexpr const char *kSchemaSql = R"(
 PRAGMA page_size = 1024;
 PRAGMA application_id = 0x726B6366;
 PRAGMA user_version = 1;
@@ -29,7 +29,7 @@ CREATE TABLE setting (
 // Beside the settings, so that programs from before it still find their store. An absent value is
 // null. label and undoes stand in the first row of a batch only. A table of its own for the writers
 // keeps the rows short; it has one row per program and user.
-constexpr const char *historySql = R"(
+constexpr const char *kHistorySql = R"(
 CREATE TABLE IF NOT EXISTS writer (
     id      INTEGER PRIMARY KEY,
     program TEXT NOT NULL,
@@ -52,7 +52,7 @@ CREATE TABLE IF NOT EXISTS history (
 )";
 
 // What programs note down beside the settings. Made with the first note.
-constexpr const char *notesSql = R"(
+constexpr const char *kNotesSql = R"(
 CREATE TABLE IF NOT EXISTS note (
     id    INTEGER PRIMARY KEY,
     owner TEXT NOT NULL,
@@ -63,7 +63,7 @@ CREATE TABLE IF NOT EXISTS note (
 )";
 
 // Where a configuration's own bounds of the history are kept.
-constexpr const char *boundsPath = "rkcfg\\History";
+constexpr const char *kBoundsPath = "rkcfg\\History";
 
 } // namespace rkcfg
 

@@ -13,8 +13,8 @@ namespace rkcfg {
 
 namespace {
 
-constexpr int attempts = 3;
-constexpr int stepsAtOpen = 5;
+constexpr int kAttempts = 3;
+constexpr int kStepsAtOpen = 5;
 
 // Counted instead of asking for the process id, which is a system call with each of ours.
 int forks = 0;
@@ -120,7 +120,7 @@ int Store::run(const std::string &what, const Operation &operation)
 {
     int code = SQLITE_OK;
     m_writing = m_wrote = false;
-    for (int attempt = 0; attempt < attempts; ++attempt) {
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
         m_patience.forReading();
         code = ready();
         if (code != SQLITE_OK)
@@ -196,7 +196,7 @@ int Store::reopen(const std::string &name, Result &result)
     if (m_connection->readOnly() && !m_readOnlyTold)
         ErrOut("rkcfg: %s can only be read", m_paths.database.c_str());
     m_readOnlyTold = m_connection->readOnly();
-    prune(stepsAtOpen);
+    prune(kStepsAtOpen);
     copyWhenDue();
     return SQLITE_OK;
 }
@@ -330,7 +330,7 @@ std::string Store::defaultName()
     if (m_transaction)
         return m_paths.name;
     const std::string folder = m_connection ? m_folder : configFolder();
-    return folder.empty() ? fallbackName : m_defaultName.current(folder);
+    return folder.empty() ? kFallbackName : m_defaultName.current(folder);
 }
 
 // At open, and at a save after a change.

@@ -15,16 +15,16 @@ namespace rkcfg {
 
 namespace {
 
-constexpr const char *userList = "/etc/passwd";
-constexpr size_t maxProgramBytes = 64;
-constexpr size_t lineBytes = 4096;
+constexpr const char *kUserList = "/etc/passwd";
+constexpr size_t kMaxProgramBytes = 64;
+constexpr size_t kLineBytes = 4096;
 
 } // namespace
 
 std::string programName()
 {
     std::string name = program_invocation_short_name;
-    name.resize(std::min(name.size(), maxProgramBytes));
+    name.resize(std::min(name.size(), kMaxProgramBytes));
     if (!wellFormed(name))
         std::replace_if(
             name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; }, '?');
@@ -34,8 +34,8 @@ std::string programName()
 std::string userName()
 {
     const uid_t user = geteuid();
-    const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(userList, "re"), fclose);
-    std::vector<char> line(lineBytes);
+    const std::unique_ptr<FILE, int (*)(FILE *)> file(fopen(kUserList, "re"), fclose);
+    std::vector<char> line(kLineBytes);
     passwd entry{};
     passwd *found = nullptr;
     while (file && fgetpwent_r(file.get(), &entry, line.data(), line.size(), &found) == 0) {

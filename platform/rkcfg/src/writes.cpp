@@ -6,7 +6,7 @@ namespace rkcfg {
 
 namespace {
 
-constexpr const char *insertSql =
+constexpr const char *kInsertSql =
     "INSERT INTO setting (path, name, type, value) VALUES (?1, ?2, ?3, ?4) ON CONFLICT DO NOTHING";
 
 } // namespace
@@ -58,7 +58,7 @@ int Connection::add(const Key &key, const Value &value, Batch &batch, bool &adde
 {
     if (value.type == Type::Absent)
         return SQLITE_OK;
-    int code = m_insert.prepared() ? SQLITE_OK : m_insert.prepare(m_db, insertSql);
+    int code = m_insert.prepared() ? SQLITE_OK : m_insert.prepare(m_db, kInsertSql);
     if (code == SQLITE_OK)
         code = spell(key.path);
     const Key own{m_storedPath.c_str(), key.name};

@@ -14,7 +14,7 @@ struct Row {
     bool isText;
 };
 
-const Row rows[] = {
+const Row kRows[] = {
 #include "knownnames.inc"
 };
 
@@ -41,11 +41,11 @@ std::string withoutNumbers(const std::string &path)
 KnownType knownType(const char *path, const char *name)
 {
     const std::string anyNumber = withoutNumbers(path);
-    const auto *const row = std::find_if(std::begin(rows), std::end(rows), [&](const Row &known) {
+    const auto *const row = std::find_if(std::begin(kRows), std::end(kRows), [&](const Row &known) {
         return std::string(name) == known.name &&
                (strcasecmp(path, known.path) == 0 || strcasecmp(anyNumber.c_str(), known.path) == 0);
     });
-    if (row == std::end(rows))
+    if (row == std::end(kRows))
         return KnownType::None;
     return row->isText ? KnownType::Text : KnownType::Number;
 }

@@ -25,7 +25,7 @@ struct Arguments : std::vector<const char *> {
     bool literal = false; // "--" came first: nothing is guessed
 };
 
-void *const store = RKCFG_DEFAULT_STORE;
+void *const kStore = RKCFG_DEFAULT_STORE;
 
 int fail(const char *what)
 {
@@ -50,13 +50,13 @@ void print(std::string_view text)
 bool readText(const char *path, const char *name, std::string &text)
 {
     uint32_t size = 0;
-    if (rkCFGValueString(store, path, name, nullptr, &size, 0) != 0)
+    if (rkCFGValueString(kStore, path, name, nullptr, &size, 0) != 0)
         return false;
     // Another process may have put a longer text there between the two calls.
     for (uint32_t room = 0; room < size;) {
         room = size;
         text.resize(room);
-        if (rkCFGValueString(store, path, name, text.data(), &size, 0) != 0)
+        if (rkCFGValueString(kStore, path, name, text.data(), &size, 0) != 0)
             return false;
     }
     text.resize(size - 1);
@@ -69,7 +69,7 @@ int absentOrFailed(const char *path)
     const auto ignore = [](void *, const char *, const char *, const char *, uint32_t, uint32_t) {
         return 1;
     };
-    return rkCFGForEach(store, path, ignore, nullptr) == 0 ? Absent : fail("the store cannot be read");
+    return rkCFGForEach(kStore, path, ignore, nullptr) == 0 ? Absent : fail("the store cannot be read");
 }
 
 int get(const Arguments &arguments)
@@ -78,7 +78,7 @@ int get(const Arguments &arguments)
     uint32_t number = 0;
     if (readText(arguments[0], arguments[1], text))
         print(text);
-    else if (rkCFGValueDword(store, arguments[0], arguments[1], &number, 0) == 0)
+    else if (rkCFGValueDword(kStore, arguments[0], arguments[1], &number, 0) == 0)
         printf("%u", number);
     else
         return absentOrFailed(arguments[0]);
@@ -91,7 +91,7 @@ int saved(bool there)
 {
     if (!there)
         return fail("the value could not be written");
-    return rkCFGSave(store, nullptr, 0) == 0 ? Done : fail("the value could not be made durable");
+    return rkCFGSave(kStore, nullptr, 0) == 0 ? Done : fail("the value could not be made durable");
 }
 
 bool parseNumber(const char *text, uint32_t &number)
@@ -107,7 +107,7 @@ int setText(const Arguments &arguments)
 {
     std::string text(arguments[2]);
     auto size = static_cast<uint32_t>(text.size() + 1);
-    rkCFGValueString(store, arguments[0], arguments[1], text.data(), &size, 1);
+    rkCFGValueString(kStore, arguments[0], arguments[1], text.data(), &size, 1);
     std::string now;
     return saved(readText(arguments[0], arguments[1], now) && now == text);
 }
@@ -120,8 +120,8 @@ int setDword(const Arguments &arguments)
         return Usage;
     }
     uint32_t now = 0;
-    rkCFGValueDword(store, arguments[0], arguments[1], &number, 1);
-    return saved(rkCFGValueDword(store, arguments[0], arguments[1], &now, 0) == 0 && now == number);
+    rkCFGValueDword(kStore, arguments[0], arguments[1], &number, 1);
+    return saved(rkCFGValueDword(kStore, arguments[0], arguments[1], &now, 0) == 0 && now == number);
 }
 
 // What the server's programs read, else what is there: a number that became a text would be none for them.
@@ -132,7 +132,7 @@ KnownType typeOf(const char *path, const char *name)
     const KnownType known = knownType(path, name);
     if (known != KnownType::None)
         return known;
-    if (rkCFGValueDword(store, path, name, &number, 0) == 0)
+    if (rkCFGValueDword(kStore, path, name, &number, 0) == 0)
         return KnownType::Number;
     return readText(path, name, text) ? KnownType::Text : KnownType::None;
 }
@@ -155,10 +155,10 @@ int unset(const Arguments &arguments)
 {
     std::string text;
     uint32_t number = 0;
-    if (rkCFGRemove(store, arguments[0], arguments[1]) != 0)
+    if (rkCFGRemove(kStore, arguments[0], arguments[1]) != 0)
         return saved(true);
     const bool there = readText(arguments[0], arguments[1], text) ||
-                       rkCFGValueDword(store, arguments[0], arguments[1], &number, 0) == 0;
+                       rkCFGValueDword(kStore, arguments[0], arguments[1], &number, 0) == 0;
     return there ? fail("the value could not be removed") : absentOrFailed(arguments[0]);
 }
 
@@ -175,7 +175,7 @@ int listEntry(void *, const char *path, const char *name, const char *text, uint
 
 int list(const Arguments &arguments)
 {
-    if (rkCFGForEach(store, arguments.empty() ? nullptr : arguments[0], listEntry, nullptr) != 0)
+    if (rkCFGForEach(kStore, arguments.empty() ? nullptr : arguments[0], listEntry, nullptr) != 0)
         return fail("the store cannot be read");
     return finish(Done);
 }
@@ -205,7 +205,7 @@ int dumpEntry(void *, const char *path, const char *name, const char *text, uint
 
 int dump(const Arguments &)
 {
-    if (rkCFGForEach(store, nullptr, dumpEntry, nullptr) != 0)
+    if (rkCFGForEach(kStore, nullptr, dumpEntry, nullptr) != 0)
         return fail("the store cannot be read");
     return finish(Done);
 }
@@ -219,16 +219,16 @@ std::string defaultName()
 
 std::vector<std::string> configurationNames()
 {
-    static constexpr std::string_view suffix = ".rkcfg";
+    static constexpr std::string_view kSuffix = ".rkcfg";
     char folder[4096] = "";
     rkOSGetConfigDir(folder);
     std::vector<std::string> names{defaultName()};
     const std::unique_ptr<DIR, int (*)(DIR *)> stream(opendir(folder), closedir);
     while (const dirent *entry = stream ? readdir(stream.get()) : nullptr) {
         const std::string_view file(entry->d_name);
-        if (file.size() > suffix.size() && file.front() != '.' &&
-            file.substr(file.size() - suffix.size()) == suffix)
-            names.emplace_back(file.substr(0, file.size() - suffix.size()));
+        if (file.size() > kSuffix.size() && file.front() != '.' &&
+            file.substr(file.size() - kSuffix.size()) == kSuffix)
+            names.emplace_back(file.substr(0, file.size() - kSuffix.size()));
     }
     std::sort(names.begin(), names.end());
     names.erase(std::unique(names.begin(), names.end()), names.end());
@@ -267,7 +267,7 @@ struct Command {
 };
 
 // clang-format off
-const Command commands[] = {
+const Command kCommands[] = {
     // name        fewest  most  runs             shown as
     {"get",        2,      2,    get,             "get PATH NAME           print a value"},
     {"set",        3,      3,    set,             "set PATH NAME VALUE     store a value as what it has to be: text or number"},
@@ -287,7 +287,7 @@ const Command commands[] = {
 void printUsage(FILE *stream)
 {
     fputs("Usage: rkcfg COMMAND [ARGUMENT...]\n\n", stream);
-    for (const Command &command : commands) {
+    for (const Command &command : kCommands) {
         if (command.usage != nullptr)
             fprintf(stream, "  rkcfg %s\n", command.usage);
     }
@@ -304,9 +304,9 @@ int help(const Arguments &)
 
 const Command *findCommand(std::string_view name)
 {
-    const auto *const end = std::end(commands);
+    const auto *const end = std::end(kCommands);
     const auto *const at =
-        std::find_if(std::begin(commands), end, [&](const Command &c) { return name == c.name; });
+        std::find_if(std::begin(kCommands), end, [&](const Command &c) { return name == c.name; });
     return at == end ? nullptr : at;
 }
 
@@ -333,6 +333,6 @@ int main(int argc, char **argv)
     }
     const int result = command->run(arguments);
     // Leaves no log behind when nobody else has the store open.
-    rkCFGClose(store, 0);
+    rkCFGClose(kStore, 0);
     return result;
 }
