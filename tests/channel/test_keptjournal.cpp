@@ -21,12 +21,15 @@ using namespace StoreTest;
 // What happens just before the next lock is asked for: as when another process is quicker.
 static std::function<void()> beforeLock;
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wshadow" // the C library has a function and a structure of this name
 extern "C" int flock(int file, int operation)
 {
     if (beforeLock)
         std::exchange(beforeLock, nullptr)();
     return static_cast<int>(syscall(SYS_flock, file, operation));
 }
+#pragma GCC diagnostic pop
 
 namespace {
 
