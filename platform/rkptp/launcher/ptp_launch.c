@@ -47,7 +47,7 @@
 #define TEXT_OF(macro) TEXT_OF_TOKENS(macro)
 
 static const char kUsage[] = "usage: ptp_launch PARENT DOMAIN IDENTITY SOCKET INTERFACE...\n"
-                            "       ptp_launch PARENT listen INTERFACE...\n";
+                             "       ptp_launch PARENT listen INTERFACE...\n";
 
 static void refuse(const char *what, const char *value)
 {
